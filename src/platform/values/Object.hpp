@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Object: the root of everything that is shared by reference.
+///
+/// An object carries its own count of references; `Ref<T>` (Ref.hpp) counts for you. There are three
+/// ways of counting, chosen once by the class:
+///   - Local: plain arithmetic. Model objects and contexts, used on one thread.
+///   - Shared: atomic. Immutable values that may outlive a request and be read from any thread.
+///   - Immortal: no counting. Constants with static storage.
+///
+///     Ref<String> name = String::make("Flat 2");   // count 1
+///     Ref<String> same = name;                     // count 2, the same object
+///
+/// Two references are equal when they hold the same object. Equality by value is `isEqual`.
+
+#include "EstateBook_ModelExport.hpp"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace estatebook::platform {
+
+enum class Counting : std::uint8_t { Local, Shared, Immortal };
+
+class ESTATEBOOK_API Object {
+public:
+    Object(const Object&) = delete;
+    Object& operator=(const Object&) = delete;
+
+    /// Adds a reference.
+    void retain() const noexcept {
+        if (counting_ == Counting::Local)
+            ++count_;
+        else if (counting_ == Counting::Shared)
+            std::atomic_ref<std::uint32_t>(count_).fetch_add(1, std::memory_order_relaxed);
+    }
+
+    /// Drops a reference; the last one disposes of the object.
+    void release() const noexcept {
+        if (counting_ == Counting::Local) {
+            if (--count_ == 0) dispose();
+        } else if (counting_ == Counting::Shared) {
+            if (std::atomic_ref<std::uint32_t>(count_).fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
+        }
+    }
+
+    /// The number of references held at this moment; 0 for an immortal object.
+    [[nodiscard]] std::uint32_t referenceCount() const noexcept {
+        return std::atomic_ref<std::uint32_t>(count_).load(std::memory_order_acquire);
+    }
+
+    /// Equality by value; the same object unless a class says otherwise.
+    [[nodiscard]] virtual bool isEqual(const Object& other) const noexcept { return this == &other; }
+
+    /// A hash that agrees with isEqual.
+    [[nodiscard]] virtual std::size_t hash() const noexcept;
+
+    /// A short text for logs and messages.
+    [[nodiscard]] virtual std::string description() const;
+
+    /// The name under which the class is known at run time.
+    [[nodiscard]] virtual std::string_view runtimeClassName() const noexcept;
+
+protected:
+    constexpr explicit Object(Counting counting) noexcept : counting_(counting) {}
+    virtual ~Object() = default;
+
+    /// Called once, when the last reference is dropped. Classes whose objects can live side by side in one
+    /// block of memory (ObjectBlock.hpp) replace it.
+    virtual void dispose() const noexcept;
+
+private:
+    template <class T>
+    friend class ObjectBlock;
+
+    alignas(4) mutable std::uint32_t count_ = 0;
+    Counting counting_;
+};
+
+} // namespace estatebook::platform
