@@ -4,12 +4,14 @@
 /// Date: an instant, as seconds since 1 January 2001, 00:00 UTC.
 ///
 /// A plain value. Comparison is exact on the double; there is no tolerance. What day an instant falls on is
-/// a question for a Calendar. `whether two dates are the very same` is whether their bits agree, which for
-/// every instant is equality.
+/// a question for a Calendar. Two dates are the very same when their bits agree.
+
+#include "EstateBook_ModelExport.hpp"
 
 #include <compare>
 #include <cstddef>
 #include <functional>
+#include <string>
 
 namespace estatebook::platform {
 
@@ -26,6 +28,9 @@ struct Date {
     [[nodiscard]] constexpr double unixSeconds() const noexcept {
         return secondsSinceReferenceDate + UnixEpochOffset;
     }
+
+    /// "2025-01-01 00:00:00 +0000": always in UTC, whole seconds.
+    [[nodiscard]] ESTATEBOOK_API std::string description() const;
 
     friend constexpr bool operator==(const Date&, const Date&) noexcept = default;
     friend constexpr auto operator<=>(const Date&, const Date&) noexcept = default;

@@ -33,17 +33,17 @@ public:
 
     /// Adds a reference.
     void retain() const noexcept {
-        if (counting_ == Counting::Local)
+        if (counting() == Counting::Local)
             ++count_;
-        else if (counting_ == Counting::Shared)
+        else if (counting() == Counting::Shared)
             std::atomic_ref<std::uint32_t>(count_).fetch_add(1, std::memory_order_relaxed);
     }
 
     /// Drops a reference; the last one disposes of the object.
     void release() const noexcept {
-        if (counting_ == Counting::Local) {
+        if (counting() == Counting::Local) {
             if (--count_ == 0) dispose();
-        } else if (counting_ == Counting::Shared) {
+        } else if (counting() == Counting::Shared) {
             if (std::atomic_ref<std::uint32_t>(count_).fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
         }
     }
@@ -66,7 +66,7 @@ public:
     [[nodiscard]] virtual std::string_view runtimeClassName() const noexcept;
 
 protected:
-    constexpr explicit Object(Counting counting) noexcept : counting_(counting) {}
+    constexpr explicit Object(Counting counting) noexcept : placement_(static_cast<std::uint32_t>(counting)) {}
     virtual ~Object() = default;
 
     /// Called once, when the last reference is dropped. Classes whose objects can live side by side in one
@@ -77,8 +77,19 @@ private:
     template <class T>
     friend class ObjectBlock;
 
-    alignas(4) mutable std::uint32_t count_ = 0;
-    Counting counting_;
+    static constexpr std::uint32_t CountingBits = 2;
+
+    [[nodiscard]] Counting counting() const noexcept {
+        return static_cast<Counting>(placement_ & ((1u << CountingBits) - 1));
+    }
+    /// 1 + the index within the block the object stands in; 0 for an object of its own.
+    [[nodiscard]] std::uint32_t placeInBlock() const noexcept { return placement_ >> CountingBits; }
+    void setPlaceInBlock(std::uint32_t place) noexcept {
+        placement_ = (placement_ & ((1u << CountingBits) - 1)) | (place << CountingBits);
+    }
+
+    mutable std::uint32_t count_ = 0;
+    std::uint32_t placement_;
 };
 
 } // namespace estatebook::platform
