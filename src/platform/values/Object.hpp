@@ -44,7 +44,8 @@ public:
         if (counting_ == Counting::Local) {
             if (--count_ == 0) dispose();
         } else if (counting_ == Counting::Shared) {
-            if (std::atomic_ref<std::uint32_t>(count_).fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
+            if (std::atomic_ref<std::uint32_t>(count_).fetch_sub(1, std::memory_order_acq_rel) == 1)
+                dispose();
         }
     }
 
