@@ -33,11 +33,11 @@ private:
     std::string text_;
 };
 
-#define ESTATEBOOK_EXCEPTION(Class, Name)                                                                          \
-    class ESTATEBOOK_API Class : public Exception {                                                                \
-    public:                                                                                                        \
-        explicit Class(std::string_view reason) : Exception(Name, reason) {}                                       \
-        ~Class() override;                                                                                         \
+#define ESTATEBOOK_EXCEPTION(Class, Name)                                                                    \
+    class ESTATEBOOK_API Class : public Exception {                                                          \
+    public:                                                                                                  \
+        explicit Class(std::string_view reason) : Exception(Name, reason) {}                                 \
+        ~Class() override;                                                                                   \
     }
 
 ESTATEBOOK_EXCEPTION(DivideByZeroException, "NSDecimalNumberDivideByZeroException");

@@ -6,7 +6,9 @@
 
 namespace estatebook::platform {
 
-std::size_t Object::hash() const noexcept { return std::hash<const void*>{}(this); }
+std::size_t Object::hash() const noexcept {
+    return std::hash<const void*>{}(this);
+}
 
 std::string Object::description() const {
     char address[2 + 2 * sizeof(void*) + 1];
@@ -14,8 +16,12 @@ std::string Object::description() const {
     return "<" + std::string(runtimeClassName()) + ": " + address + ">";
 }
 
-std::string_view Object::runtimeClassName() const noexcept { return "Object"; }
+std::string_view Object::runtimeClassName() const noexcept {
+    return "Object";
+}
 
-void Object::dispose() const noexcept { delete this; }
+void Object::dispose() const noexcept {
+    delete this;
+}
 
 } // namespace estatebook::platform

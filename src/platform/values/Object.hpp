@@ -44,7 +44,8 @@ public:
         if (counting() == Counting::Local) {
             if (--count_ == 0) dispose();
         } else if (counting() == Counting::Shared) {
-            if (std::atomic_ref<std::uint32_t>(count_).fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
+            if (std::atomic_ref<std::uint32_t>(count_).fetch_sub(1, std::memory_order_acq_rel) == 1)
+                dispose();
         }
     }
 
@@ -66,7 +67,8 @@ public:
     [[nodiscard]] virtual std::string_view runtimeClassName() const noexcept;
 
 protected:
-    constexpr explicit Object(Counting counting) noexcept : placement_(static_cast<std::uint32_t>(counting)) {}
+    constexpr explicit Object(Counting counting) noexcept
+        : placement_(static_cast<std::uint32_t>(counting)) {}
     virtual ~Object() = default;
 
     /// Called once, when the last reference is dropped. Classes whose objects can live side by side in one

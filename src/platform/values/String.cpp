@@ -11,7 +11,8 @@ namespace estatebook::platform {
 
 // The text stands directly behind the object, in one allocation.
 Ref<String> String::make(std::string_view text) {
-    if (text.size() > std::numeric_limits<std::uint32_t>::max()) throw std::length_error("String: text over 4 GiB");
+    if (text.size() > std::numeric_limits<std::uint32_t>::max())
+        throw std::length_error("String: text over 4 GiB");
     void* memory = ::operator new(sizeof(String) + text.size());
     char* characters = static_cast<char*>(memory) + sizeof(String);
     if (!text.empty()) std::memcpy(characters, text.data(), text.size());
@@ -29,6 +30,8 @@ bool String::isEqual(const Object& other) const noexcept {
     return string && view() == string->view();
 }
 
-std::size_t String::hash() const noexcept { return std::hash<std::string_view>{}(view()); }
+std::size_t String::hash() const noexcept {
+    return std::hash<std::string_view>{}(view());
+}
 
 } // namespace estatebook::platform

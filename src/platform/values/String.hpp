@@ -29,7 +29,8 @@ public:
 
     /// A constant with static storage; the text must live as long as the program.
     constexpr explicit String(std::string_view literal) noexcept
-        : Object(Counting::Immortal), size_(static_cast<std::uint32_t>(literal.size())), data_(literal.data()) {}
+        : Object(Counting::Immortal), size_(static_cast<std::uint32_t>(literal.size())),
+          data_(literal.data()) {}
 
     [[nodiscard]] std::string_view view() const noexcept { return {data_, size_}; }
     [[nodiscard]] std::string string() const { return std::string(view()); }
