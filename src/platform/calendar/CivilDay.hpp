@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// CivilDay: a day on the wall calendar, with no clock and no time zone. It is counted in days, so the days
+/// between two of them are a subtraction, and it is named by a year, a month and a day of the month.
+///
+/// The calendar is Gregorian from 15 October 1582 on and Julian before, as the platform has it: the day
+/// before 15 October 1582 is 4 October 1582. The days between, which never were, are read as Julian
+/// days, so that 10 October 1582 is the day also called 20 October. Year 0 is 1 BC. Books hold the years
+/// 1583 to 9999 (`FirstYear`, `LastYear`); the arithmetic itself is exact for some hundred million years
+/// either way.
+///
+///     CivilDay day = CivilDay::fromYearMonthDay(2024, 2, 29);
+///     day + 1;                                         // 1 March 2024
+///     (day + 366).yearMonthDay();                      // {2025, 3, 1}
+///     CivilDay::ifExists(2025, 2, 29);                 // absent
+///
+/// The trap: adding a month is not a matter of days. `byAddingMonths` keeps the day of the month and clamps
+/// it to the month's last day; two additions of one month are not one addition of two.
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+
+namespace estatebook::platform {
+
+/// The name of a day: 29 February 2024 is {2024, 2, 29}. Year 0 is 1 BC, year -1 is 2 BC.
+struct YearMonthDay {
+    std::int64_t year = 1970;
+    int month = 1;
+    int day = 1;
+
+    friend constexpr bool operator==(const YearMonthDay&, const YearMonthDay&) noexcept = default;
+    friend constexpr auto operator<=>(const YearMonthDay&, const YearMonthDay&) noexcept = default;
+};
+
+struct CivilDay {
+    /// Days since 1 January 1970.
+    std::int64_t number = 0;
+
+    /// The years that documents and programs accept.
+    static constexpr std::int64_t FirstYear = 1583;
+    static constexpr std::int64_t LastYear = 9999;
+    /// 15 October 1582, the first Gregorian day.
+    static constexpr std::int64_t GregorianStart = -141427;
+
+    /// The day of that name. A day past the month's end runs on into the next months (30 February 2025 is
+    /// 2 March). REQUIRES: a month of 1 to 12.
+    [[nodiscard]] static constexpr CivilDay fromYearMonthDay(std::int64_t year, int month,
+                                                             std::int64_t day) noexcept {
+        // Both calendars count years from March, so that the leap day is the last of its year.
+        const std::int64_t y = year - (month <= 2 ? 1 : 0);
+        const std::int64_t dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
+        const std::int64_t quarters = floorOf<4>(y);
+        const std::int64_t centuries = floorOf<100>(y);
+        const std::int64_t gregorian =
+            365 * y + quarters - centuries + floorOf<4>(centuries) + dayOfYear - 719468;
+        if (gregorian >= GregorianStart) [[likely]]
+            return {gregorian};
+        return {365 * y + quarters + dayOfYear - 719470};
+    }
+
+    /// The day of that name, or absent when no calendar leaf bears it (29 February 2025, month 13, and 5 to
+    /// 14 October 1582).
+    [[nodiscard]] static constexpr std::optional<CivilDay> ifExists(std::int64_t year, int month,
+                                                                    int day) noexcept {
+        if (year < -100'000'000 || year > 100'000'000 || month < 1 || month > 12) return {};
+        if (day < 1 || day > lengthOfMonth(year, month)) return {};
+        const CivilDay found = fromYearMonthDay(year, month, day);
+        if (found.yearMonthDay() != YearMonthDay{year, month, day}) return {};
+        return found;
+    }
+
+    /// Year, month and day of the month.
+    [[nodiscard]] constexpr YearMonthDay yearMonthDay() const noexcept {
+        std::int64_t y;
+        std::int64_t dayOfYear;
+        if (number >= GregorianStart) [[likely]] {
+            const std::int64_t shifted = number + 719468;
+            const std::int64_t cycle = floorOf<146097>(shifted);
+            const std::int64_t dayOfCycle = shifted - cycle * 146097;
+            const std::int64_t yearOfCycle =
+                (dayOfCycle - dayOfCycle / 1460 + dayOfCycle / 36524 - dayOfCycle / 146096) / 365;
+            y = cycle * 400 + yearOfCycle;
+            dayOfYear = dayOfCycle - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
+        } else {
+            const std::int64_t shifted = number + 719470;
+            const std::int64_t cycle = floorOf<1461>(shifted);
+            const std::int64_t dayOfCycle = shifted - cycle * 1461;
+            const std::int64_t yearOfCycle = (dayOfCycle - dayOfCycle / 1460) / 365;
+            y = cycle * 4 + yearOfCycle;
+            dayOfYear = dayOfCycle - 365 * yearOfCycle;
+        }
+        const int marchMonth = static_cast<int>((5 * dayOfYear + 2) / 153);
+        const int day = static_cast<int>(dayOfYear) - (153 * marchMonth + 2) / 5 + 1;
+        const int month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
+        return {y + (month <= 2 ? 1 : 0), month, day};
+    }
+
+    /// 1 for Sunday to 7 for Saturday.
+    [[nodiscard]] constexpr int weekday() const noexcept {
+        return static_cast<int>(number + 4 - 7 * floorOf<7>(number + 4)) + 1;
+    }
+
+    /// The same day of the month that many months on (or back, below zero), or that month's last day when it
+    /// is shorter. Exact while the year stays within some hundred million.
+    [[nodiscard]] constexpr CivilDay byAddingMonths(std::int64_t months) const noexcept {
+        const YearMonthDay from = yearMonthDay();
+        return clamped(from.year * 12 + from.month - 1 + months, from.day);
+    }
+
+    /// The day of the month `monthNumber` (months since January of year 0), or that month's last.
+    [[nodiscard]] static constexpr CivilDay clamped(std::int64_t monthNumber, int day) noexcept {
+        const std::int64_t year = floorOf<12>(monthNumber);
+        const int month = static_cast<int>(monthNumber - 12 * year) + 1;
+        const int last = lengthOfMonth(year, month);
+        return fromYearMonthDay(year, month, day < last ? day : last);
+    }
+
+    /// Whether February of that year has 29 days.
+    [[nodiscard]] static constexpr bool isLeapYear(std::int64_t year) noexcept {
+        if (year > 1582) [[likely]]
+            return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
+        return year % 4 == 0;
+    }
+
+    /// The number of the month's last day: 28 to 31. (31 for October 1582, which had 21 days.)
+    /// REQUIRES: a month of 1 to 12.
+    [[nodiscard]] static constexpr int lengthOfMonth(std::int64_t year, int month) noexcept {
+        if (month == 2) return isLeapYear(year) ? 29 : 28;
+        return 30 + ((month + (month >> 3)) & 1);
+    }
+
+    friend constexpr CivilDay operator+(CivilDay day, std::int64_t days) noexcept {
+        return {day.number + days};
+    }
+    friend constexpr CivilDay operator-(CivilDay day, std::int64_t days) noexcept {
+        return {day.number - days};
+    }
+    friend constexpr std::int64_t operator-(CivilDay a, CivilDay b) noexcept { return a.number - b.number; }
+    friend constexpr bool operator==(CivilDay, CivilDay) noexcept = default;
+    friend constexpr auto operator<=>(CivilDay, CivilDay) noexcept = default;
+
+private:
+    /// Division that rounds towards the past.
+    template <std::int64_t Divisor>
+    [[nodiscard]] static constexpr std::int64_t floorOf(std::int64_t value) noexcept {
+        return value / Divisor - (value % Divisor < 0 ? 1 : 0);
+    }
+};
+
+} // namespace estatebook::platform
