@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: MIT
+#include "platform/values/Decimal.hpp"
+
+#include "platform/values/DecimalParts.hpp"
+#include "platform/values/Exception.hpp"
+
+#include <boost/multiprecision/cpp_int.hpp>
+
+#include <algorithm>
+#include <utility>
+
+namespace estatebook::platform {
+
+using boost::multiprecision::uint256_t;
+using detail::DecimalParts;
+using detail::digitCount;
+using detail::MantissaLimit;
+using detail::PowersOfTen;
+using detail::UInt128;
+
+namespace {
+
+constexpr DecimalBehavior DefaultBehavior{};
+
+// -- Conditions ---------------------------------------------------------------------------------------------
+
+template <class Raised>
+[[gnu::cold]] Decimal failed(bool raises, const char* reason) {
+    if (raises) throw Raised(reason);
+    return Decimal::notANumber();
+}
+Decimal overflow(const DecimalBehavior& behavior) {
+    return failed<OverflowException>(behavior.raiseOnOverflow, "Decimal number overflow exception");
+}
+Decimal underflow(const DecimalBehavior& behavior) {
+    return failed<UnderflowException>(behavior.raiseOnUnderflow, "Decimal number underflow exception");
+}
+Decimal notANumberOperand(const DecimalBehavior& behavior) {
+    return failed<OverflowException>(behavior.raiseOnOverflow, "Decimal number operand is not a number");
+}
+Decimal divisionByZero(const DecimalBehavior& behavior) {
+    return failed<DivideByZeroException>(behavior.raiseOnDivideByZero,
+                                         "Decimal number divide by zero exception");
+}
+
+// -- Shedding digits
+// ------------------------------------------------------------------------------------------
+
+/// What becomes of a magnitude that lies between two candidates.
+enum class Shedding : std::uint8_t { HalfAway, Truncate, Away, HalfEven };
+
+Shedding sheddingOfMagnitude(RoundingMode mode) {
+    constexpr Shedding table[] = {Shedding::HalfAway, Shedding::Truncate, Shedding::Away, Shedding::HalfEven};
+    return table[static_cast<int>(mode)];
+}
+
+Shedding sheddingOfNumber(RoundingMode mode, bool negative) {
+    if (mode == RoundingMode::Down) return negative ? Shedding::Away : Shedding::Truncate;
+    if (mode == RoundingMode::Up) return negative ? Shedding::Truncate : Shedding::Away;
+    return sheddingOfMagnitude(mode);
+}
+
+/// Whether the magnitude goes up, by how the dropped part compares with a half.
+bool goesUp(Shedding shedding, std::strong_ordering withHalf, bool odd, bool anyDropped) {
+    switch (shedding) {
+    case Shedding::HalfAway:
+        return withHalf >= 0;
+    case Shedding::Truncate:
+        return false;
+    case Shedding::Away:
+        return anyDropped;
+    case Shedding::HalfEven:
+        return withHalf > 0 || (withHalf == 0 && odd);
+    }
+    return false;
+}
+
+/// A magnitude on its way to 38 digits.
+struct Shed {
+    UInt128 magnitude;
+    bool inexact;
+};
+
+std::strong_ordering order(const uint256_t& a, const uint256_t& b) {
+    return a.compare(b) <=> 0;
+}
+std::strong_ordering order(UInt128 a, UInt128 b) {
+    return a <=> b;
+}
+
+/// Drops 1 or more digits; `more` tells of a remainder that was left off before.
+template <class Wide>
+Shed dropDigits(const Wide& number, const Wide& powerOfTen, bool more, Shedding shedding) {
+    const Wide quotient = number / powerOfTen;
+    const Wide dropped = number - quotient * powerOfTen;
+    const auto kept = static_cast<UInt128>(quotient);
+    const bool inexact = more || dropped != 0;
+    std::strong_ordering withHalf = order(dropped, Wide(powerOfTen / 2));
+    if (withHalf == 0 && more) withHalf = std::strong_ordering::greater;
+    return {kept + (goesUp(shedding, withHalf, (kept & 1) != 0, inexact) ? 1 : 0), inexact};
+}
+
+// -- The end of every operation
+// -------------------------------------------------------------------------------
+
+Shed roundedToScale(const Shed& number, std::int64_t& exponent, bool negative,
+                    const DecimalBehavior& behavior) {
+    const std::int64_t excess = -std::int64_t{behavior.scale} - exponent;
+    if (behavior.scale == DecimalBehavior::NoScale || excess <= 0) return number;
+    const Shedding shedding = sheddingOfNumber(behavior.mode, negative);
+    exponent += excess;
+    if (excess <= Decimal::MaximumDigits) {
+        const Shed shed = dropDigits<UInt128>(number.magnitude, PowersOfTen[excess], false, shedding);
+        return {shed.magnitude, shed.inexact || number.inexact};
+    }
+    // Fewer than 39 digits are all below the half of 10^39.
+    const bool any = number.magnitude != 0;
+    return {any && shedding == Shedding::Away ? UInt128{1} : UInt128{0}, any || number.inexact};
+}
+
+/// Rounds to the scale, compacts, tests the range.
+Decimal finish(const Shed& shed, std::int64_t exponent, bool negative, const DecimalBehavior& behavior) {
+    const Shed rounded = roundedToScale(shed, exponent, negative, behavior);
+    DecimalParts parts{rounded.magnitude, exponent, negative};
+    const std::optional<Decimal> result = parts.decimal();
+    if (!result) return exponent < 0 ? underflow(behavior) : overflow(behavior);
+    if (rounded.inexact && behavior.raiseOnExactness)
+        throw ExactnessException("Decimal number exactness exception");
+    return *result;
+}
+
+Decimal finish(UInt128 magnitude, std::int64_t exponent, bool negative, const DecimalBehavior& behavior) {
+    if (magnitude < MantissaLimit) return finish(Shed{magnitude, false}, exponent, negative, behavior);
+    return finish(dropDigits<UInt128>(magnitude, 10, false, sheddingOfMagnitude(behavior.mode)), exponent + 1,
+                  negative, behavior);
+}
+
+// -- 256 bits: the rare long operands
+// -------------------------------------------------------------------------
+
+constexpr int WideDigits = 76; // any number of 76 digits fits in 256 bits, and the least one of 77
+
+uint256_t widePowerOfTen(int exponent) {
+    const int first = std::min(exponent, Decimal::MaximumDigits);
+    return uint256_t(PowersOfTen[first]) * uint256_t(PowersOfTen[exponent - first]);
+}
+
+int digitCount(const uint256_t& number) {
+    const auto high = static_cast<UInt128>(number >> 128);
+    if (high == 0 && static_cast<UInt128>(number) < MantissaLimit)
+        return detail::digitCount(static_cast<UInt128>(number));
+    const int estimate = (static_cast<int>(msb(number) + 1) * 1233) >> 12;
+    return estimate + (number >= widePowerOfTen(estimate) ? 1 : 0);
+}
+
+/// `more`: the exact magnitude lies above the number, by less than one.
+Decimal finish(const uint256_t& number, bool more, std::int64_t exponent, bool negative,
+               const DecimalBehavior& behavior) {
+    const int excess = digitCount(number) - Decimal::MaximumDigits;
+    if (excess <= 0) return finish(Shed{static_cast<UInt128>(number), more}, exponent, negative, behavior);
+    return finish(
+        dropDigits<uint256_t>(number, widePowerOfTen(excess), more, sheddingOfMagnitude(behavior.mode)),
+        exponent + excess, negative, behavior);
+}
+
+// -- Sum
+// ------------------------------------------------------------------------------------------------------
+
+/// How great a mantissa may be so that it stays below 2^127 times a power of ten.
+constexpr std::array<UInt128, Decimal::MaximumDigits + 1> ShiftLimits = [] {
+    std::array<UInt128, Decimal::MaximumDigits + 1> limits{};
+    for (std::size_t i = 0; i < limits.size(); ++i) limits[i] = ((UInt128{1} << 127) - 1) / PowersOfTen[i];
+    return limits;
+}();
+
+/// REQUIRES: a has the greater exponent and stands, aligned with b, above 2^127.
+Decimal addWide(const DecimalParts& a, const DecimalParts& b, const DecimalBehavior& behavior) {
+    // Of b that part takes place which reaches up to the 76 digits of a; for the rest it counts whether there
+    // is any.
+    const auto difference = static_cast<int>(a.exponent - b.exponent);
+    const int shift = std::min(difference, WideDigits - detail::digitCount(a.mantissa));
+    const int rest = difference - shift;
+    const UInt128 unit = rest <= Decimal::MaximumDigits ? PowersOfTen[rest] : MantissaLimit;
+    const UInt128 reaching = b.mantissa / unit;
+    const bool more = reaching * unit != b.mantissa;
+
+    uint256_t sum = uint256_t(a.mantissa) * widePowerOfTen(shift);
+    if (a.negative == b.negative)
+        sum += reaching;
+    else
+        sum -= uint256_t(reaching) + (more ? 1 : 0);
+    return finish(sum, more, b.exponent + rest, a.negative, behavior);
+}
+
+Decimal add(DecimalParts a, DecimalParts b, const DecimalBehavior& behavior) {
+    if (a.mantissa == 0) return finish(b.mantissa, b.exponent, b.negative, behavior);
+    if (b.mantissa == 0) return finish(a.mantissa, a.exponent, a.negative, behavior);
+    if (a.exponent < b.exponent) std::swap(a, b);
+    const std::int64_t shift = a.exponent - b.exponent;
+    if (shift > Decimal::MaximumDigits || a.mantissa > ShiftLimits[shift]) return addWide(a, b, behavior);
+
+    const UInt128 aligned = a.mantissa * PowersOfTen[shift];
+    if (a.negative == b.negative) return finish(aligned + b.mantissa, b.exponent, a.negative, behavior);
+    if (aligned >= b.mantissa) return finish(aligned - b.mantissa, b.exponent, a.negative, behavior);
+    return finish(b.mantissa - aligned, b.exponent, b.negative, behavior);
+}
+
+// -- Product and quotient
+// -------------------------------------------------------------------------------------
+
+Decimal multiply(const DecimalParts& a, const DecimalParts& b, const DecimalBehavior& behavior) {
+    const std::int64_t exponent = a.exponent + b.exponent;
+    const bool negative = a.negative != b.negative;
+    if (((a.mantissa | b.mantissa) >> 64) == 0)
+        return finish(a.mantissa * b.mantissa, exponent, negative, behavior);
+    return finish(uint256_t(a.mantissa) * uint256_t(b.mantissa), false, exponent, negative, behavior);
+}
+
+/// REQUIRES: b is not 0.
+Decimal divide(const DecimalParts& a, const DecimalParts& b, const DecimalBehavior& behavior) {
+    if (a.mantissa == 0) return finish(Shed{0, false}, 0, false, behavior);
+    // One digit more than is kept, so that the rounding sees the digit and, in the remainder, what follows
+    // it.
+    const int shift =
+        Decimal::MaximumDigits + 1 + detail::digitCount(b.mantissa) - detail::digitCount(a.mantissa);
+    const uint256_t numerator = uint256_t(a.mantissa) * widePowerOfTen(shift);
+    const uint256_t divisor = b.mantissa;
+    const uint256_t quotient = numerator / divisor;
+    return finish(quotient, quotient * divisor != numerator, a.exponent - b.exponent - shift,
+                  a.negative != b.negative, behavior);
+}
+
+} // namespace
+
+// -- Parts
+// ----------------------------------------------------------------------------------------------------
+
+namespace detail {
+
+void DecimalParts::strip() noexcept {
+    while (mantissa % 10 == 0) {
+        mantissa /= 10;
+        ++exponent;
+    }
+}
+
+std::optional<Decimal> DecimalParts::decimal() const noexcept {
+    if (mantissa == 0) return Decimal();
+    DecimalParts parts = *this;
+    parts.strip();
+    if (parts.exponent < Decimal::MinimumExponent) return std::nullopt;
+    if (const std::int64_t excess = parts.exponent - Decimal::MaximumExponent; excess > 0) {
+        if (excess >= Decimal::MaximumDigits ||
+            parts.mantissa >= PowersOfTen[Decimal::MaximumDigits - excess])
+            return std::nullopt;
+        parts.mantissa *= PowersOfTen[excess];
+        parts.exponent = Decimal::MaximumExponent;
+    }
+    return Decimal(static_cast<std::uint64_t>(parts.mantissa),
+                   static_cast<std::uint64_t>(parts.mantissa >> 64),
+                   static_cast<std::int32_t>(parts.exponent), parts.negative);
+}
+
+std::size_t DecimalParts::hash() const noexcept {
+    const auto low = static_cast<std::uint64_t>(mantissa);
+    const auto high = static_cast<std::uint64_t>(mantissa >> 64);
+    std::uint64_t mixed =
+        low ^ std::rotl(high, 32) ^ (static_cast<std::uint64_t>(exponent) << 1 | negative) << 48;
+    mixed = (mixed ^ mixed >> 32) * 0x9E37'79B9'7F4A'7C15u;
+    return static_cast<std::size_t>(mixed ^ mixed >> 29);
+}
+
+std::strong_ordering compare(const DecimalParts& a, const DecimalParts& b) noexcept {
+    const int signA = a.mantissa == 0 ? 0 : a.negative ? -1 : 1;
+    const int signB = b.mantissa == 0 ? 0 : b.negative ? -1 : 1;
+    if (signA != signB || signA == 0) return signA <=> signB;
+    const auto magnitudes = [](const DecimalParts& x, const DecimalParts& y) -> std::strong_ordering {
+        const std::int64_t topX = x.exponent + digitCount(x.mantissa);
+        const std::int64_t topY = y.exponent + digitCount(y.mantissa);
+        if (topX != topY) return topX <=> topY;
+        // Of equally many digits before the point, so that aligned they have at most 38.
+        if (x.exponent >= y.exponent) return x.mantissa * PowersOfTen[x.exponent - y.exponent] <=> y.mantissa;
+        return x.mantissa <=> y.mantissa * PowersOfTen[y.exponent - x.exponent];
+    };
+    return signA > 0 ? magnitudes(a, b) : magnitudes(b, a);
+}
+
+} // namespace detail
+
+// -- Operations
+// -----------------------------------------------------------------------------------------------
+
+Decimal Decimal::withMantissaExponentIsNegative(std::uint64_t mantissa, short exponent,
+                                                bool isNegative) noexcept {
+    return DecimalParts{mantissa, exponent, isNegative}.decimal().value_or(notANumber());
+}
+
+Decimal Decimal::addUnlike(Decimal a, Decimal b) {
+    return a.decimalNumberByAdding(b, DefaultBehavior);
+}
+
+Decimal Decimal::decimalNumberByMultiplyingBy(const Decimal& other) const {
+    return decimalNumberByMultiplyingBy(other, DefaultBehavior);
+}
+Decimal Decimal::decimalNumberByDividingBy(const Decimal& other) const {
+    return decimalNumberByDividingBy(other, DefaultBehavior);
+}
+
+Decimal Decimal::decimalNumberByAdding(const Decimal& other, const DecimalBehavior& behavior) const {
+    if (isNaN() || other.isNaN()) return notANumberOperand(behavior);
+    return add(DecimalParts::of(*this), DecimalParts::of(other), behavior);
+}
+
+Decimal Decimal::decimalNumberBySubtracting(const Decimal& other, const DecimalBehavior& behavior) const {
+    if (isNaN() || other.isNaN()) return notANumberOperand(behavior);
+    return add(DecimalParts::of(*this), DecimalParts::of(other.opposite()), behavior);
+}
+
+Decimal Decimal::decimalNumberByMultiplyingBy(const Decimal& other, const DecimalBehavior& behavior) const {
+    if (isNaN() || other.isNaN()) return notANumberOperand(behavior);
+    return multiply(DecimalParts::of(*this), DecimalParts::of(other), behavior);
+}
+
+Decimal Decimal::decimalNumberByDividingBy(const Decimal& other, const DecimalBehavior& behavior) const {
+    if (isNaN() || other.isNaN()) return notANumberOperand(behavior);
+    if (other.isZero()) return divisionByZero(behavior);
+    return divide(DecimalParts::of(*this), DecimalParts::of(other), behavior);
+}
+
+Decimal Decimal::decimalNumberByRoundingAccordingToBehavior(const DecimalBehavior& behavior) const {
+    if (isNaN()) return *this;
+    const DecimalParts parts = DecimalParts::of(*this);
+    return finish(parts.mantissa, parts.exponent, parts.negative, behavior);
+}
+
+std::strong_ordering Decimal::compareUnlike(Decimal a, Decimal b) noexcept {
+    if (a.isNaN() || b.isNaN()) return b.isNaN() <=> a.isNaN();
+    return detail::compare(DecimalParts::of(a), DecimalParts::of(b));
+}
+
+std::size_t Decimal::hash() const noexcept {
+    return DecimalParts::of(*this).hash();
+}
+
+} // namespace estatebook::platform
