@@ -22,7 +22,7 @@ namespace {
 
 constexpr DecimalBehavior DefaultBehavior{};
 
-// -- Conditions ---------------------------------------------------------------------------------------------
+// -- Conditions ------------------------------------------------------------------------------------
 
 template <class Raised>
 [[gnu::cold]] Decimal failed(bool raises, const char* reason) {
@@ -43,14 +43,14 @@ Decimal divisionByZero(const DecimalBehavior& behavior) {
                                          "Decimal number divide by zero exception");
 }
 
-// -- Shedding digits
-// ------------------------------------------------------------------------------------------
+// -- Shedding digits -------------------------------------------------------------------------------
 
 /// What becomes of a magnitude that lies between two candidates.
 enum class Shedding : std::uint8_t { HalfAway, Truncate, Away, HalfEven };
 
 Shedding sheddingOfMagnitude(RoundingMode mode) {
-    constexpr Shedding table[] = {Shedding::HalfAway, Shedding::Truncate, Shedding::Away, Shedding::HalfEven};
+    static constexpr Shedding table[] = {Shedding::HalfAway, Shedding::Truncate, Shedding::Away,
+                                         Shedding::HalfEven};
     return table[static_cast<int>(mode)];
 }
 
@@ -100,13 +100,12 @@ Shed dropDigits(const Wide& number, const Wide& powerOfTen, bool more, Shedding 
     return {kept + (goesUp(shedding, withHalf, (kept & 1) != 0, inexact) ? 1 : 0), inexact};
 }
 
-// -- The end of every operation
-// -------------------------------------------------------------------------------
+// -- The end of every operation --------------------------------------------------------------------
 
 Shed roundedToScale(const Shed& number, std::int64_t& exponent, bool negative,
                     const DecimalBehavior& behavior) {
     const std::int64_t excess = -std::int64_t{behavior.scale} - exponent;
-    if (behavior.scale == DecimalBehavior::NoScale || excess <= 0) return number;
+    if (excess <= 0) return number;
     const Shedding shedding = sheddingOfNumber(behavior.mode, negative);
     exponent += excess;
     if (excess <= Decimal::MaximumDigits) {
@@ -118,25 +117,33 @@ Shed roundedToScale(const Shed& number, std::int64_t& exponent, bool negative,
     return {any && shedding == Shedding::Away ? UInt128{1} : UInt128{0}, any || number.inexact};
 }
 
-/// Rounds to the scale, compacts, tests the range.
-Decimal finish(const Shed& shed, std::int64_t exponent, bool negative, const DecimalBehavior& behavior) {
-    const Shed rounded = roundedToScale(shed, exponent, negative, behavior);
-    DecimalParts parts{rounded.magnitude, exponent, negative};
-    const std::optional<Decimal> result = parts.decimal();
-    if (!result) return exponent < 0 ? underflow(behavior) : overflow(behavior);
-    if (rounded.inexact && behavior.raiseOnExactness)
+/// Rounds to the scale, compacts, tests the range. In line, so that nothing of a behavior known beforehand is
+/// left to test.
+[[gnu::always_inline]] inline Decimal finish(Shed shed, std::int64_t exponent, bool negative,
+                                             const DecimalBehavior& behavior) {
+    if (behavior.scale != DecimalBehavior::NoScale) shed = roundedToScale(shed, exponent, negative, behavior);
+    DecimalParts parts{shed.magnitude, exponent, negative};
+    if (shed.magnitude == 0) {
+        parts = {};
+    } else if (!parts.settle()) [[unlikely]] {
+        return exponent < 0 ? underflow(behavior) : overflow(behavior);
+    }
+    if (behavior.raiseOnExactness && shed.inexact)
         throw ExactnessException("Decimal number exactness exception");
-    return *result;
+    return parts.settled();
 }
 
-Decimal finish(UInt128 magnitude, std::int64_t exponent, bool negative, const DecimalBehavior& behavior) {
-    if (magnitude < MantissaLimit) return finish(Shed{magnitude, false}, exponent, negative, behavior);
-    return finish(dropDigits<UInt128>(magnitude, 10, false, sheddingOfMagnitude(behavior.mode)), exponent + 1,
-                  negative, behavior);
+[[gnu::always_inline]] inline Decimal finish(UInt128 magnitude, std::int64_t exponent, bool negative,
+                                             const DecimalBehavior& behavior) {
+    Shed shed{magnitude, false};
+    if (magnitude >= MantissaLimit) [[unlikely]] {
+        shed = dropDigits<UInt128>(magnitude, 10, false, sheddingOfMagnitude(behavior.mode));
+        ++exponent;
+    }
+    return finish(shed, exponent, negative, behavior);
 }
 
-// -- 256 bits: the rare long operands
-// -------------------------------------------------------------------------
+// -- 256 bits: the rare long operands --------------------------------------------------------------
 
 constexpr int WideDigits = 76; // any number of 76 digits fits in 256 bits, and the least one of 77
 
@@ -145,10 +152,10 @@ uint256_t widePowerOfTen(int exponent) {
     return uint256_t(PowersOfTen[first]) * uint256_t(PowersOfTen[exponent - first]);
 }
 
-int digitCount(const uint256_t& number) {
+int wideDigitCount(const uint256_t& number) {
     const auto high = static_cast<UInt128>(number >> 128);
     if (high == 0 && static_cast<UInt128>(number) < MantissaLimit)
-        return detail::digitCount(static_cast<UInt128>(number));
+        return digitCount(static_cast<UInt128>(number));
     const int estimate = (static_cast<int>(msb(number) + 1) * 1233) >> 12;
     return estimate + (number >= widePowerOfTen(estimate) ? 1 : 0);
 }
@@ -156,15 +163,14 @@ int digitCount(const uint256_t& number) {
 /// `more`: the exact magnitude lies above the number, by less than one.
 Decimal finish(const uint256_t& number, bool more, std::int64_t exponent, bool negative,
                const DecimalBehavior& behavior) {
-    const int excess = digitCount(number) - Decimal::MaximumDigits;
+    const int excess = wideDigitCount(number) - Decimal::MaximumDigits;
     if (excess <= 0) return finish(Shed{static_cast<UInt128>(number), more}, exponent, negative, behavior);
     return finish(
         dropDigits<uint256_t>(number, widePowerOfTen(excess), more, sheddingOfMagnitude(behavior.mode)),
         exponent + excess, negative, behavior);
 }
 
-// -- Sum
-// ------------------------------------------------------------------------------------------------------
+// -- Sum -------------------------------------------------------------------------------------------
 
 /// How great a mantissa may be so that it stays below 2^127 times a power of ten.
 constexpr std::array<UInt128, Decimal::MaximumDigits + 1> ShiftLimits = [] {
@@ -175,10 +181,10 @@ constexpr std::array<UInt128, Decimal::MaximumDigits + 1> ShiftLimits = [] {
 
 /// REQUIRES: a has the greater exponent and stands, aligned with b, above 2^127.
 Decimal addWide(const DecimalParts& a, const DecimalParts& b, const DecimalBehavior& behavior) {
-    // Of b that part takes place which reaches up to the 76 digits of a; for the rest it counts whether there
-    // is any.
+    // The part of b that reaches up to the 76 digits of a takes part; of the rest it counts whether there is
+    // any.
     const auto difference = static_cast<int>(a.exponent - b.exponent);
-    const int shift = std::min(difference, WideDigits - detail::digitCount(a.mantissa));
+    const int shift = std::min(difference, WideDigits - digitCount(a.mantissa));
     const int rest = difference - shift;
     const UInt128 unit = rest <= Decimal::MaximumDigits ? PowersOfTen[rest] : MantissaLimit;
     const UInt128 reaching = b.mantissa / unit;
@@ -205,8 +211,7 @@ Decimal add(DecimalParts a, DecimalParts b, const DecimalBehavior& behavior) {
     return finish(b.mantissa - aligned, b.exponent, b.negative, behavior);
 }
 
-// -- Product and quotient
-// -------------------------------------------------------------------------------------
+// -- Product and quotient --------------------------------------------------------------------------
 
 Decimal multiply(const DecimalParts& a, const DecimalParts& b, const DecimalBehavior& behavior) {
     const std::int64_t exponent = a.exponent + b.exponent;
@@ -216,49 +221,69 @@ Decimal multiply(const DecimalParts& a, const DecimalParts& b, const DecimalBeha
     return finish(uint256_t(a.mantissa) * uint256_t(b.mantissa), false, exponent, negative, behavior);
 }
 
+/// Long division, 19 digits at a time, until 38 digits stand or nothing remains. REQUIRES: a divisor above 0.
+[[gnu::always_inline]] inline Decimal divide(const DecimalParts& a, std::uint64_t divisor, bool negative,
+                                             std::int64_t exponent, const DecimalBehavior& behavior) {
+    constexpr int chunk = 19;
+    const int shift = std::max(0, chunk + digitCount(divisor) - digitCount(a.mantissa));
+    const UInt128 first = a.mantissa * PowersOfTen[shift];
+    UInt128 quotient = first / divisor;
+    auto remainder = static_cast<std::uint64_t>(first) - static_cast<std::uint64_t>(quotient) * divisor;
+    exponent -= shift;
+    while (remainder != 0) {
+        const int digits = std::min(chunk, Decimal::MaximumDigits - digitCount(quotient));
+        if (digits == 0) break;
+        const UInt128 numerator = remainder * PowersOfTen[digits];
+        const auto next = static_cast<std::uint64_t>(numerator / divisor);
+        quotient = quotient * PowersOfTen[digits] + next;
+        remainder = static_cast<std::uint64_t>(numerator) - next * divisor;
+        exponent -= digits;
+    }
+    const std::strong_ordering withHalf = UInt128{remainder} * 2 <=> UInt128{divisor};
+    const bool up = goesUp(sheddingOfMagnitude(behavior.mode), withHalf, (quotient & 1) != 0, remainder != 0);
+    return finish(Shed{quotient + up, remainder != 0}, exponent, negative, behavior);
+}
+
 /// REQUIRES: b is not 0.
 Decimal divide(const DecimalParts& a, const DecimalParts& b, const DecimalBehavior& behavior) {
+    const bool negative = a.negative != b.negative;
+    const std::int64_t exponent = a.exponent - b.exponent;
+    if ((b.mantissa >> 64) == 0)
+        return divide(a, static_cast<std::uint64_t>(b.mantissa), negative, exponent, behavior);
     if (a.mantissa == 0) return finish(Shed{0, false}, 0, false, behavior);
-    // One digit more than is kept, so that the rounding sees the digit and, in the remainder, what follows
-    // it.
-    const int shift =
-        Decimal::MaximumDigits + 1 + detail::digitCount(b.mantissa) - detail::digitCount(a.mantissa);
+    // One digit more than is kept, so that the rounding sees it and, in the remainder, what follows.
+    const int shift = Decimal::MaximumDigits + 1 + digitCount(b.mantissa) - digitCount(a.mantissa);
     const uint256_t numerator = uint256_t(a.mantissa) * widePowerOfTen(shift);
     const uint256_t divisor = b.mantissa;
     const uint256_t quotient = numerator / divisor;
-    return finish(quotient, quotient * divisor != numerator, a.exponent - b.exponent - shift,
-                  a.negative != b.negative, behavior);
+    return finish(quotient, quotient * divisor != numerator, exponent - shift, negative, behavior);
 }
 
 } // namespace
 
-// -- Parts
-// ----------------------------------------------------------------------------------------------------
+// -- Parts -----------------------------------------------------------------------------------------
 
 namespace detail {
 
-void DecimalParts::strip() noexcept {
-    while (mantissa % 10 == 0) {
-        mantissa /= 10;
-        ++exponent;
-    }
+namespace {
+
+constexpr ExactDivision ByGreaterPowers[] = {ExactDivision(32), ExactDivision(16), ExactDivision(8),
+                                             ExactDivision(4), ExactDivision(2)};
+
+} // namespace
+
+void DecimalParts::stripMore() noexcept {
+    for (const ExactDivision& division : ByGreaterPowers) divide(division);
+    divide(ByTen);
 }
 
-std::optional<Decimal> DecimalParts::decimal() const noexcept {
-    if (mantissa == 0) return Decimal();
-    DecimalParts parts = *this;
-    parts.strip();
-    if (parts.exponent < Decimal::MinimumExponent) return std::nullopt;
-    if (const std::int64_t excess = parts.exponent - Decimal::MaximumExponent; excess > 0) {
-        if (excess >= Decimal::MaximumDigits ||
-            parts.mantissa >= PowersOfTen[Decimal::MaximumDigits - excess])
-            return std::nullopt;
-        parts.mantissa *= PowersOfTen[excess];
-        parts.exponent = Decimal::MaximumExponent;
-    }
-    return Decimal(static_cast<std::uint64_t>(parts.mantissa),
-                   static_cast<std::uint64_t>(parts.mantissa >> 64),
-                   static_cast<std::int32_t>(parts.exponent), parts.negative);
+bool DecimalParts::bringBelowMaximum() noexcept {
+    const std::int64_t excess = exponent - Decimal::MaximumExponent;
+    if (excess >= Decimal::MaximumDigits || mantissa >= PowersOfTen[Decimal::MaximumDigits - excess])
+        return false;
+    mantissa *= PowersOfTen[excess];
+    exponent = Decimal::MaximumExponent;
+    return true;
 }
 
 std::size_t DecimalParts::hash() const noexcept {
@@ -287,8 +312,7 @@ std::strong_ordering compare(const DecimalParts& a, const DecimalParts& b) noexc
 
 } // namespace detail
 
-// -- Operations
-// -----------------------------------------------------------------------------------------------
+// -- Operations ------------------------------------------------------------------------------------
 
 Decimal Decimal::withMantissaExponentIsNegative(std::uint64_t mantissa, short exponent,
                                                 bool isNegative) noexcept {
@@ -300,9 +324,18 @@ Decimal Decimal::addUnlike(Decimal a, Decimal b) {
 }
 
 Decimal Decimal::decimalNumberByMultiplyingBy(const Decimal& other) const {
+    // A product that stays within one word needs nothing but to be compact.
+    const std::int32_t exponent = exponent_ + other.exponent_;
+    std::uint64_t product = 0;
+    if ((high_ | other.high_) == 0 && exponent >= MinimumExponent && exponent <= MaximumExponent &&
+        !__builtin_mul_overflow(low_, other.low_, &product))
+        return compacted(product, exponent, negative_ != other.negative_);
     return decimalNumberByMultiplyingBy(other, DefaultBehavior);
 }
 Decimal Decimal::decimalNumberByDividingBy(const Decimal& other) const {
+    if ((high_ | other.high_) == 0 && !other.isZero())
+        return divide(DecimalParts::of(*this), other.low_, negative_ != other.negative_,
+                      std::int64_t{exponent_} - other.exponent_, DefaultBehavior);
     return decimalNumberByDividingBy(other, DefaultBehavior);
 }
 

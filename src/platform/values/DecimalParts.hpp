@@ -39,6 +39,30 @@ constexpr int digitCount(UInt128 number) noexcept {
     return estimate + (estimate <= Decimal::MaximumDigits && number >= PowersOfTen[estimate] ? 1 : 0);
 }
 
+/// Division by a power of ten where it leaves no remainder: a product with the inverse of 5^digits modulo
+/// 2^128 takes just the multiples of it to [0, max / 5^digits], and the rotation tests the factors 2 along
+/// with it.
+struct ExactDivision {
+    int digits;
+    UInt128 inverse = 1;
+    UInt128 greatestQuotient;
+
+    constexpr explicit ExactDivision(int count) noexcept
+        : digits(count), greatestQuotient(~UInt128{0} / PowersOfTen[static_cast<std::size_t>(count)]) {
+        UInt128 power = 1;
+        for (int i = 0; i < count; ++i) power *= 5;
+        for (int bits = 1; bits < 128; bits *= 2) inverse *= 2 - power * inverse;
+    }
+
+    /// Above the greatest quotient when there is a remainder.
+    [[nodiscard]] constexpr UInt128 quotient(UInt128 number) const noexcept {
+        const UInt128 product = number * inverse;
+        return product >> digits | product << (128 - digits);
+    }
+};
+
+inline constexpr ExactDivision ByTen(1);
+
 struct DecimalParts {
     UInt128 mantissa = 0;
     std::int64_t exponent = 0;
@@ -48,15 +72,41 @@ struct DecimalParts {
         return {UInt128{number.high_} << 64 | number.low_, number.exponent_, number.negative_ != 0};
     }
 
-    /// Moves all trailing zeros of the mantissa into the exponent. REQUIRES: mantissa not 0.
-    void strip() noexcept;
-
-    /// The number itself, or nothing when it has no exponent in range. REQUIRES: a mantissa of at most 38
+    /// Makes the number compact and gives whether a decimal can hold it. REQUIRES: a mantissa of 1 to 38
     /// digits.
-    [[nodiscard]] std::optional<Decimal> decimal() const noexcept;
+    [[nodiscard]] bool settle() noexcept {
+        if (divide(ByTen)) stripMore();
+        return exponent >= Decimal::MinimumExponent &&
+               (exponent <= Decimal::MaximumExponent || bringBelowMaximum());
+    }
+
+    /// The decimal. REQUIRES: settled, or zero.
+    [[nodiscard]] constexpr Decimal settled() const noexcept {
+        return Decimal(static_cast<std::uint64_t>(mantissa), static_cast<std::uint64_t>(mantissa >> 64),
+                       static_cast<std::int32_t>(exponent), negative);
+    }
+
+    /// The decimal of any number of at most 38 digits, or nothing when it is out of range.
+    [[nodiscard]] std::optional<Decimal> decimal() const noexcept {
+        DecimalParts parts = *this;
+        if (mantissa == 0) return Decimal();
+        if (!parts.settle()) return std::nullopt;
+        return parts.settled();
+    }
 
     /// A hash of a compact number.
     [[nodiscard]] std::size_t hash() const noexcept;
+
+private:
+    bool divide(const ExactDivision& division) noexcept {
+        const UInt128 quotient = division.quotient(mantissa);
+        if (quotient > division.greatestQuotient) return false;
+        mantissa = quotient;
+        exponent += division.digits;
+        return true;
+    }
+    void stripMore() noexcept;
+    bool bringBelowMaximum() noexcept;
 };
 
 /// By value, for numbers proper.

@@ -15,8 +15,7 @@ using detail::DecimalParts;
 using detail::PowersOfTen;
 using detail::UInt128;
 
-// -- Reading
-// --------------------------------------------------------------------------------------------------
+// -- Reading ---------------------------------------------------------------------------------------
 
 namespace detail {
 namespace {
@@ -146,8 +145,7 @@ std::optional<Decimal> Decimal::parseExact(std::string_view text) noexcept {
     return scan.parts.decimal();
 }
 
-// -- Writing
-// --------------------------------------------------------------------------------------------------
+// -- Writing ---------------------------------------------------------------------------------------
 
 namespace {
 
@@ -206,8 +204,7 @@ std::ostream& operator<<(std::ostream& stream, const Decimal& decimal) {
                text, static_cast<std::size_t>(decimal.toChars(text, text + sizeof text) - text));
 }
 
-// -- Binary numbers
-// -------------------------------------------------------------------------------------------
+// -- Binary numbers --------------------------------------------------------------------------------
 
 Decimal Decimal::fromDouble(double value) noexcept {
     constexpr double limit = 18446744073709551616.0;
@@ -270,8 +267,7 @@ float Decimal::floatValue() const noexcept {
     return nearest<float>(DecimalParts::of(*this));
 }
 
-// -- Integers
-// -------------------------------------------------------------------------------------------------
+// -- Integers --------------------------------------------------------------------------------------
 
 std::uint64_t Decimal::unsignedIntegerValue() const noexcept {
     if (isNaN() || exponent_ > 20 || exponent_ < -MaximumDigits) return 0;

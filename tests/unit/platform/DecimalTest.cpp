@@ -34,8 +34,7 @@ std::string zeros(std::size_t count) {
     return std::string(count, '0');
 }
 
-// -- Representation
-// -------------------------------------------------------------------------------------------
+// -- Representation --------------------------------------------------------------------------------
 
 TEST(DecimalTest, AnEmptyDecimalIsZero) {
     EXPECT_EQ(Decimal(), 0);
@@ -160,8 +159,7 @@ TEST(DecimalTest, TextThatDoesNotFitWritesNothing) {
     }
 }
 
-// -- Reading
-// --------------------------------------------------------------------------------------------------
+// -- Reading ---------------------------------------------------------------------------------------
 
 TEST(DecimalTest, ReadingStopsAtTheFirstForeignCharacter) {
     EXPECT_EQ(d("3.14abc"), d("3.14"));
@@ -274,8 +272,7 @@ TEST(DecimalTest, HostileTextsAreReadInOnePass) {
     EXPECT_EQ(d("0." + million), d("0." + std::string(38, '7')));
 }
 
-// -- Conditions
-// -----------------------------------------------------------------------------------------------
+// -- Conditions ------------------------------------------------------------------------------------
 
 TEST(DecimalTest, DividingByZeroRaises) {
     EXPECT_THROW((void)(Decimal(1) / 0), DivideByZeroException);
@@ -374,8 +371,7 @@ TEST(DecimalTest, ABehaviorsModeShedsDigitsByTheMagnitude) {
     EXPECT_EQ(third(1, RoundingMode::Plain), threes);
 }
 
-// -- Rounding
-// -------------------------------------------------------------------------------------------------
+// -- Rounding --------------------------------------------------------------------------------------
 
 struct RoundingRow {
     const char* value;
@@ -447,8 +443,7 @@ TEST(DecimalTest, RoundingBeyondTheRangeIsAnOverflow) {
     EXPECT_EQ(Decimal(1).decimalNumberByRoundingAccordingToBehavior({RoundingMode::Plain, -32768}), 0);
 }
 
-// -- Arithmetic
-// -----------------------------------------------------------------------------------------------
+// -- Arithmetic ------------------------------------------------------------------------------------
 
 TEST(DecimalTest, QuotientsHave38Digits) {
     EXPECT_EQ(text(Decimal(1) / 3), "0.33333333333333333333333333333333333333");
@@ -511,8 +506,7 @@ TEST(DecimalTest, CompoundOperatorsChangeTheirLeftSide) {
     EXPECT_EQ(value, 9);
 }
 
-// -- Conversions
-// ----------------------------------------------------------------------------------------------
+// -- Conversions -----------------------------------------------------------------------------------
 
 TEST(DecimalTest, IntegersCutTheFraction) {
     EXPECT_EQ(d("2.9").integerValue(), 2);
