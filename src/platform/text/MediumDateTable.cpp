@@ -154,7 +154,7 @@ private:
         if (size < 12) return false;
         Texts texts;
         for (int month = 0; month < 12; ++month) texts.push_back(utf8(names[month]));
-        return addStep(Month, std::move(texts));
+        return addStep(Month, texts);
     }
 
     bool addYear(std::int32_t count) {
@@ -183,13 +183,16 @@ private:
     }
 
     /// The literal before the field joins its cells where there is room, and stands alone where there is
-    /// none.
-    bool addStep(Source source, Texts texts) {
+    /// none. Texts that are too long for one cell go on in the cell of a further step.
+    bool addStep(Source source, const Texts& texts) {
         const std::size_t longest = std::ranges::max_element(texts, {}, &std::string::size)->size();
-        if (longest > CellRoom) return false;
+        if (longest == 0) return false;
         if (longest + literal_.size() > CellRoom) closeLiteral();
-        table_.steps_.push_back({source, static_cast<std::uint16_t>(table_.cells_.size())});
-        for (const std::string& text : texts) addCell(literal_ + text);
+        for (std::size_t from = 0; from < longest; from += CellRoom) {
+            table_.steps_.push_back({source, static_cast<std::uint16_t>(table_.cells_.size())});
+            for (const std::string& text : texts)
+                addCell(literal_ + text.substr(std::min(from, text.size()), CellRoom));
+        }
         literal_.clear();
         return true;
     }
