@@ -254,8 +254,7 @@ bool MediumDateTable::agreesWithFallback() const {
     return true;
 }
 
-char* MediumDateTable::write(char* out, CivilDay day) const {
-    if (hasCellsFor(day)) return writeCells(out, day);
+char* MediumDateTable::writeWithFallback(char* out, CivilDay day) const {
     const std::string text = fallback_->text(day);
     std::size_t size = std::min(text.size(), MaximalTextLength);
     while (size > 0 && size < text.size() && (text[size] & 0xC0) == 0x80) --size; // never through a character

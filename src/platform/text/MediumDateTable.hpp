@@ -34,7 +34,9 @@ public:
     ~MediumDateTable();
 
     /// Writes the text of a day and returns its end. REQUIRES: RoomNeeded bytes at `out`.
-    char* write(char* out, CivilDay day) const;
+    char* write(char* out, CivilDay day) const {
+        return hasCellsFor(day) ? writeCells(out, day) : writeWithFallback(out, day);
+    }
 
     /// Whether days of ordinary years are written from cells.
     [[nodiscard]] bool isCompiled() const noexcept { return dayCount_ != 0; }
@@ -63,6 +65,7 @@ private:
         return static_cast<std::uint64_t>(day.number) - static_cast<std::uint64_t>(firstDay_) < dayCount_;
     }
     char* writeCells(char* out, CivilDay day) const noexcept;
+    char* writeWithFallback(char* out, CivilDay day) const;
     [[nodiscard]] bool agreesWithFallback() const;
 
     std::vector<Step> steps_;
