@@ -73,28 +73,9 @@ struct CivilDay {
 
     /// Year, month and day of the month.
     [[nodiscard]] constexpr YearMonthDay yearMonthDay() const noexcept {
-        std::int64_t y;
-        std::int64_t dayOfYear;
-        if (number >= GregorianStart) [[likely]] {
-            const std::int64_t shifted = number + 719468;
-            const std::int64_t cycle = floorOf<146097>(shifted);
-            const std::int64_t dayOfCycle = shifted - cycle * 146097;
-            const std::int64_t yearOfCycle =
-                (dayOfCycle - dayOfCycle / 1460 + dayOfCycle / 36524 - dayOfCycle / 146096) / 365;
-            y = cycle * 400 + yearOfCycle;
-            dayOfYear = dayOfCycle - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
-        } else {
-            const std::int64_t shifted = number + 719470;
-            const std::int64_t cycle = floorOf<1461>(shifted);
-            const std::int64_t dayOfCycle = shifted - cycle * 1461;
-            const std::int64_t yearOfCycle = (dayOfCycle - dayOfCycle / 1460) / 365;
-            y = cycle * 4 + yearOfCycle;
-            dayOfYear = dayOfCycle - 365 * yearOfCycle;
-        }
-        const int marchMonth = static_cast<int>((5 * dayOfYear + 2) / 153);
-        const int day = static_cast<int>(dayOfYear) - (153 * marchMonth + 2) / 5 + 1;
-        const int month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
-        return {y + (month <= 2 ? 1 : 0), month, day};
+        if (static_cast<std::uint64_t>(number - GregorianStart) < NearDays) [[likely]]
+            return nearYearMonthDay(static_cast<std::uint32_t>(number + 719468));
+        return farYearMonthDay();
     }
 
     /// 1 for Sunday to 7 for Saturday.
@@ -142,6 +123,49 @@ struct CivilDay {
     friend constexpr auto operator<=>(CivilDay, CivilDay) noexcept = default;
 
 private:
+    /// Days from the first Gregorian day on, some 2.9 million years of them, that are split with 32 bits.
+    static constexpr std::uint64_t NearDays = (std::uint64_t{1} << 30) - 1000000;
+
+    /// Splits days since 1 March of year 0 with multiplications in place of divisions (Neri and Schneider,
+    /// "Euclidean affine functions and their application to calendar algorithms", 2022).
+    [[nodiscard]] static constexpr YearMonthDay nearYearMonthDay(std::uint32_t days) noexcept {
+        const std::uint32_t century = (4 * days + 3) / 146097;
+        const std::uint32_t quarterDay = (4 * days + 3) % 146097 | 3;
+        const std::uint64_t product = std::uint64_t{2939745} * quarterDay;
+        const auto yearOfCentury = static_cast<std::uint32_t>(product >> 32);
+        const std::uint32_t dayOfYear = static_cast<std::uint32_t>(product) / 2939745 / 4;
+        const std::uint32_t monthAndDay = 2141 * dayOfYear + 197913;
+        const std::uint32_t nextYear = dayOfYear >= 306 ? 1 : 0; // January and February
+        return {100 * std::int64_t{century} + yearOfCentury + nextYear,
+                static_cast<int>((monthAndDay >> 16) - 12 * nextYear),
+                static_cast<int>((monthAndDay & 0xFFFF) / 2141 + 1)};
+    }
+
+    [[nodiscard]] constexpr YearMonthDay farYearMonthDay() const noexcept {
+        std::int64_t y;
+        std::int64_t dayOfYear;
+        if (number >= GregorianStart) {
+            const std::int64_t shifted = number + 719468;
+            const std::int64_t cycle = floorOf<146097>(shifted);
+            const std::int64_t dayOfCycle = shifted - cycle * 146097;
+            const std::int64_t yearOfCycle =
+                (dayOfCycle - dayOfCycle / 1460 + dayOfCycle / 36524 - dayOfCycle / 146096) / 365;
+            y = cycle * 400 + yearOfCycle;
+            dayOfYear = dayOfCycle - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
+        } else {
+            const std::int64_t shifted = number + 719470;
+            const std::int64_t cycle = floorOf<1461>(shifted);
+            const std::int64_t dayOfCycle = shifted - cycle * 1461;
+            const std::int64_t yearOfCycle = (dayOfCycle - dayOfCycle / 1460) / 365;
+            y = cycle * 4 + yearOfCycle;
+            dayOfYear = dayOfCycle - 365 * yearOfCycle;
+        }
+        const int marchMonth = static_cast<int>((5 * dayOfYear + 2) / 153);
+        const int day = static_cast<int>(dayOfYear) - (153 * marchMonth + 2) / 5 + 1;
+        const int month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
+        return {y + (month <= 2 ? 1 : 0), month, day};
+    }
+
     /// Division that rounds towards the past.
     template <std::int64_t Divisor>
     [[nodiscard]] static constexpr std::int64_t floorOf(std::int64_t value) noexcept {
