@@ -119,6 +119,13 @@ TEST(CalendarAdditionTest, ADayThatWasLeftOutIsSteppedOver) {
     EXPECT_EQ(added(apia, {.month = 1}, wallDate(apia, 2011, 11, 30)), "2011-12-31 00:00:00");
 }
 
+TEST(CalendarAdditionTest, ADayThatWasLeftOutCountsSoThatWeekdaysStayInStep) {
+    const Calendar apia = calendarOf("Pacific/Apia");
+    EXPECT_EQ(added(apia, {.weekOfYear = 1}, wallDate(apia, 2011, 12, 25)), "2012-01-01 00:00:00");
+    EXPECT_EQ(added(apia, {.weekOfYear = -1}, wallDate(apia, 2012, 1, 1)), "2011-12-25 00:00:00");
+    EXPECT_EQ(apia.daysFromTo(wallDate(apia, 2011, 12, 25), wallDate(apia, 2012, 1, 1)), 7u);
+}
+
 TEST(CalendarAdditionTest, TheFractionOfTheSecondStays) {
     const Date date{100.75};
     EXPECT_EQ(utc().dateByAdding(CalendarUnit::Day, 1, date)->secondsSinceReferenceDate, 86500.75);
