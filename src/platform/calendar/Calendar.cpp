@@ -69,27 +69,14 @@ struct Moment {
     }
 };
 
-/// Going back by days moves by 24 hours each and then makes up for a change of offset on the way; where the
-/// wall time exists twice that may be the later one.
-std::int64_t secondSomeDaysBack(const TimeZone& zone, std::int64_t second, std::int64_t days) {
-    constexpr std::int64_t Day = Calendar::SecondsPerDay;
-    const auto secondOfDay = [&](std::int64_t at) {
-        const std::int64_t wall = at + zone.offsetAtUnixSecond(at);
-        return ((wall % Day) + Day) % Day;
-    };
-    const std::int64_t wanted = secondOfDay(second);
-    const std::int64_t moved = second + days * Day;
-    if (secondOfDay(moved) == wanted) return moved;
-    const std::int64_t shift = (zone.offsetAtUnixSecond(second) - zone.offsetAtUnixSecond(moved)) % Day;
-    const std::int64_t adjusted = moved + shift;
-    return shift < 0 && secondOfDay(adjusted) != wanted ? moved : adjusted;
-}
-
-/// The instant of a wall time that a step forward or back has led to.
-std::int64_t instantForStep(const TimeZone& zone, std::int64_t wall, bool forward) {
-    if (forward) return zone.instantOfWallSecond(wall);
+/// The instant of a wall time that a step back has led to. Where it exists twice, months lead to the later
+/// one, and days to the one that 24 hours for each day lead to from the offset of the start.
+std::int64_t instantOfStepBack(const TimeZone& zone, std::int64_t wall, Reckoning reckoning,
+                               int offsetOfStart) {
     const WallTime found = zone.wallSecond(wall);
-    return found.kind == WallTime::Kind::Twice ? found.second : found.first;
+    if (found.kind != WallTime::Kind::Twice) return found.first;
+    if (reckoning == Reckoning::Months) return found.second;
+    return zone.offsetAtUnixSecond(wall - offsetOfStart) == wall - found.first ? found.first : found.second;
 }
 
 /// Week 1 holds 1 January; weeks begin on Sunday.
@@ -169,13 +156,13 @@ std::optional<Date> Calendar::dateByAdding(CalendarUnit unit, std::int64_t amoun
     Moment moment(date);
     if (elapsed) {
         moment.second += units;
-    } else if (row->reckoning == Reckoning::Days && amount < 0) {
-        moment.second = secondSomeDaysBack(*zone_, moment.second, units);
     } else {
-        const std::int64_t wall = moment.second + zone_->offsetAtUnixSecond(moment.second);
-        const CivilDay from{dayOfWallSecond(wall)};
+        const int offset = zone_->offsetAtUnixSecond(moment.second);
+        const CivilDay from{dayOfWallSecond(moment.second + offset)};
         const CivilDay to = row->reckoning == Reckoning::Days ? from + units : from.byAddingMonths(units);
-        moment.second = instantForStep(*zone_, wall + (to - from) * SecondsPerDay, amount > 0);
+        const std::int64_t wall = moment.second + offset + (to - from) * SecondsPerDay;
+        moment.second = amount > 0 ? zone_->instantOfWallSecond(wall)
+                                   : instantOfStepBack(*zone_, wall, row->reckoning, offset);
     }
     const Date result = moment.date();
     return TimeZone::isCalendarDate(result) ? std::optional(result) : std::nullopt;

@@ -63,11 +63,12 @@ public:
     /// dateByAddingComponents:toDate:options:
     /// Adds the parts, largest unit first. Months and years keep the wall clock and the day of the month,
     /// clamped to the month's last; weeks and days keep the wall clock; hours, minutes and seconds are
-    /// elapsed time; a weekday counts as a day; the era is not looked at. A missing wall time is moved
-    /// forward by the length of the gap; of two instants the earlier is taken (going back in time, possibly
-    /// the later). The fraction of the second stays. No parts, or amounts of 0: the very same instant.
-    /// Absent when an amount is beyond 2^31 either way or the result has no calendar day; the result may lie
-    /// outside the years of books (`isInBookYears`). An absent date gives an absent date.
+    /// elapsed time; a weekday counts as a day; the era is not looked at. A day that a place left out (30
+    /// December 2011 in Pacific/Apia) counts like any other, so that weekdays stay in step. A missing wall
+    /// time is moved forward by the length of the gap; of two instants the earlier is taken (going back in
+    /// time, possibly the later). The fraction of the second stays. No parts, or amounts of 0: the very same
+    /// instant. Absent when an amount is beyond 2^31 either way or the result has no calendar day; the result
+    /// may lie outside the years of books (`isInBookYears`). An absent date gives an absent date.
     [[nodiscard]] std::optional<Date> dateByAddingComponentsToDate(const DateComponents& components,
                                                                    std::optional<Date> date) const;
 

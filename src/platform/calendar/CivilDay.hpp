@@ -166,10 +166,13 @@ private:
         return {y + (month <= 2 ? 1 : 0), month, day};
     }
 
-    /// Division that rounds towards the past.
+    /// Division that rounds towards the past, for numbers down to -2^55. Unsigned division by a constant is
+    /// the cheapest there is, and months are stepped through by the thousand.
     template <std::int64_t Divisor>
     [[nodiscard]] static constexpr std::int64_t floorOf(std::int64_t value) noexcept {
-        return value / Divisor - (value % Divisor < 0 ? 1 : 0);
+        constexpr std::int64_t Ahead = (std::int64_t{1} << 55) / Divisor;
+        return static_cast<std::int64_t>(static_cast<std::uint64_t>(value + Ahead * Divisor) / Divisor) -
+               Ahead;
     }
 };
 
