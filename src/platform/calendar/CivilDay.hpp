@@ -24,6 +24,16 @@
 
 namespace estatebook::platform {
 
+namespace detail {
+/// Division that rounds towards the past, for numbers down to -2^55. Unsigned division by a constant is
+/// the cheapest there is, and months are stepped through by the thousand.
+template <std::int64_t Divisor>
+[[nodiscard]] constexpr std::int64_t floorOf(std::int64_t value) noexcept {
+    constexpr std::int64_t Ahead = (std::int64_t{1} << 55) / Divisor;
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(value + Ahead * Divisor) / Divisor) - Ahead;
+}
+} // namespace detail
+
 /// The name of a day: 29 February 2024 is {2024, 2, 29}. Year 0 is 1 BC, year -1 is 2 BC.
 struct YearMonthDay {
     std::int64_t year = 1970;
@@ -51,10 +61,10 @@ struct CivilDay {
         // Both calendars count years from March, so that the leap day is the last of its year.
         const std::int64_t y = year - (month <= 2 ? 1 : 0);
         const std::int64_t dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-        const std::int64_t quarters = floorOf<4>(y);
-        const std::int64_t centuries = floorOf<100>(y);
+        const std::int64_t quarters = detail::floorOf<4>(y);
+        const std::int64_t centuries = detail::floorOf<100>(y);
         const std::int64_t gregorian =
-            365 * y + quarters - centuries + floorOf<4>(centuries) + dayOfYear - 719468;
+            365 * y + quarters - centuries + detail::floorOf<4>(centuries) + dayOfYear - 719468;
         if (gregorian >= GregorianStart) [[likely]]
             return {gregorian};
         return {365 * y + quarters + dayOfYear - 719470};
@@ -80,7 +90,7 @@ struct CivilDay {
 
     /// 1 for Sunday to 7 for Saturday.
     [[nodiscard]] constexpr int weekday() const noexcept {
-        return static_cast<int>(number + 4 - 7 * floorOf<7>(number + 4)) + 1;
+        return static_cast<int>(number + 4 - 7 * detail::floorOf<7>(number + 4)) + 1;
     }
 
     /// The same day of the month that many months on (or back, below zero), or that month's last day when it
@@ -92,7 +102,7 @@ struct CivilDay {
 
     /// The day of the month `monthNumber` (months since January of year 0), or that month's last.
     [[nodiscard]] static constexpr CivilDay clamped(std::int64_t monthNumber, int day) noexcept {
-        const std::int64_t year = floorOf<12>(monthNumber);
+        const std::int64_t year = detail::floorOf<12>(monthNumber);
         const int month = static_cast<int>(monthNumber - 12 * year) + 1;
         const int last = lengthOfMonth(year, month);
         return fromYearMonthDay(year, month, day < last ? day : last);
@@ -146,7 +156,7 @@ private:
         std::int64_t dayOfYear;
         if (number >= GregorianStart) {
             const std::int64_t shifted = number + 719468;
-            const std::int64_t cycle = floorOf<146097>(shifted);
+            const std::int64_t cycle = detail::floorOf<146097>(shifted);
             const std::int64_t dayOfCycle = shifted - cycle * 146097;
             const std::int64_t yearOfCycle =
                 (dayOfCycle - dayOfCycle / 1460 + dayOfCycle / 36524 - dayOfCycle / 146096) / 365;
@@ -154,7 +164,7 @@ private:
             dayOfYear = dayOfCycle - (365 * yearOfCycle + yearOfCycle / 4 - yearOfCycle / 100);
         } else {
             const std::int64_t shifted = number + 719470;
-            const std::int64_t cycle = floorOf<1461>(shifted);
+            const std::int64_t cycle = detail::floorOf<1461>(shifted);
             const std::int64_t dayOfCycle = shifted - cycle * 1461;
             const std::int64_t yearOfCycle = (dayOfCycle - dayOfCycle / 1460) / 365;
             y = cycle * 4 + yearOfCycle;
@@ -164,15 +174,6 @@ private:
         const int day = static_cast<int>(dayOfYear) - (153 * marchMonth + 2) / 5 + 1;
         const int month = marchMonth < 10 ? marchMonth + 3 : marchMonth - 9;
         return {y + (month <= 2 ? 1 : 0), month, day};
-    }
-
-    /// Division that rounds towards the past, for numbers down to -2^55. Unsigned division by a constant is
-    /// the cheapest there is, and months are stepped through by the thousand.
-    template <std::int64_t Divisor>
-    [[nodiscard]] static constexpr std::int64_t floorOf(std::int64_t value) noexcept {
-        constexpr std::int64_t Ahead = (std::int64_t{1} << 55) / Divisor;
-        return static_cast<std::int64_t>(static_cast<std::uint64_t>(value + Ahead * Divisor) / Divisor) -
-               Ahead;
     }
 };
 

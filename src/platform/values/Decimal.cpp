@@ -13,7 +13,6 @@ namespace estatebook::platform {
 
 using boost::multiprecision::uint256_t;
 using detail::DecimalParts;
-using detail::digitCount;
 using detail::MantissaLimit;
 using detail::PowersOfTen;
 using detail::UInt128;

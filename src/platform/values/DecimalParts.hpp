@@ -29,7 +29,8 @@ inline constexpr UInt128 MantissaLimit = PowersOfTen[Decimal::MaximumDigits];
 
 constexpr int bitCount(UInt128 number) noexcept {
     const auto high = static_cast<std::uint64_t>(number >> 64);
-    return high != 0 ? 64 + std::bit_width(high) : std::bit_width(static_cast<std::uint64_t>(number));
+    const auto low = static_cast<std::uint64_t>(number);
+    return static_cast<int>(high != 0 ? 64 + std::bit_width(high) : std::bit_width(low));
 }
 
 /// The decimal digits of a number below 10^38 or with 39 digits; none for 0.

@@ -31,7 +31,7 @@ INSTANTIATE_TEST_SUITE_P(Iso4217, CurrencyDigitsTest,
                                          CurrencyCase{"CLP", 0}, CurrencyCase{"ISK", 0},
                                          CurrencyCase{"KWD", 3}, CurrencyCase{"BHD", 3},
                                          CurrencyCase{"TND", 3}, CurrencyCase{"CLF", 4}),
-                         [](const auto& info) { return std::string(info.param.code); });
+                         [](const auto& one) { return std::string(one.param.code); });
 
 TEST(TextTest, AnUnknownCurrencyHasTwoDigits) {
     EXPECT_EQ(currencyDigits("QQQ"), 2);
