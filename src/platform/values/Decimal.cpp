@@ -224,7 +224,8 @@ Decimal multiply(const DecimalParts& a, const DecimalParts& b, const DecimalBeha
 [[gnu::always_inline]] inline Decimal divide(const DecimalParts& a, std::uint64_t divisor, bool negative,
                                              std::int64_t exponent, const DecimalBehavior& behavior) {
     constexpr int chunk = 19;
-    const int shift = std::max(0, chunk + digitCount(divisor) - digitCount(a.mantissa));
+    const int dividendDigits = std::min(chunk + digitCount(divisor), Decimal::MaximumDigits);
+    const int shift = std::max(0, dividendDigits - digitCount(a.mantissa));
     const UInt128 first = a.mantissa * PowersOfTen[shift];
     UInt128 quotient = first / divisor;
     auto remainder = static_cast<std::uint64_t>(first) - static_cast<std::uint64_t>(quotient) * divisor;

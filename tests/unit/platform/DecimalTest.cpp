@@ -455,6 +455,16 @@ TEST(DecimalTest, QuotientsHave38Digits) {
     EXPECT_EQ(text(d(nines(38)) / d("1" + zeros(36) + "1e-1")), "99." + nines(34) + "89");
 }
 
+TEST(DecimalTest, DivisorsWhereAWordEndsLoseNoDigit) {
+    EXPECT_EQ(text(Decimal(69) / d("18446744073709551614")),
+              "0.0000000000000000037404974950749902977312577140349880947");
+    EXPECT_EQ(text(Decimal(1) / d("18446744073709551615")),
+              "0.000000000000000000054210108624275221703311375920552804341");
+    EXPECT_EQ(text(Decimal(1) / d("18446744073709551616")),
+              "0.000000000000000000054210108624275221700372640043497085571");
+    EXPECT_EQ(d("18446744073709551615") / d("18446744073709551615"), 1);
+}
+
 TEST(DecimalTest, ALongProductIsRoundedAndCompacted) {
     EXPECT_EQ(text(d("1234.56") * (Decimal(1) / 3)), "411.52");
     EXPECT_EQ(text(d(nines(38)) * d(nines(38))), nines(37) + "8" + zeros(38));
