@@ -11,7 +11,7 @@
 #include <optional>
 #include <string>
 
-namespace estatebook::testing {
+namespace estatebook::testkit {
 
 /// The instant of that time in UTC, reckoned by the standard library.
 inline platform::Date utcDate(int year, unsigned month, unsigned day, int hour = 0, int minute = 0,
@@ -51,4 +51,4 @@ inline platform::Date wallDate(const platform::Calendar& calendar, int year, int
         .value();
 }
 
-} // namespace estatebook::testing
+} // namespace estatebook::testkit

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <utility>
 
-namespace estatebook::testing {
+namespace estatebook::testkit {
 
 class SlowCalendar {
 public:
@@ -85,4 +85,4 @@ private:
     ZoneFile zone_;
 };
 
-} // namespace estatebook::testing
+} // namespace estatebook::testkit

@@ -8,7 +8,7 @@
 #include <set>
 #include <sstream>
 
-namespace estatebook::testing {
+namespace estatebook::testkit {
 
 namespace {
 
@@ -224,4 +224,4 @@ std::vector<std::int64_t> ZoneFile::changes(std::int64_t from, std::int64_t unti
     return seconds;
 }
 
-} // namespace estatebook::testing
+} // namespace estatebook::testkit

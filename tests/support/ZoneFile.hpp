@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace estatebook::testing {
+namespace estatebook::testkit {
 
 class ZoneFile {
 public:
@@ -61,4 +61,4 @@ private:
     std::vector<int> offsets_;
 };
 
-} // namespace estatebook::testing
+} // namespace estatebook::testkit

@@ -19,7 +19,7 @@
 namespace estatebook::platform {
 namespace {
 
-using estatebook::testing::shown;
+using estatebook::testkit::shown;
 
 constexpr const char* Zones[] = {
     "UTC",
@@ -67,7 +67,7 @@ constexpr Field Fields[] = {
 class Peer {
 public:
     explicit Peer(const char* zone)
-        : ours(testing::calendarOf(zone)), zone_(icu::TimeZone::createTimeZone(zone)),
+        : ours(testkit::calendarOf(zone)), zone_(icu::TimeZone::createTimeZone(zone)),
           calendar_(std::make_unique<icu::GregorianCalendar>(*zone_, icu::Locale("en_US"), status_)) {}
 
     /// Whether both know the same offsets for some days around the date.

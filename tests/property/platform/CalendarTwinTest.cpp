@@ -17,9 +17,9 @@
 namespace estatebook::platform {
 namespace {
 
-using estatebook::testing::shown;
-using estatebook::testing::SlowCalendar;
-using estatebook::testing::ZoneFile;
+using estatebook::testkit::shown;
+using estatebook::testkit::SlowCalendar;
+using estatebook::testkit::ZoneFile;
 
 struct Pair {
     std::string name;

@@ -13,10 +13,10 @@
 namespace estatebook::platform {
 namespace {
 
-using testing::calendarOf;
-using testing::shown;
-using testing::utcDate;
-using testing::wallDate;
+using testkit::calendarOf;
+using testkit::shown;
+using testkit::utcDate;
+using testkit::wallDate;
 
 static_assert(std::is_trivially_copyable_v<Calendar> && sizeof(Calendar) == sizeof(void*));
 

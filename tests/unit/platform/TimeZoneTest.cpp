@@ -15,7 +15,7 @@
 namespace estatebook::platform {
 namespace {
 
-using testing::utcDate;
+using testkit::utcDate;
 
 constexpr double Infinity = std::numeric_limits<double>::infinity();
 
