@@ -36,7 +36,7 @@ INSTANTIATE_TEST_SUITE_P(Locales, DateTextEveryDayTest, testing::ValuesIn([] {
                              const auto identifiers = Locale::availableIdentifiers();
                              return std::vector<std::string>(identifiers.begin(), identifiers.end());
                          }()),
-                         [](const auto& info) { return info.param; });
+                         [](const auto& row) { return row.param; });
 
 } // namespace
 } // namespace estatebook::platform

@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
                     LocaleCase{"Italy", "it_IT", "1 gen 2025", "1 mar 2024", "31 ago 2024"},
                     LocaleCase{"Root", "", "2025 M01 1", "2024 M03 1", "2024 M08 31"},
                     LocaleCase{"Thailand", "th_TH", "1 ม.ค. 2568", "1 มี.ค. 2567", "31 ส.ค. 2567"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(DateFormatterTest, NewZealandAndSeptemberAreWrittenAsTheLocaleDataHasThem) {
     for (const char* locale : {"en_NZ", "en_AU", "en_GB", "es_ES", "fr_FR"})
