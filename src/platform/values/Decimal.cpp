@@ -13,6 +13,7 @@ namespace estatebook::platform {
 
 using boost::multiprecision::uint256_t;
 using detail::DecimalParts;
+using detail::digitCount;
 using detail::MantissaLimit;
 using detail::PowersOfTen;
 using detail::UInt128;
