@@ -8,12 +8,20 @@ namespace estatebook::platform {
 
 DistinctValues::DistinctValues(std::vector<Value> members) : Object(Counting::Shared) {
     members_.reserve(members.size());
-    const bool indexed = members.size() >= IndexedFrom;
-    for (Value& member : members) {
-        if (contains(member)) continue;
-        if (indexed) placesByHash_.emplace(member.hash(), members_.size());
-        members_.push_back(std::move(member));
-    }
+    for (const Value& member : members) append(member);
+}
+
+void DistinctValues::append(const Value& member) {
+    if (contains(member)) return;
+    members_.push_back(member);
+    if (members_.size() == IndexedFrom)
+        for (std::size_t place = 0; place < IndexedFrom; ++place) addToIndex(place);
+    else if (members_.size() > IndexedFrom)
+        addToIndex(members_.size() - 1);
+}
+
+void DistinctValues::addToIndex(std::size_t place) {
+    placesByHash_.emplace(members_[place].hash(), place);
 }
 
 std::optional<std::size_t> DistinctValues::indexOf(const Value& member) const noexcept {
@@ -35,7 +43,9 @@ std::string DistinctValues::description() const {
     return text + "\n)}";
 }
 
-Ref<Set> Set::make(std::vector<Value> members) { return Ref<Set>(new Set(std::move(members))); }
+Ref<Set> Set::make(std::vector<Value> members) {
+    return Ref<Set>(new Set(std::move(members)));
+}
 
 bool Set::isEqual(const Object& other) const noexcept {
     const auto* set = dynamic_cast<const Set*>(&other);
@@ -47,7 +57,9 @@ Ref<OrderedSet> OrderedSet::make(std::vector<Value> members) {
     return Ref<OrderedSet>(new OrderedSet(std::move(members)));
 }
 
-Ref<Array> OrderedSet::array() const { return Array::make({members().begin(), members().end()}); }
+Ref<Array> OrderedSet::array() const {
+    return Array::make({members().begin(), members().end()});
+}
 
 bool OrderedSet::isEqual(const Object& other) const noexcept {
     const auto* set = dynamic_cast<const OrderedSet*>(&other);

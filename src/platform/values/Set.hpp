@@ -16,6 +16,7 @@
 #include <optional>
 #include <span>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace estatebook::platform {
@@ -31,12 +32,17 @@ public:
     [[nodiscard]] std::string description() const override;
 
 protected:
+    DistinctValues() noexcept : Object(Counting::Shared) {}
     explicit DistinctValues(std::vector<Value> members);
+    /// Puts a member at the end unless an equal one is there.
+    void append(const Value& member);
     [[nodiscard]] std::optional<std::size_t> indexOf(const Value& member) const noexcept;
 
 private:
     // Small collections are searched in line; the index is built for larger ones only.
     static constexpr std::size_t IndexedFrom = 9;
+    void addToIndex(std::size_t place);
+
     std::vector<Value> members_;
     std::unordered_multimap<std::size_t, std::size_t> placesByHash_;
 };
@@ -54,11 +60,29 @@ private:
 
 class ESTATEBOOK_API OrderedSet final : public DistinctValues {
 public:
+    /// Grows a set member by member.
+    class ESTATEBOOK_API Builder {
+    public:
+        Builder() : set_(new OrderedSet) {}
+        /// addObject: an equal member keeps its place.
+        void add(const Value& member) { set_->append(member); }
+        /// unionOrderedSet: the members that are new go to the end, in their order.
+        void unionOrderedSet(const OrderedSet& other) {
+            for (const Value& member : other.members()) set_->append(member);
+        }
+        [[nodiscard]] Ref<OrderedSet> finish() && { return std::move(set_); }
+
+    private:
+        Ref<OrderedSet> set_;
+    };
+
     [[nodiscard]] static Ref<OrderedSet> make(std::vector<Value> members);
     /// REQUIRES: index < count().
     [[nodiscard]] const Value& at(std::size_t index) const noexcept { return members()[index]; }
     /// Where the member stands; none when it is no member.
-    [[nodiscard]] std::optional<std::size_t> index(const Value& member) const noexcept { return indexOf(member); }
+    [[nodiscard]] std::optional<std::size_t> index(const Value& member) const noexcept {
+        return indexOf(member);
+    }
     /// The members as a list.
     [[nodiscard]] Ref<Array> array() const;
     [[nodiscard]] bool isEqual(const Object& other) const noexcept override;
