@@ -36,9 +36,9 @@ class Adopts : public Base, public Protocols... {
 public:
     using Base::Base;
 
-    void retainAdopter() const noexcept final { this->retain(); }
-    void releaseAdopter() const noexcept final { this->release(); }
-    [[nodiscard]] Object& adopter() const noexcept final { return const_cast<Adopts&>(*this); }
+    void retainAdopter() const noexcept override { this->retain(); }
+    void releaseAdopter() const noexcept override { this->release(); }
+    [[nodiscard]] Object& adopter() const noexcept override { return const_cast<Adopts&>(*this); }
 };
 
 } // namespace estatebook::platform

@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// ClassDescription: what is known of a class by key. One constant table a class: its properties with their
+/// getters and setters, and its dependency rows.
+///
+/// The table is open: an application may give a class a getter for a key of its own, or declare that a key depends
+/// on a path of keys, before or while objects of the class live.
+///
+///     TKTenure::Class.addProperty({.key = Key::named("label"), .get = &labelOf});
+///     TKTenure::Class.addDependency(Key::named("label"), "tenant.name");
+///
+/// Rows added at run time may form cycles; each key is still announced once a change. Additions are made on the
+/// model's thread.
+
+#include "platform/observation/Dependencies.hpp"
+#include "platform/observation/Key.hpp"
+#include "platform/values/Value.hpp"
+
+#include <optional>
+#include <span>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace estatebook::platform {
+
+class ObservableObject;
+
+/// How a key is read and written. Without a getter the key has no value, yet it can be observed.
+struct Property {
+    Key key;
+    Value (*get)(const ObservableObject&) = nullptr;
+    void (*set)(ObservableObject&, const Value&) = nullptr;
+    /// Whether writing nothing to it is refused, because it holds a plain number.
+    bool isScalar = false;
+};
+
+class ESTATEBOOK_API ClassDescription {
+public:
+    using Dependents = std::span<const Key> (*)(Key) noexcept;
+
+    /// `rows` holds the inherited rows, too; `dependents` answers from their closure.
+    constexpr ClassDescription(std::string_view name, const ClassDescription* parent,
+                               std::span<const Property> properties, std::span<const DependencyRow> rows,
+                               Dependents dependents, bool replacesAnnouncements) noexcept
+        : name_(name), parent_(parent), properties_(properties), rows_(rows), dependents_(dependents),
+          replacesAnnouncements_(replacesAnnouncements) {}
+    ClassDescription(const ClassDescription&) = delete;
+    ClassDescription& operator=(const ClassDescription&) = delete;
+
+    [[nodiscard]] constexpr std::string_view name() const noexcept { return name_; }
+    [[nodiscard]] constexpr const ClassDescription* parent() const noexcept { return parent_; }
+
+    /// The property of the key, of this class or the nearest above; null for a key the class does not know.
+    [[nodiscard]] const Property* property(Key key) const;
+
+    /// The keys whose values depend on this key within the same object: nearest first, each once.
+    [[nodiscard]] std::span<const Key> dependentsOf(Key key) const;
+
+    /// The declared rows of the class and the classes above it, as written.
+    [[nodiscard]] constexpr std::span<const DependencyRow> rows() const noexcept { return rows_; }
+    /// keyPathsForValuesAffecting<Key>: the declared key paths, those added at run time included.
+    [[nodiscard]] std::vector<std::string> keyPathsForValuesAffecting(Key key) const;
+
+    /// Whether the class replaces the announcements of changes, so that they cannot be left out.
+    [[nodiscard]] constexpr bool replacesAnnouncements() const noexcept { return replacesAnnouncements_; }
+
+    /// Gives the class a property, or replaces it.
+    void addProperty(const Property& property) const;
+    /// Declares that `dependent` is computed from the key or dotted key path.
+    void addDependency(Key dependent, std::string_view keyPath) const;
+
+    /// A dependency that leads through other objects.
+    struct PathDependency {
+        Key dependent;
+        std::vector<Key> path;
+    };
+    /// The dotted dependencies of the class and the classes above it.
+    [[nodiscard]] std::vector<const PathDependency*> pathDependencies() const;
+
+    /// Whether anything was added to any class; while false there are no dotted dependencies at all.
+    [[nodiscard]] static bool anyAdded() noexcept;
+
+private:
+    struct Additions;
+    struct Index;
+    Additions& additions() const;
+    const Index& index() const;
+
+    std::string_view name_;
+    const ClassDescription* parent_;
+    std::span<const Property> properties_;
+    std::span<const DependencyRow> rows_;
+    Dependents dependents_;
+    bool replacesAnnouncements_;
+    mutable Additions* additions_ = nullptr;
+    mutable const Index* index_ = nullptr;
+};
+
+/// For a class whose closure is the constant C.
+template <const auto& C>
+std::span<const Key> dependentsIn(Key key) noexcept {
+    return C.dependentsOf(key);
+}
+/// For a class without dependency rows.
+inline std::span<const Key> noDependents(Key) noexcept { return {}; }
+
+namespace detail {
+
+template <class T>
+struct MemberOf;
+template <class R, class C>
+struct MemberOf<R (C::*)() const> {
+    using Class = C;
+};
+template <class R, class C>
+struct MemberOf<R (C::*)() const noexcept> {
+    using Class = C;
+};
+template <class C, class A>
+struct MemberOf<void (C::*)(A)> {
+    using Class = C;
+    using Argument = std::remove_cvref_t<A>;
+};
+
+template <class T>
+struct FromValue;
+template <>
+struct FromValue<std::optional<Decimal>> {
+    static std::optional<Decimal> convert(const Value& value) { return value.decimal(); }
+};
+template <>
+struct FromValue<std::optional<Date>> {
+    static std::optional<Date> convert(const Value& value) { return value.date(); }
+};
+template <>
+struct FromValue<std::optional<Number>> {
+    static std::optional<Number> convert(const Value& value) { return value.number(); }
+};
+template <>
+struct FromValue<std::uint64_t> {
+    static std::uint64_t convert(const Value& value) { return value.unsignedIntegerValue(); }
+};
+template <>
+struct FromValue<Value> {
+    static const Value& convert(const Value& value) { return value; }
+};
+template <class T>
+struct FromValue<Ref<T>> {
+    static Ref<T> convert(const Value& value) { return value.as<T>(); }
+};
+
+/// A value of another kind is refused rather than read as absent.
+[[noreturn]] ESTATEBOOK_API void refuseValue(Key key, const Value& value);
+
+} // namespace detail
+
+/// A read-only property from a member function.
+template <auto Getter>
+constexpr Property derived(Key key) noexcept {
+    using Class = typename detail::MemberOf<decltype(Getter)>::Class;
+    return {key, [](const ObservableObject& object) -> Value {
+                return Value((static_cast<const Class&>(object).*Getter)());
+            }};
+}
+
+/// A property from two member functions.
+template <auto Getter, auto Setter>
+constexpr Property writable(Key key) noexcept {
+    using Class = typename detail::MemberOf<decltype(Setter)>::Class;
+    using Argument = typename detail::MemberOf<decltype(Setter)>::Argument;
+    Property property = derived<Getter>(key);
+    property.isScalar = std::is_arithmetic_v<Argument>;
+    property.set = [](ObservableObject& object, const Value& value) {
+        auto argument = detail::FromValue<Argument>::convert(value);
+        if constexpr (!std::is_arithmetic_v<Argument> && !std::is_same_v<Argument, Value>)
+            if (!argument && !value.isAbsent()) detail::refuseValue(Key(), value);
+        (static_cast<Class&>(object).*Setter)(std::move(argument));
+    };
+    return property;
+}
+
+} // namespace estatebook::platform

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// The names of the library's own keys, at the places of their numbers; the first is empty. Generated from the
+/// model file and constant-initialised, so that keys can be named before any other code has run.
+
+#include <cstddef>
+#include <string_view>
+
+namespace estatebook::platform {
+
+extern const std::string_view* const libraryKeyNames;
+extern const std::size_t libraryKeyCount;
+
+} // namespace estatebook::platform

@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+#include "platform/observation/ObservableObject.hpp"
+
+#include "platform/observation/KeyPath.hpp"
+#include "platform/observation/Observation.hpp"
+#include "platform/values/Exception.hpp"
+#include "platform/values/Set.hpp"
+
+#include <string>
+
+namespace estatebook::platform {
+
+namespace {
+
+constexpr ClassDescription rootDescription("ObservableObject", nullptr, {}, {}, noDependents, false);
+
+std::vector<Key> stepsOf(std::string_view keyPath) {
+    std::vector<Key> steps;
+    for (std::string_view rest = keyPath;;) {
+        const std::size_t point = rest.find('.');
+        steps.push_back(Key::named(rest.substr(0, point)));
+        if (point == std::string_view::npos) return steps;
+        rest.remove_prefix(point + 1);
+    }
+}
+
+} // namespace
+
+ObservableObject::~ObservableObject() { ObservationEngine::objectEnds(*this); }
+
+void ObservableObject::dispose() const noexcept {
+    endObserving();
+    Object::dispose();
+}
+
+void ObservableObject::endObserving() const noexcept {
+    ObservationEngine::objectEnds(const_cast<ObservableObject&>(*this));
+}
+
+const ClassDescription& ObservableObject::classDescription() const noexcept { return rootDescription; }
+
+bool ObservableObject::findAnnouncing() const noexcept {
+    announcing_ = classDescription().replacesAnnouncements() ? Announcing::Always : Announcing::WhenObserved;
+    return announcing_ == Announcing::Always;
+}
+
+Value ObservableObject::valueForKey(Key key) const {
+    const Property* property = classDescription().property(key);
+    return property && property->get ? property->get(*this) : valueForUndefinedKey(key);
+}
+
+void ObservableObject::setValueForKey(const Value& value, Key key) {
+    const Property* property = classDescription().property(key);
+    if (!property || !property->set) return setValueForUndefinedKey(value, key);
+    if (property->isScalar && (value.isAbsent() || value.isNullObject())) return setNilValueForKey(key);
+    property->set(*this, value);
+}
+
+Value ObservableObject::valueForUndefinedKey(Key key) const {
+    throw UndefinedKeyException("[" + description() + " valueForUndefinedKey:]: there is no value for the key \"" +
+                                std::string(key.name()) + "\"");
+}
+
+void ObservableObject::setValueForUndefinedKey(const Value&, Key key) {
+    throw UndefinedKeyException("[" + description() + " setValue:forUndefinedKey:]: the key \"" +
+                                std::string(key.name()) + "\" cannot be written");
+}
+
+void ObservableObject::setNilValueForKey(Key key) {
+    throw InvalidArgumentException("[" + description() + " setNilValueForKey:]: the key \"" +
+                                   std::string(key.name()) + "\" holds a plain number and cannot be empty");
+}
+
+Value ObservableObject::valueForKeyPath(std::string_view keyPath) const {
+    return valueForKeyPathOfValue(Value(Ref<Object>(const_cast<ObservableObject*>(this))), keyPath);
+}
+
+void ObservableObject::setValueForKeyPath(const Value& value, std::string_view keyPath) {
+    const std::size_t point = keyPath.rfind('.');
+    if (point == std::string_view::npos) return setValueForKey(value, keyPath);
+    const Value owner = valueForKeyPath(keyPath.substr(0, point));
+    if (owner.isAbsent()) return;
+    const auto object = owner.as<ObservableObject>();
+    if (!object)
+        throw InvalidArgumentException("\"" + std::string(keyPath) + "\" cannot be written: it leads through " +
+                                       owner.description());
+    object->setValueForKey(value, keyPath.substr(point + 1));
+}
+
+void ObservableObject::willChangeValueForKey(Key key) { ObservationEngine::will(*this, key); }
+
+void ObservableObject::didChangeValueForKey(Key key) { ObservationEngine::did(*this, key); }
+
+void ObservableObject::willChangeValueForKeyWithSetMutationUsingObjects(Key key, ChangeKind kind,
+                                                                        const Ref<Set>& objects) {
+    KeyValueChange mutation{.kind = kind};
+    (kind == ChangeKind::Removal ? mutation.oldValue : mutation.newValue) = Value(Ref<Object>(objects));
+    ObservationEngine::willMutate(*this, key, mutation);
+}
+
+void ObservableObject::didChangeValueForKeyWithSetMutationUsingObjects(Key key, ChangeKind kind,
+                                                                       const Ref<Set>& objects) {
+    KeyValueChange mutation{.kind = kind};
+    (kind == ChangeKind::Removal ? mutation.oldValue : mutation.newValue) = Value(Ref<Object>(objects));
+    ObservationEngine::didMutate(*this, key, mutation);
+}
+
+void ObservableObject::willChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key) {
+    ObservationEngine::willMutate(*this, key, {.kind = kind, .indexes = std::move(indexes)});
+}
+
+void ObservableObject::didChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key) {
+    ObservationEngine::didMutate(*this, key, {.kind = kind, .indexes = std::move(indexes)});
+}
+
+void ObservableObject::addObserverForKeyPathOptionsContext(ObservableObject& observer, std::string_view keyPath,
+                                                           unsigned options, const void* context) {
+    const std::vector<Key> steps = stepsOf(keyPath);
+    const auto bits = static_cast<std::uint8_t>(options);
+    if (steps.size() == 1) {
+        ObservationEngine::add(*this, steps.front(), {WeakReference(observer), context, nullptr, bits});
+    } else {
+        auto path = std::make_shared<PathObservation>(*this, steps);
+        path->observer = WeakReference(observer);
+        path->context = context;
+        path->options = bits;
+        path->text = keyPath;
+        path->follow();
+        ObservationEngine::observationOf(*this).paths.push_back(std::move(path));
+    }
+    if (options & ObservingInitial) {
+        KeyValueChange change;
+        if (options & ObservingNew) {
+            change.newValue = valueForKeyPath(keyPath);
+            if (change.newValue.isAbsent()) change.newValue = NullObject{};
+        }
+        observer.observeValueForKeyPathOfObjectChangeContext(keyPath, *this, change, context);
+    }
+}
+
+namespace {
+
+template <class MatchesContext>
+void removeLatestObserver(ObservableObject& object, ObservableObject& observer, std::string_view keyPath,
+                          MatchesContext matchesContext) {
+    if (Observation* observation = ObservationEngine::observationIfAny(object)) {
+        const std::vector<Key> steps = stepsOf(keyPath);
+        if (steps.size() == 1) {
+            KeyObservers* observers = observation->find(steps.front());
+            for (std::size_t index = observers ? observers->registrations.size() : 0; index-- > 0;) {
+                const Registration& each = observers->registrations[index];
+                if (each.link || each.observer.get() != &observer || !matchesContext(each.context)) continue;
+                return ObservationEngine::removeAt(object, steps.front(), index);
+            }
+        } else {
+            auto& paths = observation->paths;
+            for (std::size_t index = paths.size(); index-- > 0;) {
+                const auto path = paths[index];
+                if (path->text != keyPath || path->observer.get() != &observer || !matchesContext(path->context))
+                    continue;
+                paths.erase(paths.begin() + static_cast<std::ptrdiff_t>(index));
+                path->unfollow();
+                return;
+            }
+        }
+    }
+    throw RangeException("Cannot remove an observer " + observer.description() + " for the key path \"" +
+                         std::string(keyPath) + "\" from " + object.description() +
+                         " because it is not registered as an observer.");
+}
+
+} // namespace
+
+void ObservableObject::removeObserverForKeyPathContext(ObservableObject& observer, std::string_view keyPath,
+                                                       const void* context) {
+    removeLatestObserver(*this, observer, keyPath, [&](const void* theirs) { return theirs == context; });
+}
+
+void ObservableObject::removeObserverForKeyPath(ObservableObject& observer, std::string_view keyPath) {
+    removeLatestObserver(*this, observer, keyPath, [](const void*) { return true; });
+}
+
+void ObservableObject::observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, ObservableObject& object,
+                                                                   const KeyValueChange&, const void*) {
+    throw InternalInconsistencyException(description() + ": a change of the key path \"" + std::string(keyPath) +
+                                         "\" of " + object.description() + " was received but not handled");
+}
+
+} // namespace estatebook::platform

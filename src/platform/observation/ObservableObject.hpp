@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// ObservableObject: read and written by key, and observed by key path.
+///
+/// A change is a pair of announcements around a store: will, store, did. Observers of the key are told after
+/// the store, and so are observers of every key that depends on it, each once a change. Dependent keys are
+/// announced through the same overridable pair, whether or not anybody observes, so that a class can pass them on:
+///
+///     void TKTenure::didChangeValueForKey(Key key) {
+///         Super::didChangeValueForKey(key);                       // always first
+///         if (key == keys::balance && property()) property()->didChangeValueForKey(keys::tenureBalance);
+///     }
+///
+/// Observing:
+///
+///     tenure.addObserverForKeyPathOptionsContext(watcher, "balance", ObservingNew, token);
+///     tenure.removeObserverForKeyPathContext(watcher, "balance", token);
+///
+/// Neither observer nor observed is kept alive: an observer that died is passed over, and what was registered on
+/// an object dies with it. Observers may come and go during a notification: one that is removed hears nothing
+/// more, one that is added hears of the next change.
+///
+/// An exception out of an observer or out of a getter read for one leaves the value set and every pair closed; all other
+/// observers are told, and the first exception leaves the outermost setter.
+///
+/// Announcing costs nothing when nobody observes an object and its class does not replace the pair. Objects
+/// are used on one thread.
+
+#include "platform/observation/ClassDescription.hpp"
+#include "platform/observation/Key.hpp"
+#include "platform/values/Object.hpp"
+#include "platform/values/Value.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <type_traits>
+#include <vector>
+
+namespace estatebook::platform {
+
+class Set;
+
+/// Bits of what an observer asks for.
+enum ObservingOptions : std::uint8_t {
+    ObservingNothing = 0,
+    /// The new value in the change record, read by key while the observers are told.
+    ObservingNew = 1,
+    /// The value before the change.
+    ObservingOld = 2,
+    /// One notification at once, while registering.
+    ObservingInitial = 4,
+    /// One more notification before each change.
+    ObservingPrior = 8,
+};
+
+enum class ChangeKind : std::uint8_t { Setting = 1, Insertion = 2, Removal = 3, Replacement = 4 };
+
+/// What an observer is told of a change.
+struct KeyValueChange {
+    ChangeKind kind = ChangeKind::Setting;
+    /// Whether the change is yet to come.
+    bool isPrior = false;
+    /// With ObservingNew: the value, or the members that came; the null object where there is none.
+    Value newValue{};
+    /// With ObservingOld: the value before, or the members that went; the null object where there was none.
+    Value oldValue{};
+    /// Places of the members that came or went in an ordered relationship.
+    std::vector<std::size_t> indexes{};
+};
+
+class ESTATEBOOK_API ObservableObject : public Object {
+public:
+    // Reading and writing by key
+
+    /// The table of the object's class.
+    [[nodiscard]] virtual const ClassDescription& classDescription() const noexcept;
+
+    /// valueForKey: the value; absent where there is none. An unknown key raises UndefinedKeyException.
+    [[nodiscard]] virtual Value valueForKey(Key key) const;
+    [[nodiscard]] Value valueForKey(std::string_view key) const { return valueForKey(Key::named(key)); }
+
+    /// setValue:forKey: through the setter. An unknown or read-only key raises UndefinedKeyException; nothing for a
+    /// plain number, or a value of the wrong kind, raises InvalidArgumentException.
+    virtual void setValueForKey(const Value& value, Key key);
+    void setValueForKey(const Value& value, std::string_view key) { setValueForKey(value, Key::named(key)); }
+
+    /// valueForKeyPath: step by step; nothing in the middle gives nothing. A collection in the middle is mapped over.
+    /// "tenures.@sum.balance" is the decimal sum over the members (0 of none), "tenures.@unionOfSets.transactions"
+    /// the set of all members of the members' sets. Another operator raises InvalidArgumentException. Linear in the
+    /// members visited.
+    [[nodiscard]] Value valueForKeyPath(std::string_view keyPath) const;
+
+    /// setValue:forKeyPath: nothing in the middle leaves everything as it is.
+    void setValueForKeyPath(const Value& value, std::string_view keyPath);
+
+    // Announcing
+
+    /// willChangeValueForKey: opens a change of the key and, when it is the outermost, of all keys that depend on it.
+    virtual void willChangeValueForKey(Key key);
+    /// didChangeValueForKey: closes it and tells the observers. One without its will is tolerated and does nothing.
+    virtual void didChangeValueForKey(Key key);
+
+    /// The pair for an unordered to-many key: members that come (Insertion), go (Removal), or replace all (Replacement).
+    void willChangeValueForKeyWithSetMutationUsingObjects(Key key, ChangeKind kind, const Ref<Set>& objects);
+    void didChangeValueForKeyWithSetMutationUsingObjects(Key key, ChangeKind kind, const Ref<Set>& objects);
+    /// The pair for an ordered to-many key.
+    void willChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key);
+    void didChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key);
+
+    // Observing
+
+    /// addObserver:forKeyPath:options:context: The same observer may register any number of times and is told as
+    /// often. The context is handed back as it is and compared by identity.
+    void addObserverForKeyPathOptionsContext(ObservableObject& observer, std::string_view keyPath,
+                                             unsigned options, const void* context);
+    /// removeObserver:forKeyPath:context: takes away the latest registration with this context; raises RangeException when there
+    /// is none.
+    void removeObserverForKeyPathContext(ObservableObject& observer, std::string_view keyPath, const void* context);
+    /// removeObserver:forKeyPath: the latest registration with whatever context; raises RangeException when there is none.
+    void removeObserverForKeyPath(ObservableObject& observer, std::string_view keyPath);
+
+    /// observeValueForKeyPath:ofObject:change:context: Called for each registration of this object. The root raises
+    /// InternalInconsistencyException: nobody knew the context.
+    virtual void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, ObservableObject& object,
+                                                             const KeyValueChange& change, const void* context);
+
+protected:
+    constexpr explicit ObservableObject(Counting counting = Counting::Local) noexcept : Object(counting) {}
+    ~ObservableObject() override;
+    /// Observers learn that the object is gone before any part of it is.
+    void dispose() const noexcept override;
+    /// For classes that replace `dispose`: REQUIRES: called first in it.
+    void endObserving() const noexcept;
+
+    /// valueForUndefinedKey: raises UndefinedKeyException unless a class knows better.
+    [[nodiscard]] virtual Value valueForUndefinedKey(Key key) const;
+    virtual void setValueForUndefinedKey(const Value& value, Key key);
+    /// setNilValueForKey: raises InvalidArgumentException unless a class knows better.
+    virtual void setNilValueForKey(Key key);
+
+    /// Whether a change must be announced at all.
+    [[nodiscard]] bool mustAnnounce() const noexcept {
+        return observation_ != nullptr || announcing_ == Announcing::Always ||
+               (announcing_ == Announcing::Unknown && findAnnouncing());
+    }
+
+    /// Runs a store between the two announcements, or alone when nobody can hear them.
+    template <class Store>
+    void change(Key key, Store&& store) {
+        if (!mustAnnounce()) {
+            noteWillChange(key);
+            store();
+            noteDidChange(key);
+            return;
+        }
+        willChangeValueForKey(key);
+        store();
+        didChangeValueForKey(key);
+    }
+
+    /// Told of each key that is itself changed, as against one that is announced because it depends on another.
+    virtual void noteWillChange(Key) {}
+    virtual void noteDidChange(Key) {}
+
+private:
+    friend class ObservationEngine;
+    enum class Announcing : std::uint8_t { Unknown, WhenObserved, Always };
+    bool findAnnouncing() const noexcept;
+
+    struct Observation* observation_ = nullptr;
+    mutable Announcing announcing_ = Announcing::Unknown;
+};
+
+/// For class tables: whether T replaces the announcing pair of the platform classes.
+template <class T>
+inline constexpr bool replacesAnnouncements =
+    !std::is_same_v<decltype(&T::willChangeValueForKey), void (ObservableObject::*)(Key)> ||
+    !std::is_same_v<decltype(&T::didChangeValueForKey), void (ObservableObject::*)(Key)>;
+
+} // namespace estatebook::platform

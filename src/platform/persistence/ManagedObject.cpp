@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/ManagedObject.hpp"
+
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/MutableOrderedSet.hpp"
+#include "platform/persistence/RelationshipUpkeep.hpp"
+#include "platform/values/Array.hpp"
+#include "platform/values/Exception.hpp"
+#include "platform/values/Set.hpp"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+
+namespace estatebook::platform {
+
+namespace {
+
+/// A to-one relationship between its will and its did, with where it led before.
+struct OpenLink {
+    const ManagedObject* object;
+    Key key;
+    ManagedObject* before;
+};
+
+std::vector<OpenLink>& openLinks() noexcept {
+    thread_local std::vector<OpenLink> links;
+    return links;
+}
+
+} // namespace
+
+ManagedObject::ManagedObject(const ManagedObjectBirth& birth) noexcept
+    : context_(birth.context()), entity_(&birth.entity()) {
+    if (!context_) holdModel();
+}
+
+ManagedObject::~ManagedObject() {
+    if (has(HoldsModel)) entity_->model().release();
+}
+
+void ManagedObject::holdModel() noexcept {
+    entity_->model().retain();
+    set(HoldsModel);
+}
+
+void ManagedObject::dispose() const noexcept {
+    endManaging();
+    Object::dispose();
+}
+
+void ManagedObject::endManaging() const noexcept {
+    endObserving();
+    RelationshipUpkeep::sever(const_cast<ManagedObject&>(*this));
+}
+
+Ref<ManagedObject> ManagedObject::initWithEntityInsertIntoManagedObjectContext(const EntityDescription& entity,
+                                                                               ManagedObjectContext* context) {
+    const ManagedClass& managedClass = entity.managedClass();
+    if (entity.isAbstract() || !managedClass.make)
+        throw InternalInconsistencyException("the entity \"" + std::string(entity.name()) +
+                                             "\" is abstract: it has no objects of its own");
+    const Ref<ManagedObject> object(managedClass.make(ManagedObjectBirth(entity, context)));
+    if (context) context->insert(*object);
+    return object;
+}
+
+// By key
+
+const ModelledProperty* ManagedObject::modelledProperty(Key) const noexcept { return nullptr; }
+
+const ModelledProperty& ManagedObject::requireModelled(Key key) const {
+    if (const ModelledProperty* property = modelledProperty(key)) return *property;
+    throw UndefinedKeyException("the entity \"" + std::string(entity_->name()) + "\" has no property \"" +
+                                std::string(key.name()) + "\"");
+}
+
+Value ManagedObject::relationshipValue(const ModelledProperty& property) const {
+    auto& self = const_cast<ManagedObject&>(*this);
+    if (property.kind == PropertyKind::ToOne) return Value(Ref<Object>(property.toOne(self).target));
+    std::vector<Value> members;
+    const auto objects = property.toMany(self).members();
+    members.reserve(objects.size());
+    for (ManagedObject* member : objects) members.emplace_back(Ref<Object>(member));
+    if (property.kind == PropertyKind::OrderedToMany) return Value(OrderedSet::make(std::move(members)));
+    return Value(Set::make(std::move(members)));
+}
+
+Value ManagedObject::primitiveValueForKey(Key key) const {
+    const ModelledProperty& property = requireModelled(key);
+    return property.isRelationship() ? relationshipValue(property) : property.primitive(*this);
+}
+
+Value ManagedObject::valueForKey(Key key) const {
+    if (const Property* own = classDescription().property(key); own && own->get) return own->get(*this);
+    if (!modelledProperty(key)) return ObservableObject::valueForKey(key);
+    access();
+    return primitiveValueForKey(key);
+}
+
+void ManagedObject::setPrimitiveValueForKey(const Value& value, Key key) {
+    const ModelledProperty& property = requireModelled(key);
+    switch (property.kind) {
+    case PropertyKind::Attribute: property.setPrimitive(*this, value); return;
+    case PropertyKind::ToOne: property.toOne(*this).target = value.as<ManagedObject>().get(); return;
+    case PropertyKind::ToMany:
+    case PropertyKind::OrderedToMany:
+        throw InvalidArgumentException("the members of \"" + std::string(key.name()) +
+                                       "\" are not written primitively; set the relationship itself");
+    }
+}
+
+namespace {
+
+std::vector<Value> membersGiven(const Value& value, Key key) {
+    const Ref<Object> object = value.object();
+    if (const auto set = refCast<DistinctValues>(object)) return {set->members().begin(), set->members().end()};
+    if (const auto array = refCast<Array>(object)) {
+        const auto members = OrderedSet::make([&] {
+                                 std::vector<Value> all;
+                                 for (std::size_t index = 0; index < array->count(); ++index)
+                                     all.push_back(array->at(index));
+                                 return all;
+                             }())
+                                 ->members();
+        return {members.begin(), members.end()};
+    }
+    if (!value.isAbsent() && !value.isNullObject()) refuseForSlot(value, key);
+    return {};
+}
+
+} // namespace
+
+void ManagedObject::setValueForKey(const Value& value, Key key) {
+    if (const Property* own = classDescription().property(key); own && own->set)
+        return ObservableObject::setValueForKey(value, key);
+    const ModelledProperty* property = modelledProperty(key);
+    if (!property) return ObservableObject::setValueForKey(value, key);
+    access();
+    if (property->kind == PropertyKind::Attribute) {
+        change(key, [&] { property->setPrimitive(*this, value); });
+    } else if (property->kind == PropertyKind::ToOne) {
+        const auto target = value.as<ManagedObject>();
+        if (!target && !value.isAbsent() && !value.isNullObject()) refuseForSlot(value, key);
+        if (target) {
+            const ModelledProperty* back = target->modelledProperty(property->inverse);
+            if (!back || back->inverse != key) refuseForSlot(value, key);
+        }
+        setToOne(*property, target.get());
+    } else {
+        setToMany(*property, membersGiven(value, key));
+    }
+}
+
+MutableOrderedSet ManagedObject::mutableOrderedSetValueForKey(Key key) {
+    const ModelledProperty* property = modelledProperty(key);
+    if (!property || property->kind != PropertyKind::OrderedToMany)
+        throw InvalidArgumentException("\"" + std::string(key.name()) + "\" is no ordered relationship of \"" +
+                                       std::string(entity_->name()) + "\"");
+    return MutableOrderedSet(*this, *property);
+}
+
+// Relationships
+
+void ManagedObject::setToOne(const ModelledProperty& property, ManagedObject* target) {
+    access();
+    if (target && target->context_ != context_)
+        throw InvalidArgumentException("\"" + std::string(property.key.name()) + "\" cannot lead from " +
+                                       description() + " to " + target->description() +
+                                       ": they are not in one context");
+    change(property.key, [&] { property.toOne(*this).target = target; });
+}
+
+void ManagedObject::setToMany(const ModelledProperty& property, std::span<const Value> members) {
+    access();
+    std::vector<Ref<ManagedObject>> wanted;
+    for (const Value& each : members) {
+        auto member = each.as<ManagedObject>();
+        const ModelledProperty* back = member ? member->modelledProperty(property.inverse) : nullptr;
+        if (!back || back->inverse != property.key || member->context_ != context_) refuseForSlot(each, property.key);
+        wanted.push_back(std::move(member));
+    }
+    const Ref<ManagedObject> held(this);
+    willChangeValueForKey(property.key);
+    const auto present = property.toMany(*this).members();
+    for (ManagedObject* member : std::vector<ManagedObject*>(present.begin(), present.end()))
+        if (std::ranges::find(wanted, member, [](const auto& each) { return each.get(); }) == wanted.end())
+            member->setToOne(*member->modelledProperty(property.inverse), nullptr);
+    for (const auto& member : wanted) member->setToOne(*member->modelledProperty(property.inverse), this);
+    if (property.kind == PropertyKind::OrderedToMany)
+        for (std::size_t place = 0; place < wanted.size(); ++place)
+            RelationshipUpkeep::move(property.toMany(*this), RelationshipUpkeep::placeOf(*wanted[place], property),
+                                     place);
+    didChangeValueForKey(property.key);
+}
+
+// Changes
+
+void ManagedObject::noteWillChange(Key key) {
+    if (context_) context_->assertThread();
+    access();
+    const ModelledProperty* property = modelledProperty(key);
+    if (property && property->kind == PropertyKind::ToOne)
+        openLinks().push_back({this, key, property->toOne(*this).target});
+}
+
+void ManagedObject::noteDidChange(Key key) {
+    const ModelledProperty* property = modelledProperty(key);
+    if (!property) return;
+    if (context_ && context_->changeProcessingOff_ == 0 && !(property->flags & PropertyWrittenBySystem))
+        context_->noteChanged(*this);
+    if (property->kind != PropertyKind::ToOne) return;
+
+    auto& links = openLinks();
+    const auto link = std::find_if(links.rbegin(), links.rend(),
+                                   [&](const OpenLink& each) { return each.object == this && each.key == key; });
+    if (link == links.rend()) return;
+    ManagedObject* before = link->before;
+    links.erase(std::next(link).base());
+    ManagedObject* after = property->toOne(*this).target;
+    // A pair further out has seen the move done.
+    for (OpenLink& each : links)
+        if (each.object == this && each.key == key) each.before = after;
+    if (!context_ || context_->changeProcessingOff_ == 0) RelationshipUpkeep::follow(*this, *property, before);
+}
+
+// Hooks
+
+void ManagedObject::awakeFromSnapshotEvents(unsigned) {}
+
+bool ManagedObject::validateForInsert(Ref<Error>*) { return true; }
+
+bool ManagedObject::validateForUpdate(Ref<Error>*) { return true; }
+
+bool ManagedObject::validateForDelete(Ref<Error>* error) {
+    if (!ManagedObjectContext::isDenied(*this)) return true;
+    if (error)
+        *error = Error::make("Persistence", 1600,
+                             "The " + std::string(entity_->name()) +
+                                 " cannot be deleted while other objects depend on it");
+    return false;
+}
+
+void ManagedObject::fireFault() const {
+    throw ObjectInaccessibleException(description() + " has no record any more");
+}
+
+std::string ManagedObject::description() const {
+    return "<" + std::string(entity_->managedObjectClassName()) + " " + std::string(entity_->name()) + " " +
+           std::to_string(creationNumber_) + ">";
+}
+
+std::string_view ManagedObject::runtimeClassName() const noexcept { return entity_->managedObjectClassName(); }
+
+} // namespace estatebook::platform

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// ManagedObject: the root of everything a book keeps. It has an entity, and as a rule a context that owns it,
+/// tracks its changes and calls its hooks.
+///
+///     auto tenure = context.insertNewObject<TKTenure>("Tenure");
+///     tenure->setTenant(tenant.get());             // tenant->tenures() has it at once
+///     context.deleteObject(*tenure);
+///
+/// Within a context objects lead to one another by plain pointers, and the context keeps them alive. A `Ref` held
+/// outside may outlive it: it then finds absent values, never freed memory. An object made without a context is
+/// complete, but is never saved, never awakes and leaves no undo entry; it may not be linked with objects of a context.
+///
+/// Used on the context's thread only.
+
+#include "platform/observation/ObservableObject.hpp"
+#include "platform/persistence/ManagedClass.hpp"
+#include "platform/values/Error.hpp"
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace estatebook::platform {
+
+class MutableOrderedSet;
+
+/// Why an object's state was restored; bits that may come together.
+enum SnapshotEvents : unsigned {
+    SnapshotUndoInsertion = 2,
+    SnapshotUndoDeletion = 4,
+    SnapshotUndoUpdate = 8,
+    SnapshotRollback = 16,
+    SnapshotRefresh = 32,
+    SnapshotMergePolicy = 64,
+};
+
+class ESTATEBOOK_API ManagedObject : public ObservableObject {
+public:
+    /// initWithEntity:insertIntoManagedObjectContext: With a context the object is inserted and its `awakeFromInsert` has run;
+    /// with null it belongs to none. Raises InternalInconsistencyException for an abstract entity.
+    static Ref<ManagedObject> initWithEntityInsertIntoManagedObjectContext(const EntityDescription& entity,
+                                                                           ManagedObjectContext* context);
+
+    /// Null for an object without a context, or that left it.
+    [[nodiscard]] ManagedObjectContext* managedObjectContext() const noexcept { return context_; }
+    [[nodiscard]] const EntityDescription& entity() const noexcept { return *entity_; }
+    /// Grows with each object of a context: the order of creation.
+    [[nodiscard]] std::uint64_t creationNumber() const noexcept { return creationNumber_; }
+
+    [[nodiscard]] bool isInserted() const noexcept { return has(Inserted); }
+    [[nodiscard]] bool isUpdated() const noexcept { return has(Updated) && !has(Inserted) && !has(Deleted); }
+    /// From the deletion until it is saved.
+    [[nodiscard]] bool isDeleted() const noexcept { return has(Deleted); }
+    [[nodiscard]] bool hasChanges() const noexcept { return (state_ & (Inserted | Updated | Deleted)) != 0; }
+
+    // By key. Every modelled property is a known key; a class's own accessor wins over it.
+
+    [[nodiscard]] Value valueForKey(Key key) const override;
+    using ObservableObject::valueForKey;
+    void setValueForKey(const Value& value, Key key) override;
+    using ObservableObject::setValueForKey;
+
+    /// primitiveValueForKey: what is stored, without any announcement. Raises UndefinedKeyException for a key that is not modelled.
+    [[nodiscard]] Value primitiveValueForKey(Key key) const;
+    /// setPrimitiveValue:forKey: stores without announcing, marking or keeping inverses; between willChangeValueForKey and
+    /// didChangeValueForKey it is the normal write, inverses included.
+    void setPrimitiveValueForKey(const Value& value, Key key);
+
+    /// mutableOrderedSetValueForKey: a live proxy; each change through it is announced and keeps inverses. Raises
+    /// InvalidArgumentException for a key that is no ordered relationship.
+    [[nodiscard]] MutableOrderedSet mutableOrderedSetValueForKey(Key key);
+
+    // Life-cycle hooks. An override calls its base unless it says why not.
+
+    /// Once, inside the insertion.
+    virtual void awakeFromInsert() {}
+    /// When the object becomes real after a fetch. Changes made inside leave no trace in the context.
+    virtual void awakeFromFetch() {}
+    /// awakeFromSnapshotEvents: after undo, redo, rollback or refresh restored the object.
+    virtual void awakeFromSnapshotEvents(unsigned events);
+    /// Before the values go, and before a deletion: once for each awakening.
+    virtual void willTurnIntoFault() {}
+    virtual void didTurnIntoFault() {}
+    /// At the deletion, while all relationships stand.
+    virtual void prepareForDeletion() {}
+    /// Before each save of a changed object, deleted ones included; again when it changes during that.
+    virtual void willSave() {}
+    virtual void didSave() {}
+
+    /// validateForInsert: whether the object may be saved. On failure the reason is stored through `error` unless that is null.
+    virtual bool validateForInsert(Ref<Error>* error);
+    virtual bool validateForUpdate(Ref<Error>* error);
+    /// Fails with code 1600 of "Persistence" while a relationship that denies deletion has members.
+    virtual bool validateForDelete(Ref<Error>* error);
+
+    [[nodiscard]] std::string description() const override;
+    [[nodiscard]] std::string_view runtimeClassName() const noexcept override;
+
+    /// The table entry of a key; null for a key that is not modelled.
+    [[nodiscard]] virtual const ModelledProperty* modelledProperty(Key key) const noexcept;
+    /// Calls for each modelled property, inherited ones first.
+    template <class Visit>
+    void forEachModelledProperty(Visit visit) const {
+        visitModelledProperties(
+            [](const ModelledProperty& property, void* info) { (*static_cast<Visit*>(info))(property); }, &visit);
+    }
+
+protected:
+    explicit ManagedObject(const ManagedObjectBirth& birth) noexcept;
+    ~ManagedObject() override;
+    void dispose() const noexcept override;
+    /// For classes that replace `dispose`: REQUIRES: called first in it.
+    void endManaging() const noexcept;
+
+    virtual void visitModelledProperties(ModelledPropertyVisitor, void*) const {}
+    /// Forgets every attribute.
+    virtual void dropValues() noexcept {}
+
+    /// Makes sure that the values are there.
+    void access() const {
+        if (state_ & Fault) [[unlikely]]
+            fireFault();
+    }
+
+    void setToOne(const ModelledProperty& property, ManagedObject* target);
+    void setToMany(const ModelledProperty& property, std::span<const Value> members);
+
+    void noteWillChange(Key key) override;
+    void noteDidChange(Key key) override;
+
+private:
+    friend class ManagedObjectContext;
+    friend class MutableOrderedSet;
+    friend class RelationshipUpkeep;
+
+    enum State : std::uint32_t {
+        Inserted = 1,
+        Updated = 2,
+        Deleted = 4,
+        /// Its hooks of awakening have run, and those of turning into a fault have not.
+        Awake = 8,
+        Fault = 16,
+        /// Its relationships were cleaned up after its deletion.
+        DeletionPropagated = 32,
+        /// Changed since the last round of willSave.
+        ChangedInRound = 64,
+        /// Outside every context, an object keeps the model alive that describes it.
+        HoldsModel = 128,
+    };
+    [[nodiscard]] bool has(State state) const noexcept { return (state_ & state) != 0; }
+    void set(State state) noexcept { state_ |= state; }
+    void clear(State state) noexcept { state_ &= ~static_cast<std::uint32_t>(state); }
+
+    void fireFault() const;
+    void holdModel() noexcept;
+    [[nodiscard]] const ModelledProperty& requireModelled(Key key) const;
+    [[nodiscard]] Value relationshipValue(const ModelledProperty& property) const;
+
+    std::uint32_t state_ = 0;
+    ManagedObjectContext* context_;
+    const EntityDescription* entity_;
+    std::uint64_t creationNumber_ = 0;
+    std::uint32_t place_ = 0; // among the context's objects of its entity
+};
+
+} // namespace estatebook::platform

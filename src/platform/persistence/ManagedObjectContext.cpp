@@ -1,0 +1,319 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/ManagedObjectContext.hpp"
+
+#include "platform/persistence/RelationshipUpkeep.hpp"
+#include "platform/values/Array.hpp"
+#include "platform/values/Exception.hpp"
+
+#include <algorithm>
+#include <cassert>
+#include <string>
+#include <utility>
+
+namespace estatebook::platform {
+
+ManagedObjectContext::ManagedObjectContext(ConcurrencyType type)
+    : Object(Counting::Local), type_(type), thread_(std::this_thread::get_id()), undoManager_(makeRef<UndoManager>()) {}
+
+void ManagedObjectContext::dispose() const noexcept {
+    auto* self = const_cast<ManagedObjectContext*>(this);
+    // Hooks may hold on to the context while it ends.
+    self->retain();
+    self->endAll();
+    delete self;
+}
+
+void ManagedObjectContext::assertThread() const noexcept { assert(thread_ == std::this_thread::get_id()); }
+
+void ManagedObjectContext::setPersistentStoreCoordinator(Ref<PersistentStoreCoordinator> coordinator) {
+    assert(objectCount_ == 0);
+    coordinator_ = std::move(coordinator);
+    rows_.clear();
+    if (coordinator_ && coordinator_->managedObjectModel())
+        rows_.resize(coordinator_->managedObjectModel()->entities().size());
+}
+
+void ManagedObjectContext::refuseClass(std::string_view entityName) {
+    throw InvalidArgumentException("objects of the entity \"" + std::string(entityName) +
+                                   "\" are not of the class asked for");
+}
+
+// Coming and going
+
+void ManagedObjectContext::enter(ManagedObject& object) {
+    object.creationNumber_ = ++lastCreationNumber_;
+    auto& rows = rows_[object.entity().index()];
+    object.place_ = static_cast<std::uint32_t>(rows.objects.size());
+    rows.objects.push_back(&object);
+    object.retain();
+    ++objectCount_;
+}
+
+void ManagedObjectContext::insert(ManagedObject& object) {
+    assertThread();
+    enter(object);
+    object.set(ManagedObject::Inserted);
+    object.set(ManagedObject::Awake);
+    noteChanged(object);
+    object.awakeFromInsert();
+}
+
+// The values and links go with it; whoever still holds the object finds it empty.
+void ManagedObjectContext::leave(ManagedObject& object) {
+    const Ref<ManagedObject> held(&object);
+    auto& rows = rows_[object.entity().index()];
+    rows.objects[object.place_] = nullptr;
+    if (++rows.holes > rows.objects.size() / 2) {
+        std::erase(rows.objects, nullptr);
+        rows.holes = 0;
+        for (std::size_t place = 0; place < rows.objects.size(); ++place)
+            rows.objects[place]->place_ = static_cast<std::uint32_t>(place);
+    }
+    --objectCount_;
+    RelationshipUpkeep::sever(object);
+    object.dropValues();
+    object.state_ = 0;
+    object.context_ = nullptr;
+    object.holdModel();
+    object.release();
+}
+
+void ManagedObjectContext::endAll() noexcept {
+    changed_.clear();
+    pendingDeletions_.clear();
+    const auto forEach = [&](auto action) {
+        for (std::size_t entity = 0; entity < rows_.size(); ++entity)
+            for (std::size_t place = 0; place < rows_[entity].objects.size(); ++place)
+                if (ManagedObject* object = rows_[entity].objects[place]) action(*object);
+    };
+    forEach([](ManagedObject& object) {
+        if (!object.has(ManagedObject::Awake)) return;
+        object.clear(ManagedObject::Awake);
+        try {
+            object.willTurnIntoFault();
+        } catch (...) {
+            // The end cannot be stopped, and nobody is left to tell.
+        }
+    });
+    forEach([](ManagedObject& object) {
+        object.dropValues();
+        RelationshipUpkeep::forgetAll(object);
+        object.state_ = 0;
+        object.context_ = nullptr;
+        object.holdModel();
+    });
+    std::vector<Rows> rows(rows_.size());
+    rows.swap(rows_);
+    objectCount_ = 0;
+    changed_.clear();
+    pendingDeletions_.clear();
+    for (const Rows& each : rows)
+        for (ManagedObject* object : each.objects)
+            if (object) object->release();
+}
+
+void ManagedObjectContext::reset() {
+    assertThread();
+    endAll();
+}
+
+// Changes
+
+void ManagedObjectContext::noteChanged(ManagedObject& object) {
+    if (!object.has(ManagedObject::Updated)) {
+        object.set(ManagedObject::Updated);
+        changed_.emplace_back(&object);
+    }
+    object.set(ManagedObject::ChangedInRound);
+}
+
+bool ManagedObjectContext::hasChanges() const noexcept {
+    return std::ranges::any_of(changed_, [](const auto& object) { return object->hasChanges(); });
+}
+
+std::vector<Ref<ManagedObject>> ManagedObjectContext::changed(ManagedObject::State state) const {
+    std::vector<Ref<ManagedObject>> found;
+    for (const auto& object : changed_) {
+        const bool matches = state == ManagedObject::Deleted    ? object->isDeleted()
+                             : state == ManagedObject::Inserted ? object->isInserted() && !object->isDeleted()
+                                                                : object->isUpdated();
+        if (matches) found.push_back(object);
+    }
+    std::ranges::sort(found, {}, &ManagedObject::creationNumber);
+    return found;
+}
+
+std::vector<Ref<ManagedObject>> ManagedObjectContext::insertedObjects() const {
+    return changed(ManagedObject::Inserted);
+}
+
+std::vector<Ref<ManagedObject>> ManagedObjectContext::updatedObjects() const { return changed(ManagedObject::Updated); }
+
+std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const { return changed(ManagedObject::Deleted); }
+
+// Deletion
+
+void ManagedObjectContext::deleteObject(ManagedObject& object) {
+    assertThread();
+    if (object.context_ != this)
+        throw InvalidArgumentException(object.description() + " is no object of this context");
+    if (object.isDeleted()) return;
+    object.prepareForDeletion();
+    if (object.has(ManagedObject::Awake)) {
+        object.clear(ManagedObject::Awake);
+        object.willTurnIntoFault();
+    }
+    object.set(ManagedObject::Deleted);
+    noteChanged(object);
+    pendingDeletions_.emplace_back(&object);
+}
+
+bool ManagedObjectContext::isDenied(ManagedObject& object) {
+    return std::ranges::any_of(object.entity().relationships(), [&](const RelationshipDescription& relationship) {
+        if (relationship.deleteRule != DeleteRule::Deny) return false;
+        const ModelledProperty& property = *object.modelledProperty(relationship.name);
+        if (property.kind == PropertyKind::ToOne) {
+            const ManagedObject* target = property.toOne(object).target;
+            return target && !target->isDeleted();
+        }
+        return std::ranges::any_of(property.toMany(object).members(),
+                                   [](const ManagedObject* member) { return !member->isDeleted(); });
+    });
+}
+
+void ManagedObjectContext::propagateDeletion(ManagedObject& object) {
+    object.set(ManagedObject::DeletionPropagated);
+    for (const RelationshipDescription& relationship : object.entity().relationships()) {
+        if (relationship.deleteRule != DeleteRule::Cascade) continue;
+        const ModelledProperty& property = *object.modelledProperty(relationship.name);
+        if (property.kind == PropertyKind::ToOne) {
+            if (ManagedObject* target = property.toOne(object).target) deleteObject(*target);
+            continue;
+        }
+        const auto members = property.toMany(object).members();
+        for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end()))
+            deleteObject(*member);
+    }
+    RelationshipUpkeep::unlinkAll(object);
+}
+
+void ManagedObjectContext::processPendingChanges() {
+    assertThread();
+    std::vector<Ref<ManagedObject>> refused;
+    while (!pendingDeletions_.empty()) {
+        for (const auto& object : std::exchange(pendingDeletions_, {})) {
+            if (object->context_ != this || !object->isDeleted()) continue;
+            // A refused deletion changes nothing; it is asked again when the next changes are processed.
+            if (isDenied(*object)) {
+                refused.push_back(object);
+                continue;
+            }
+            propagateDeletion(*object);
+            if (object->has(ManagedObject::Inserted)) leave(*object);
+        }
+    }
+    pendingDeletions_ = std::move(refused);
+    std::erase_if(changed_, [&](const auto& object) { return object->context_ != this; });
+}
+
+// Fetching
+
+std::optional<std::vector<Ref<ManagedObject>>> ManagedObjectContext::executeFetchRequest(const FetchRequest& request,
+                                                                                         Ref<Error>* error) {
+    processPendingChanges();
+    const EntityDescription* entity =
+        EntityDescription::entityForNameInManagedObjectContext(request.entityName, *this);
+    if (!entity) {
+        if (error)
+            *error = Error::make("Persistence", 1550,
+                                 "there is no entity \"" + request.entityName + "\" to fetch objects of");
+        return std::nullopt;
+    }
+    std::vector<Ref<ManagedObject>> found;
+    std::size_t entities = 0;
+    for (const auto& each : coordinator_->managedObjectModel()->entities()) {
+        if (!each->isKindOfEntity(*entity)) continue;
+        const auto& objects = rows_[each->index()].objects;
+        if (!objects.empty()) ++entities;
+        for (ManagedObject* object : objects)
+            if (object && !object->isDeleted() &&
+                (!request.predicate || request.predicate->evaluateWithObject(*object)))
+                found.emplace_back(object);
+    }
+    if (entities > 1) std::ranges::sort(found, {}, &ManagedObject::creationNumber);
+    return found;
+}
+
+// Saving
+
+void ManagedObjectContext::settleBeforeSave() {
+    for (std::size_t round = 0; round < MaximalSaveRounds; ++round) {
+        processPendingChanges();
+        std::vector<Ref<ManagedObject>> changedNow;
+        for (const auto& object : changed_)
+            if (object->has(ManagedObject::ChangedInRound)) changedNow.push_back(object);
+        if (changedNow.empty()) return;
+        for (const auto& object : changedNow) object->clear(ManagedObject::ChangedInRound);
+        for (const auto& object : changedNow)
+            if (object->context_ == this) object->willSave();
+    }
+    throw InternalInconsistencyException("Failed to process pending changes before save. The context is still dirty "
+                                         "after 1000 attempts.");
+}
+
+bool ManagedObjectContext::validateAll(Ref<Error>* error) {
+    std::vector<Ref<Error>> failures;
+    // False ends the validation.
+    const auto validate = [&](const std::vector<Ref<ManagedObject>>& objects,
+                              bool (ManagedObject::*hook)(Ref<Error>*)) {
+        for (const auto& object : objects) {
+            Ref<Error> reason;
+            if (((*object).*hook)(error ? &reason : nullptr)) continue;
+            failures.push_back(reason ? reason
+                                      : Error::make("Persistence", 1550, object->description() + " is not valid"));
+            if (!error) return false;
+        }
+        return true;
+    };
+    const bool all = validate(deletedObjects(), &ManagedObject::validateForDelete) &&
+                     validate(insertedObjects(), &ManagedObject::validateForInsert) &&
+                     validate(updatedObjects(), &ManagedObject::validateForUpdate);
+    if (all && failures.empty()) return true;
+    if (!error) return false;
+    if (failures.size() == 1) {
+        *error = failures.front();
+        return false;
+    }
+    std::vector<Value> details(failures.begin(), failures.end());
+    *error = makeRef<Error>(
+        "Persistence", 1560,
+        Dictionary::make({{std::string(LocalizedDescriptionKey), String::make("Multiple validation errors occurred.")},
+                          {std::string(DetailedErrorsKey), Array::make(std::move(details))}}));
+    return false;
+}
+
+void ManagedObjectContext::commit() {
+    const auto saved = std::exchange(changed_, {});
+    for (const auto& object : saved) {
+        if (object->context_ != this) continue;
+        if (object->isDeleted()) {
+            leave(*object);
+        } else {
+            object->clear(ManagedObject::Inserted);
+            object->clear(ManagedObject::Updated);
+            object->clear(ManagedObject::ChangedInRound);
+        }
+    }
+    for (const auto& object : saved) object->didSave();
+}
+
+bool ManagedObjectContext::save(Ref<Error>* error) {
+    assertThread();
+    if (!hasChanges()) return true;
+    settleBeforeSave();
+    if (!validateAll(error)) return false;
+    commit();
+    return true;
+}
+
+} // namespace estatebook::platform

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Inner header: how both sides of a relationship are kept in step.
+///
+/// Each member of a to-many relationship knows its place among the owner's members, so that joining and leaving take
+/// the same time however many there are. Members that leave an unordered relationship leave a hole; holes are closed, and
+/// the order of creation restored, when the members are next read.
+
+#include "platform/persistence/ManagedObject.hpp"
+#include "platform/persistence/Slots.hpp"
+
+#include <cstddef>
+#include <vector>
+
+namespace estatebook::platform {
+
+struct ToManySlot::Members {
+    std::vector<ManagedObject*> objects;
+    std::size_t holes = 0;
+    bool isOrdered = false;
+    bool inOrderOfCreation = true;
+    /// Where a member keeps its place.
+    ToOneSlot& (*slotOf)(ManagedObject&) noexcept = nullptr;
+
+    void tidy();
+    void renumber(std::size_t from);
+};
+
+class RelationshipUpkeep {
+public:
+    /// Brings the other side in step after the to-one property of `object` moved from `before` to its present target.
+    static void follow(ManagedObject& object, const ModelledProperty& property, ManagedObject* before);
+
+    /// Moves a member of an ordered relationship to a place. REQUIRES: both places exist.
+    static void move(ToManySlot& slot, std::size_t from, std::size_t to);
+    [[nodiscard]] static std::size_t placeOf(ManagedObject& member, const ModelledProperty& toMany);
+
+    /// Takes the object out of every relationship, announcing each change.
+    static void unlinkAll(ManagedObject& object);
+    /// Forgets all links on this side only; for objects that go together.
+    static void forgetAll(ManagedObject& object) noexcept;
+    /// For an object without a context that ends: nobody may lead to it any more.
+    static void sever(ManagedObject& object) noexcept;
+
+private:
+    static void join(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
+                     const ModelledProperty& back);
+    static void part(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
+                     const ModelledProperty& back);
+    static void announceMembers(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
+                                bool joins, const ModelledProperty& back);
+};
+
+} // namespace estatebook::platform

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// TKAccount: a party with whom the landlord keeps books: a property or a tenant. It has a name, a link to a contact
+/// card, tags and notes, and knows the current day.
+
+#include "model/Keys.hpp"
+#include "model/TKAccountProperties.hpp"
+#include "store/TKCurrentDate.hpp"
+#include "tags/TKTaggable.hpp"
+
+#include <array>
+#include <vector>
+
+namespace estatebook {
+
+class TKTenure;
+
+class ESTATEBOOK_API TKAccount : public platform::Adopts<TKAccountProperties, TKCurrentDate, TKTaggable> {
+public:
+    using Adopts::Adopts;
+    static const platform::ClassDescription Class;
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    static constexpr std::array Dependencies{platform::DependencyRow{keys::tagNames, {keys::tags}}};
+
+    [[nodiscard]] std::optional<platform::Date> currentDate() const override {
+        return TKAccountProperties::currentDate();
+    }
+    void setCurrentDate(const std::optional<platform::Date>& date) override {
+        TKAccountProperties::setCurrentDate(date);
+    }
+
+    /// tenuresActiveAtDate:
+    /// The account's tenures that are active on the day of the date, in the order of their creation.
+    [[nodiscard]] std::vector<platform::Ref<TKTenure>>
+    tenuresActiveAtDate(const std::optional<platform::Date>& date) const;
+
+    /// The balance as a plain number: the single-precision 0, which neither kind of account replaces.
+    [[nodiscard]] virtual float accountBalance() const { return 0.0F; }
+    /// Whether nothing is owed: `accountBalance` is 0 or more.
+    [[nodiscard]] virtual bool isBalanced() const { return accountBalance() >= 0.0F; }
+    /// Whether the account takes part in a current letting.
+    [[nodiscard]] virtual bool isActive() const { return true; }
+
+    TKTag* createTagWithName(const platform::Ref<platform::String>& name) override;
+    [[nodiscard]] platform::ToManyView<TKTag> tags() const override { return TKAccountProperties::tags(); }
+    void setTags(const platform::Ref<platform::OrderedSet>& tags) override { TKAccountProperties::setTags(tags); }
+
+    void willSave() override;
+    void awakeFromFetch() override;
+
+protected:
+    ~TKAccount() override;
+};
+
+} // namespace estatebook

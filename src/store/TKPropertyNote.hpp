@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// TKPropertyNote: a note on a property.
+
+#include "model/TKPropertyNoteProperties.hpp"
+
+namespace estatebook {
+
+class ESTATEBOOK_API TKPropertyNote final : public TKPropertyNoteProperties {
+public:
+    using TKPropertyNoteProperties::TKPropertyNoteProperties;
+    static const platform::ClassDescription Class;
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+
+private:
+    ~TKPropertyNote() override;
+};
+
+} // namespace estatebook

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "store/TKTenureTransaction.hpp"
+
+#include "store/TKProperty.hpp"
+#include "store/TKTenant.hpp"
+#include "tenure/TKTenure.hpp"
+
+namespace estatebook {
+
+using namespace platform;
+
+namespace {
+
+constexpr auto closure = closureOf(TKTenureTransaction::Dependencies);
+constexpr Property properties[] = {
+    derived<&TKTenureTransaction::name>(keys::name),
+    {.key = keys::property, .get = [](const ObservableObject& object) -> Value {
+         return Value(Ref<TKProperty>(static_cast<const TKTenureTransaction&>(object).property()));
+     }},
+};
+
+} // namespace
+
+constinit const ClassDescription TKTenureTransaction::Class("TKTenureTransaction", &TKTransaction::Class, properties,
+                                                            Dependencies, dependentsIn<closure>,
+                                                            replacesAnnouncements<TKTenureTransaction>);
+
+TKTenureTransaction::~TKTenureTransaction() = default;
+
+Ref<String> TKTenureTransaction::name() const {
+    const TKTenure* owner = tenure();
+    const TKTenant* tenant = owner ? owner->tenant() : nullptr;
+    return tenant ? tenant->name() : nullptr;
+}
+
+TKProperty* TKTenureTransaction::property() const {
+    const TKTenure* owner = tenure();
+    return owner ? owner->property() : nullptr;
+}
+
+void TKTenureTransaction::willChangeValueForKey(Key key) {
+    TKTransaction::willChangeValueForKey(key);
+    TKTenure* owner = tenure();
+    if (!owner || (key != keys::amount && key != keys::adjustment)) return;
+    owner->willChangeValueForKey(keys::totalIncome);
+    owner->willChangeValueForKey(keys::totalAdjustment);
+}
+
+void TKTenureTransaction::didChangeValueForKey(Key key) {
+    TKTransaction::didChangeValueForKey(key);
+    TKTenure* owner = tenure();
+    if (!owner || (key != keys::amount && key != keys::adjustment)) return;
+    owner->didChangeValueForKey(keys::totalIncome);
+    owner->didChangeValueForKey(keys::totalAdjustment);
+}
+
+} // namespace estatebook
