@@ -49,6 +49,11 @@ Value ObservableObject::valueForKey(Key key) const {
     return property && property->get ? property->get(*this) : valueForUndefinedKey(key);
 }
 
+bool ObservableObject::hasValueForKey(Key key) const {
+    const Property* property = classDescription().property(key);
+    return property && property->get;
+}
+
 void ObservableObject::setValueForKey(const Value& value, Key key) {
     const Property* property = classDescription().property(key);
     if (!property || !property->set) return setValueForUndefinedKey(value, key);

@@ -82,6 +82,9 @@ public:
     [[nodiscard]] virtual Value valueForKey(Key key) const;
     [[nodiscard]] Value valueForKey(std::string_view key) const { return valueForKey(Key::named(key)); }
 
+    /// Whether the key has a value at all; a key without one can still be observed.
+    [[nodiscard]] virtual bool hasValueForKey(Key key) const;
+
     /// setValue:forKey: through the setter. An unknown or read-only key raises UndefinedKeyException; nothing for a
     /// plain number, or a value of the wrong kind, raises InvalidArgumentException.
     virtual void setValueForKey(const Value& value, Key key);

@@ -154,7 +154,6 @@ public:
 
 private:
     static void tell(ObservableObject& object, Key key, const struct OpenKey& open, bool isPrior);
-    static bool hasGetter(const ObservableObject& object, Key key);
     static void followDependencies(ObservableObject& object, Key key);
     static void unfollowDependencies(ObservableObject& object, Key key);
 };

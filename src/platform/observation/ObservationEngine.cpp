@@ -327,7 +327,7 @@ void ObservationEngine::will(ObservableObject& object, Key key) {
         if (const KeyObservers* observers = object.observation_->find(key)) {
             for (const Registration& each : observers->registrations)
                 open.hasOld = open.hasOld || (each.options & ObservingOld);
-            if (open.hasOld && hasGetter(object, key)) open.old = readForObserver(object, key.name());
+            if (open.hasOld && object.hasValueForKey(key)) open.old = readForObserver(object, key.name());
         }
     }
     opened.set.insert(key);
@@ -447,7 +447,7 @@ void ObservationEngine::tell(ObservableObject& object, Key key, const OpenKey& o
             if (options & ObservingOld) change.oldValue = orNullObject(open.old);
             if (!isPrior && (options & ObservingNew)) {
                 if (!newValue)
-                    newValue = orNullObject(hasGetter(object, key) ? readForObserver(object, key.name()) : Value());
+                    newValue = orNullObject(object.hasValueForKey(key) ? readForObserver(object, key.name()) : Value());
                 change.newValue = *newValue;
             }
         }
@@ -455,11 +455,6 @@ void ObservationEngine::tell(ObservableObject& object, Key key, const OpenKey& o
         tellObserver(*observer, key.name(), object, change, context);
     }
     current().endTelling();
-}
-
-bool ObservationEngine::hasGetter(const ObservableObject& object, Key key) {
-    const Property* property = object.classDescription().property(key);
-    return property && property->get;
 }
 
 void ObservationEngine::tellObserver(ObservableObject& observer, std::string_view keyPath, ObservableObject& object,

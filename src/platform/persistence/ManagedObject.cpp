@@ -98,6 +98,10 @@ Value ManagedObject::valueForKey(Key key) const {
     return primitiveValueForKey(key);
 }
 
+bool ManagedObject::hasValueForKey(Key key) const {
+    return modelledProperty(key) || ObservableObject::hasValueForKey(key);
+}
+
 void ManagedObject::setPrimitiveValueForKey(const Value& value, Key key) {
     const ModelledProperty& property = requireModelled(key);
     switch (property.kind) {

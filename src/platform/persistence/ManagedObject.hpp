@@ -60,6 +60,7 @@ public:
 
     [[nodiscard]] Value valueForKey(Key key) const override;
     using ObservableObject::valueForKey;
+    [[nodiscard]] bool hasValueForKey(Key key) const override;
     void setValueForKey(const Value& value, Key key) override;
     using ObservableObject::setValueForKey;
 
