@@ -18,7 +18,7 @@ endif()
 
 # Whether a warning stops the build is for the presets to say (CMAKE_COMPILE_WARNING_AS_ERROR).
 add_compile_options(
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wdouble-promotion -Wold-style-cast -Wcast-align
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wold-style-cast -Wcast-align
     -Wnon-virtual-dtor -Woverloaded-virtual -Wextra-semi -Wformat=2 -Wundef)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options(-Wduplicated-cond -Wlogical-op)
