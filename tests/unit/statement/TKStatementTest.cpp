@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "statement/TKStatement.hpp"
 
+#include "platform/values/Exception.hpp"
 #include "support/PlainTransaction.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <thread>
 #include <type_traits>

@@ -37,8 +37,8 @@ Ref<TKStatement> withBalances(const std::vector<Decimal>& balances) {
 
 std::vector<Decimal> outstanding(const std::vector<Decimal>& balances) {
     std::vector<Decimal> found;
-    const auto statement = withBalances(balances);
-    for (const TKStatementItem& item : *statement->outstandingItems()) found.push_back(item.balance());
+    const auto items = withBalances(balances)->outstandingItems();
+    for (const TKStatementItem& item : *items) found.push_back(item.balance());
     return found;
 }
 
