@@ -45,6 +45,10 @@ public:
     template <std::unsigned_integral Integer>
         requires(!std::same_as<Integer, bool> && sizeof(Integer) <= sizeof(std::uint64_t))
     constexpr Number(Integer value) noexcept : value_(static_cast<std::uint64_t>(value)) {}
+    /// A named count, such as a billing cycle.
+    template <class Enumeration>
+        requires(std::is_enum_v<Enumeration> && std::unsigned_integral<std::underlying_type_t<Enumeration>>)
+    constexpr Number(Enumeration value) noexcept : value_(static_cast<std::uint64_t>(value)) {}
     constexpr Number(float value) noexcept : value_(value) {}
     constexpr Number(double value) noexcept : value_(value) {}
     constexpr Number(const Decimal& value) noexcept : value_(value) {}
