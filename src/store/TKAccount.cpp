@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "store/TKAccount.hpp"
 
+#include "platform/system/HostOperations.hpp"
 #include "tags/TKTag.hpp"
 #include "tags/TKTagNames.hpp"
 #include "tenure/TKTenure.hpp"
@@ -25,12 +26,11 @@ constinit const ClassDescription TKAccount::Class("TKAccount", nullptr, properti
 
 TKAccount::~TKAccount() = default;
 
-std::vector<Ref<TKTenure>> TKAccount::tenuresActiveAtDate(const std::optional<Date>& date) const {
-    std::vector<Ref<TKTenure>> active;
-    const auto tenures = valueForKey(keys::tenures).as<Set>();
-    for (const Value& member : tenures->members())
-        if (auto tenure = member.as<TKTenure>(); tenure->isActiveAtDate(date)) active.push_back(std::move(tenure));
-    return active;
+Ref<Set> TKAccount::tenuresActiveAtDate(const std::optional<Date>& date) const {
+    const auto isActive = [](const Object& tenure, const Value& on) {
+        return dynamic_cast<const TKTenure&>(tenure).isActiveAtDate(on.date());
+    };
+    return hostOperations().subsetConformingToWithObject(*valueForKey(keys::tenures).as<Set>(), isActive, Value(date));
 }
 
 TKTag* TKAccount::createTagWithName(const Ref<String>& name) { return insertTag("AccountTag", *this, name); }

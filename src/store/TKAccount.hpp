@@ -10,7 +10,6 @@
 #include "tags/TKTaggable.hpp"
 
 #include <array>
-#include <vector>
 
 namespace estatebook {
 
@@ -31,9 +30,8 @@ public:
     }
 
     /// tenuresActiveAtDate:
-    /// The account's tenures that are active on the day of the date, in the order of their creation.
-    [[nodiscard]] std::vector<platform::Ref<TKTenure>>
-    tenuresActiveAtDate(const std::optional<platform::Date>& date) const;
+    /// The account's tenures that are active on the day of the date.
+    [[nodiscard]] platform::Ref<platform::Set> tenuresActiveAtDate(const std::optional<platform::Date>& date) const;
 
     /// The balance as a plain number: the single-precision 0, which neither kind of account replaces.
     [[nodiscard]] virtual float accountBalance() const { return 0.0F; }

@@ -24,20 +24,4 @@ private:
     std::size_t disabled_ = 0;
 };
 
-/// Disables registration for as long as it lives, also when it is left by an exception. Null is no undo manager.
-class UndoRegistrationPause {
-public:
-    explicit UndoRegistrationPause(UndoManager* manager) noexcept : manager_(manager) {
-        if (manager_) manager_->disableUndoRegistration();
-    }
-    ~UndoRegistrationPause() {
-        if (manager_ && !manager_->isUndoRegistrationEnabled()) manager_->enableUndoRegistration();
-    }
-    UndoRegistrationPause(const UndoRegistrationPause&) = delete;
-    UndoRegistrationPause& operator=(const UndoRegistrationPause&) = delete;
-
-private:
-    UndoManager* manager_;
-};
-
 } // namespace estatebook::platform

@@ -19,10 +19,17 @@ DecimalBehavior roundingToSmallestUnit(const Ref<String>& code) {
             .raiseOnDivideByZero = false};
 }
 
+Ref<Set> membersThatConform(const Set& set, bool (*operation)(const Object&, const Value&), const Value& object) {
+    std::vector<Value> conforming;
+    for (const Value& member : set.members())
+        if (const auto each = member.object(); each && operation(*each, object)) conforming.push_back(member);
+    return Set::make(std::move(conforming));
+}
+
 } // namespace
 
 HostOperations& hostOperations() noexcept {
-    static HostOperations operations{daysInCurrentCalendar, roundingToSmallestUnit};
+    static HostOperations operations{daysInCurrentCalendar, roundingToSmallestUnit, membersThatConform};
     return operations;
 }
 

@@ -10,6 +10,7 @@
 #include "platform/values/Date.hpp"
 #include "platform/values/Decimal.hpp"
 #include "platform/values/Ref.hpp"
+#include "platform/values/Set.hpp"
 #include "platform/values/String.hpp"
 
 #include <cstdint>
@@ -24,6 +25,11 @@ struct HostOperations {
     /// currencyRoundingBehaviourForCurrencyCode: how amounts of a currency are rounded. By default to the digits of its
     /// smallest unit, halves away from zero; an unknown or absent (null) code counts as one of 2 digits.
     DecimalBehavior (*currencyRoundingBehaviourForCurrencyCode)(const Ref<String>& code);
+
+    /// subsetConformingTo:withObject: the members of a set of objects for which an operation, given the other object, answers
+    /// true. By default asked of each member in order.
+    Ref<Set> (*subsetConformingToWithObject)(const Set& set, bool (*operation)(const Object& member, const Value& object),
+                                             const Value& object);
 };
 
 [[nodiscard]] ESTATEBOOK_API HostOperations& hostOperations() noexcept;
