@@ -38,7 +38,8 @@ template <std::integral Integer>
 Place placeOf(Integer value) {
     const auto bits = static_cast<std::uint64_t>(value);
     const bool negative = std::signed_integral<Integer> && value < Integer{0};
-    return {Place::Rank::Proper, {negative ? -bits : bits, 0, negative}};
+    const std::uint64_t magnitude = negative ? -bits : bits;
+    return {Place::Rank::Proper, {magnitude, 0, negative}};
 }
 
 template <class Value>
