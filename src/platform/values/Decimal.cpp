@@ -2,6 +2,7 @@
 #include "platform/values/Decimal.hpp"
 
 #include "platform/values/DecimalParts.hpp"
+#include "platform/values/DecimalWide.hpp"
 #include "platform/values/Exception.hpp"
 
 #include <boost/multiprecision/cpp_int.hpp>
@@ -15,8 +16,11 @@ using boost::multiprecision::uint256_t;
 using detail::DecimalParts;
 using detail::digitCount;
 using detail::MantissaLimit;
-using detail::PowersOfTen;
+using detail::PowerDivision;
+using detail::PowerDivisions;
+using detail::powerOfTen;
 using detail::UInt128;
+using detail::Wide;
 
 namespace {
 
@@ -81,21 +85,12 @@ struct Shed {
     bool inexact;
 };
 
-std::strong_ordering order(const uint256_t& a, const uint256_t& b) {
-    return a.compare(b) <=> 0;
-}
-std::strong_ordering order(UInt128 a, UInt128 b) {
-    return a <=> b;
-}
-
-/// Drops 1 or more digits; `more` tells of a remainder that was left off before.
-template <class Wide>
-Shed dropDigits(const Wide& number, const Wide& powerOfTen, bool more, Shedding shedding) {
-    const Wide quotient = number / powerOfTen;
-    const Wide dropped = number - quotient * powerOfTen;
-    const auto kept = static_cast<UInt128>(quotient);
+/// Drops 1 to 38 digits; `more` tells of a remainder that was left off before. REQUIRES: 38 digits stay at most.
+Shed dropDigits(const Wide& number, int count, bool more, Shedding shedding) {
+    const PowerDivision& power = PowerDivisions[static_cast<std::size_t>(count)];
+    const auto [kept, dropped] = power.divide(number);
     const bool inexact = more || dropped != 0;
-    std::strong_ordering withHalf = order(dropped, Wide(powerOfTen / 2));
+    std::strong_ordering withHalf = dropped <=> power.divisor / 2;
     if (withHalf == 0 && more) withHalf = std::strong_ordering::greater;
     return {kept + (goesUp(shedding, withHalf, (kept & 1) != 0, inexact) ? 1 : 0), inexact};
 }
@@ -109,7 +104,7 @@ Shed roundedToScale(const Shed& number, std::int64_t& exponent, bool negative,
     const Shedding shedding = sheddingOfNumber(behavior.mode, negative);
     exponent += excess;
     if (excess <= Decimal::MaximumDigits) {
-        const Shed shed = dropDigits<UInt128>(number.magnitude, PowersOfTen[excess], false, shedding);
+        const Shed shed = dropDigits({0, number.magnitude}, static_cast<int>(excess), false, shedding);
         return {shed.magnitude, shed.inexact || number.inexact};
     }
     // Fewer than 39 digits are all below the half of 10^39.
@@ -137,37 +132,19 @@ Shed roundedToScale(const Shed& number, std::int64_t& exponent, bool negative,
                                              const DecimalBehavior& behavior) {
     Shed shed{magnitude, false};
     if (magnitude >= MantissaLimit) [[unlikely]] {
-        shed = dropDigits<UInt128>(magnitude, 10, false, sheddingOfMagnitude(behavior.mode));
+        shed = dropDigits({0, magnitude}, 1, false, sheddingOfMagnitude(behavior.mode));
         ++exponent;
     }
     return finish(shed, exponent, negative, behavior);
 }
 
-// -- 256 bits: the rare long operands --------------------------------------------------------------
-
-constexpr int WideDigits = 76; // any number of 76 digits fits in 256 bits, and the least one of 77
-
-uint256_t widePowerOfTen(int exponent) {
-    const int first = std::min(exponent, Decimal::MaximumDigits);
-    return uint256_t(PowersOfTen[first]) * uint256_t(PowersOfTen[exponent - first]);
-}
-
-int wideDigitCount(const uint256_t& number) {
-    const auto high = static_cast<UInt128>(number >> 128);
-    if (high == 0 && static_cast<UInt128>(number) < MantissaLimit)
-        return digitCount(static_cast<UInt128>(number));
-    const int estimate = (static_cast<int>(msb(number) + 1) * 1233) >> 12;
-    return estimate + (number >= widePowerOfTen(estimate) ? 1 : 0);
-}
-
 /// `more`: the exact magnitude lies above the number, by less than one.
-Decimal finish(const uint256_t& number, bool more, std::int64_t exponent, bool negative,
+Decimal finish(const Wide& number, bool more, std::int64_t exponent, bool negative,
                const DecimalBehavior& behavior) {
-    const int excess = wideDigitCount(number) - Decimal::MaximumDigits;
-    if (excess <= 0) return finish(Shed{static_cast<UInt128>(number), more}, exponent, negative, behavior);
-    return finish(
-        dropDigits<uint256_t>(number, widePowerOfTen(excess), more, sheddingOfMagnitude(behavior.mode)),
-        exponent + excess, negative, behavior);
+    const int excess = digitCount(number) - Decimal::MaximumDigits;
+    if (excess <= 0) return finish(Shed{number.low, more}, exponent, negative, behavior);
+    return finish(dropDigits(number, excess, more, sheddingOfMagnitude(behavior.mode)), exponent + excess,
+                  negative, behavior);
 }
 
 // -- Sum -------------------------------------------------------------------------------------------
@@ -175,26 +152,25 @@ Decimal finish(const uint256_t& number, bool more, std::int64_t exponent, bool n
 /// How great a mantissa may be so that it stays below 2^127 times a power of ten.
 constexpr std::array<UInt128, Decimal::MaximumDigits + 1> ShiftLimits = [] {
     std::array<UInt128, Decimal::MaximumDigits + 1> limits{};
-    for (std::size_t i = 0; i < limits.size(); ++i) limits[i] = ((UInt128{1} << 127) - 1) / PowersOfTen[i];
+    for (std::size_t i = 0; i < limits.size(); ++i)
+        limits[i] = ((UInt128{1} << 127) - 1) / powerOfTen(static_cast<int>(i));
     return limits;
 }();
 
 /// REQUIRES: a has the greater exponent and stands, aligned with b, above 2^127.
 Decimal addWide(const DecimalParts& a, const DecimalParts& b, const DecimalBehavior& behavior) {
-    // The part of b that reaches up to the 76 digits of a takes part; of the rest it counts whether there is
-    // any.
+    // Of b the part that reaches up to the 76 digits of a counts, and of the rest whether there is any.
     const auto difference = static_cast<int>(a.exponent - b.exponent);
-    const int shift = std::min(difference, WideDigits - digitCount(a.mantissa));
+    const int shift = std::min(difference, Wide::MaximumDigits - digitCount(a.mantissa));
     const int rest = difference - shift;
-    const UInt128 unit = rest <= Decimal::MaximumDigits ? PowersOfTen[rest] : MantissaLimit;
+    const UInt128 unit =
+        powerOfTen(std::min(rest, Decimal::MaximumDigits)); // of 38 digits none reaches 10^38
     const UInt128 reaching = b.mantissa / unit;
     const bool more = reaching * unit != b.mantissa;
 
-    uint256_t sum = uint256_t(a.mantissa) * widePowerOfTen(shift);
-    if (a.negative == b.negative)
-        sum += reaching;
-    else
-        sum -= uint256_t(reaching) + (more ? 1 : 0);
+    const int first = std::min(shift, Decimal::MaximumDigits - digitCount(a.mantissa));
+    const Wide aligned = Wide::product(a.mantissa * powerOfTen(first), powerOfTen(shift - first));
+    const Wide sum = a.negative == b.negative ? aligned + reaching : aligned - (reaching + (more ? 1 : 0));
     return finish(sum, more, b.exponent + rest, a.negative, behavior);
 }
 
@@ -203,9 +179,10 @@ Decimal add(DecimalParts a, DecimalParts b, const DecimalBehavior& behavior) {
     if (b.mantissa == 0) return finish(a.mantissa, a.exponent, a.negative, behavior);
     if (a.exponent < b.exponent) std::swap(a, b);
     const std::int64_t shift = a.exponent - b.exponent;
-    if (shift > Decimal::MaximumDigits || a.mantissa > ShiftLimits[shift]) return addWide(a, b, behavior);
+    if (shift > Decimal::MaximumDigits || a.mantissa > ShiftLimits[static_cast<std::size_t>(shift)])
+        return addWide(a, b, behavior);
 
-    const UInt128 aligned = a.mantissa * PowersOfTen[shift];
+    const UInt128 aligned = a.mantissa * powerOfTen(shift);
     if (a.negative == b.negative) return finish(aligned + b.mantissa, b.exponent, a.negative, behavior);
     if (aligned >= b.mantissa) return finish(aligned - b.mantissa, b.exponent, a.negative, behavior);
     return finish(b.mantissa - aligned, b.exponent, b.negative, behavior);
@@ -218,7 +195,7 @@ Decimal multiply(const DecimalParts& a, const DecimalParts& b, const DecimalBeha
     const bool negative = a.negative != b.negative;
     if (((a.mantissa | b.mantissa) >> 64) == 0)
         return finish(a.mantissa * b.mantissa, exponent, negative, behavior);
-    return finish(uint256_t(a.mantissa) * uint256_t(b.mantissa), false, exponent, negative, behavior);
+    return finish(Wide::product(a.mantissa, b.mantissa), false, exponent, negative, behavior);
 }
 
 /// Long division, 19 digits at a time, until 38 digits stand or nothing remains. REQUIRES: a divisor above 0.
@@ -227,16 +204,16 @@ Decimal multiply(const DecimalParts& a, const DecimalParts& b, const DecimalBeha
     constexpr int chunk = 19;
     const int dividendDigits = std::min(chunk + digitCount(divisor), Decimal::MaximumDigits);
     const int shift = std::max(0, dividendDigits - digitCount(a.mantissa));
-    const UInt128 first = a.mantissa * PowersOfTen[shift];
+    const UInt128 first = a.mantissa * powerOfTen(shift);
     UInt128 quotient = first / divisor;
     auto remainder = static_cast<std::uint64_t>(first) - static_cast<std::uint64_t>(quotient) * divisor;
     exponent -= shift;
     while (remainder != 0) {
         const int digits = std::min(chunk, Decimal::MaximumDigits - digitCount(quotient));
         if (digits == 0) break;
-        const UInt128 numerator = remainder * PowersOfTen[digits];
+        const UInt128 numerator = remainder * powerOfTen(digits);
         const auto next = static_cast<std::uint64_t>(numerator / divisor);
-        quotient = quotient * PowersOfTen[digits] + next;
+        quotient = quotient * powerOfTen(digits) + next;
         remainder = static_cast<std::uint64_t>(numerator) - next * divisor;
         exponent -= digits;
     }
@@ -254,10 +231,13 @@ Decimal divide(const DecimalParts& a, const DecimalParts& b, const DecimalBehavi
     if (a.mantissa == 0) return finish(Shed{0, false}, 0, false, behavior);
     // One digit more than is kept, so that the rounding sees it and, in the remainder, what follows.
     const int shift = Decimal::MaximumDigits + 1 + digitCount(b.mantissa) - digitCount(a.mantissa);
-    const uint256_t numerator = uint256_t(a.mantissa) * widePowerOfTen(shift);
+    const int first = std::min(shift, Decimal::MaximumDigits);
+    const uint256_t numerator =
+        uint256_t(a.mantissa) * uint256_t(powerOfTen(first)) * uint256_t(powerOfTen(shift - first));
     const uint256_t divisor = b.mantissa;
     const uint256_t quotient = numerator / divisor;
-    return finish(quotient, quotient * divisor != numerator, exponent - shift, negative, behavior);
+    const Wide kept{static_cast<UInt128>(quotient >> 128), static_cast<UInt128>(quotient)};
+    return finish(kept, quotient * divisor != numerator, exponent - shift, negative, behavior);
 }
 
 } // namespace
@@ -280,9 +260,9 @@ void DecimalParts::stripMore() noexcept {
 
 bool DecimalParts::bringBelowMaximum() noexcept {
     const std::int64_t excess = exponent - Decimal::MaximumExponent;
-    if (excess >= Decimal::MaximumDigits || mantissa >= PowersOfTen[Decimal::MaximumDigits - excess])
+    if (excess >= Decimal::MaximumDigits || mantissa >= powerOfTen(Decimal::MaximumDigits - excess))
         return false;
-    mantissa *= PowersOfTen[excess];
+    mantissa *= powerOfTen(excess);
     exponent = Decimal::MaximumExponent;
     return true;
 }
@@ -305,8 +285,8 @@ std::strong_ordering compare(const DecimalParts& a, const DecimalParts& b) noexc
         const std::int64_t topY = y.exponent + digitCount(y.mantissa);
         if (topX != topY) return topX <=> topY;
         // Of equally many digits before the point, so that aligned they have at most 38.
-        if (x.exponent >= y.exponent) return x.mantissa * PowersOfTen[x.exponent - y.exponent] <=> y.mantissa;
-        return x.mantissa <=> y.mantissa * PowersOfTen[y.exponent - x.exponent];
+        if (x.exponent >= y.exponent) return x.mantissa * powerOfTen(x.exponent - y.exponent) <=> y.mantissa;
+        return x.mantissa <=> y.mantissa * powerOfTen(y.exponent - x.exponent);
     };
     return signA > 0 ? magnitudes(a, b) : magnitudes(b, a);
 }

@@ -24,8 +24,13 @@ inline constexpr std::array<UInt128, Decimal::MaximumDigits + 1> PowersOfTen = [
     return powers;
 }();
 
+/// REQUIRES: 0 to 38.
+constexpr UInt128 powerOfTen(std::int64_t exponent) noexcept {
+    return PowersOfTen[static_cast<std::size_t>(exponent)];
+}
+
 /// One above the greatest mantissa.
-inline constexpr UInt128 MantissaLimit = PowersOfTen[Decimal::MaximumDigits];
+inline constexpr UInt128 MantissaLimit = powerOfTen(Decimal::MaximumDigits);
 
 constexpr int bitCount(UInt128 number) noexcept {
     const auto high = static_cast<std::uint64_t>(number >> 64);
@@ -37,7 +42,7 @@ constexpr int bitCount(UInt128 number) noexcept {
 constexpr int digitCount(UInt128 number) noexcept {
     // 1233 / 4096 is just above lg 2: the estimate is right or one too high for up to 128 bits.
     const int estimate = (bitCount(number) * 1233) >> 12;
-    return estimate + (estimate <= Decimal::MaximumDigits && number >= PowersOfTen[estimate] ? 1 : 0);
+    return estimate + (estimate <= Decimal::MaximumDigits && number >= powerOfTen(estimate) ? 1 : 0);
 }
 
 /// Division by a power of ten where it leaves no remainder: a product with the inverse of 5^digits modulo
@@ -49,7 +54,7 @@ struct ExactDivision {
     UInt128 greatestQuotient;
 
     constexpr explicit ExactDivision(int count) noexcept
-        : digits(count), greatestQuotient(~UInt128{0} / PowersOfTen[static_cast<std::size_t>(count)]) {
+        : digits(count), greatestQuotient(~UInt128{0} / powerOfTen(count)) {
         UInt128 power = 1;
         for (int i = 0; i < count; ++i) power *= 5;
         for (int bits = 1; bits < 128; bits *= 2) inverse *= 2 - power * inverse;

@@ -12,7 +12,7 @@
 namespace estatebook::platform {
 
 using detail::DecimalParts;
-using detail::PowersOfTen;
+using detail::powerOfTen;
 using detail::UInt128;
 
 // -- Reading ---------------------------------------------------------------------------------------
@@ -31,7 +31,7 @@ bool isBlank(char character) {
 class Digits {
 public:
     void take(char character) {
-        const int digit = character - '0';
+        const auto digit = static_cast<unsigned>(character - '0');
         if (digit == 0 || lost_) {
             waiting_ += mantissa_ != 0;
             lost_ |= digit != 0;
@@ -42,7 +42,7 @@ public:
             ++waiting_;
             return;
         }
-        mantissa_ = mantissa_ * PowersOfTen[waiting_ + 1] + digit;
+        mantissa_ = mantissa_ * powerOfTen(waiting_ + 1) + digit;
         count_ += waiting_ + 1;
         waiting_ = 0;
     }
@@ -152,7 +152,7 @@ namespace {
 /// Writes the digits of a mantissa and gives the end of them.
 char* writeDigits(char* at, UInt128 mantissa) {
     constexpr int half = 19;
-    const auto power = static_cast<std::uint64_t>(PowersOfTen[half]);
+    const auto power = static_cast<std::uint64_t>(powerOfTen(half));
     char* const room = at + Decimal::MaximumDigits;
     if (mantissa < power) return std::to_chars(at, room, static_cast<std::uint64_t>(mantissa)).ptr;
     at = std::to_chars(at, room, static_cast<std::uint64_t>(mantissa / power)).ptr;
@@ -176,9 +176,8 @@ char* Decimal::toChars(char* first, char* last) const noexcept {
     char digits[MaximumDigits];
     const auto count = static_cast<int>(writeDigits(digits, parts.mantissa) - digits);
     const int before = count + exponent_; // digits before the point
-    const std::size_t length = parts.negative + (exponent_ >= 0 ? before
-                                                 : before > 0   ? count + 1
-                                                                : 2 - exponent_);
+    const int unsignedLength = exponent_ >= 0 ? before : before > 0 ? count + 1 : 2 - exponent_;
+    const std::size_t length = static_cast<std::size_t>(unsignedLength) + parts.negative;
     if (room < length) return nullptr;
 
     if (parts.negative) *first++ = '-';
@@ -273,7 +272,7 @@ std::uint64_t Decimal::unsignedIntegerValue() const noexcept {
     if (isNaN() || exponent_ > 20 || exponent_ < -MaximumDigits) return 0;
     const UInt128 mantissa = DecimalParts::of(*this).mantissa;
     const UInt128 whole =
-        exponent_ < 0 ? mantissa / PowersOfTen[-exponent_] : mantissa * PowersOfTen[exponent_];
+        exponent_ < 0 ? mantissa / powerOfTen(-exponent_) : mantissa * powerOfTen(exponent_);
     const auto low = static_cast<std::uint64_t>(whole);
     return negative_ ? -low : low;
 }
