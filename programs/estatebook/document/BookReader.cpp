@@ -9,12 +9,10 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <clocale>
+#include <memory>
 #include <new>
 #include <system_error>
-
-#include <fcntl.h>
-#include <locale.h>
-#include <unistd.h>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -178,17 +176,15 @@ BookReading BookReader::readText(std::string_view text, std::string_view file) {
     return read(source, file);
 }
 
-BookReading BookReader::readDescriptor(int descriptor, std::string_view file) {
-    TextSource source(descriptor);
+BookReading BookReader::readStream(std::FILE* stream, std::string_view file) {
+    TextSource source(stream);
     return read(source, file);
 }
 
 BookReading BookReader::readFile(const std::string& path) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0) return unreadable(path, errno);
-    BookReading reading = readDescriptor(descriptor, path);
-    ::close(descriptor);
-    return reading;
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(std::fopen(path.c_str(), "rb"),
+                                                                 &std::fclose);
+    return stream ? readStream(stream.get(), path) : unreadable(path, errno);
 }
 
 } // namespace estatebook::document

@@ -25,6 +25,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -80,8 +81,8 @@ public:
     /// Reads a file.
     [[nodiscard]] static BookReading readFile(const std::string& path);
 
-    /// Reads what a descriptor gives until its end, such as standard input. `file` names it in messages.
-    [[nodiscard]] static BookReading readDescriptor(int descriptor, std::string_view file);
+    /// Reads what a stream gives until its end, such as standard input. `file` names it in messages.
+    [[nodiscard]] static BookReading readStream(std::FILE* stream, std::string_view file);
 
     /// Reads a text. `file` names it in messages.
     [[nodiscard]] static BookReading readText(std::string_view text, std::string_view file = "book");

@@ -3,8 +3,6 @@
 
 #include <cerrno>
 
-#include <unistd.h>
-
 namespace estatebook::document {
 
 namespace {
@@ -13,23 +11,20 @@ constexpr std::size_t BufferSize = 65536;
 
 TextSource::TextSource(std::string_view text) noexcept : at_(text.data()), end_(text.data() + text.size()) {}
 
-TextSource::TextSource(int descriptor)
-    : descriptor_(descriptor), buffer_(std::make_unique_for_overwrite<char[]>(BufferSize)) {}
+TextSource::TextSource(std::FILE* stream)
+    : stream_(stream), buffer_(std::make_unique_for_overwrite<char[]>(BufferSize)) {}
 
 bool TextSource::refill() {
-    if (descriptor_ < 0) return false;
-    ssize_t count = 0;
-    do {
-        count = ::read(descriptor_, buffer_.get(), BufferSize);
-    } while (count < 0 && errno == EINTR);
-    if (count < 0) error_ = errno;
-    if (count <= 0) {
-        descriptor_ = -1;
-        return false;
+    if (stream_ == nullptr) return false;
+    errno = 0;
+    const std::size_t count = std::fread(buffer_.get(), 1, BufferSize, stream_);
+    if (count < BufferSize) {
+        if (std::ferror(stream_) != 0) error_ = errno != 0 ? errno : EIO;
+        stream_ = nullptr;
     }
     at_ = buffer_.get();
     end_ = at_ + count;
-    return true;
+    return count > 0;
 }
 
 } // namespace estatebook::document

@@ -14,6 +14,7 @@
 /// end of a number, therefore does not move the line.
 
 #include <cstddef>
+#include <cstdio>
 #include <iterator>
 #include <memory>
 #include <string_view>
@@ -24,8 +25,8 @@ class TextSource {
 public:
     /// Reads a text. REQUIRES: it outlives the source.
     explicit TextSource(std::string_view text) noexcept;
-    /// Reads what a descriptor gives until its end. The descriptor stays open.
-    explicit TextSource(int descriptor);
+    /// Reads what a stream gives until its end. The stream stays open.
+    explicit TextSource(std::FILE* stream);
 
     TextSource(const TextSource&) = delete;
     TextSource& operator=(const TextSource&) = delete;
@@ -86,7 +87,7 @@ private:
     const char* end_ = nullptr;
     std::size_t line_ = 1;
     char last_ = ' ';
-    int descriptor_ = -1;
+    std::FILE* stream_ = nullptr;
     int error_ = 0;
     std::unique_ptr<char[]> buffer_;
 };

@@ -8,12 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <string>
 #include <thread>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace estatebook::document {
@@ -728,18 +728,16 @@ TEST(BookReaderTest, aPipeIsReadToItsEnd) {
         }
         ::close(ends[1]);
     });
-    const BookReading reading = BookReader::readDescriptor(ends[0], "-");
+    std::FILE* const stream = ::fdopen(ends[0], "rb");
+    const BookReading reading = BookReader::readStream(stream, "-");
     writer.join();
-    ::close(ends[0]);
+    std::fclose(stream);
     ASSERT_TRUE(reading);
     EXPECT_THAT(*reading.document->properties[0].name, SizeIs(200000));
 }
 
 TEST(BookReaderTest, anEndlessSourceIsReadOnlyUpToItsFault) {
-    const int zeros = ::open("/dev/zero", O_RDONLY);
-    ASSERT_GE(zeros, 0);
-    EXPECT_THAT(BookReader::readDescriptor(zeros, "-").error->message, HasSubstr("zero byte"));
-    ::close(zeros);
+    EXPECT_THAT(BookReader::readFile("/dev/zero").error->message, HasSubstr("zero byte"));
 }
 
 } // namespace
