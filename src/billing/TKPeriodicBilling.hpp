@@ -15,8 +15,8 @@
 ///     monthly->daysFromDateForPeriods(firstOfJanuary, Decimal::parse("1.5"));   // 45
 ///
 /// The traps. Periods are not equally long, so the same number of days is another number of periods from
-/// another date. Parts of a period are reckoned to 38 digits and then taken literally: a part that is not
-/// exact, such as 2/3 of 30 days, is rounded up to the next whole day. And days are counted by the host
+/// another date. Parts of a period are reckoned to 38 digits and then taken literally: of 5/3 periods the
+/// part of 2/3 is a hair above 20 days of 30, and that hair counts as a day. And days are counted by the host
 /// (hostOperations().daysUntil), in the current calendar and not in this `calendar`.
 ///
 /// Odd data: an absent start date gives an absent date, 0 days or periods, and no rows. With an unknown
