@@ -1,0 +1,154 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook/CommandLine.hpp"
+
+#include "estatebook/Failure.hpp"
+#include "estatebook/Reckoned.hpp"
+#include "estatebook/commands/Commands.hpp"
+#include "estatebook/document/JsonText.hpp"
+
+#include "platform/system/Log.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <iostream>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace estatebook {
+
+namespace {
+
+constexpr std::uint64_t MaximalCount = 1'000'000;
+constexpr std::size_t LongestUsageText = 300;
+
+/// All commands with their options. What was parsed stays in here.
+class Program {
+public:
+    Program() {
+        app_.name("estatebook");
+        app_.description(
+            "Keeps the books of rental properties: statements, what is due, and every other figure.");
+        app_.set_version_flag("--version", "estatebook " ESTATEBOOK_VERSION);
+        app_.add_flag("--verbose", isVerbose_, "Write diagnostics to standard error, not to the system log");
+        app_.require_subcommand(1);
+        app_.fallthrough();
+
+        CLI::App* statement = add("statement", "Print a tenure's statement with its running balance",
+                                  [this] { printStatement(statement_, std::cout); });
+        addTenure(*statement, statement_.tenure);
+        addBook(*statement, statement_.book);
+        statement->add_option("--format", statement_.format, "text, csv or json")
+            ->check(CLI::IsMember({"text", "csv", "json"}))
+            ->option_text("FORMAT");
+        statement->add_flag("--exact", statement_.exact, "Print all digits and round nothing");
+
+        CLI::App* tenures = add("tenures", "List all tenures with their balances",
+                                [this] { printTenures(tenures_, std::cout); });
+        addBook(*tenures, tenures_);
+
+        CLI::App* due = add("due", "List what is owed, and when the next period begins",
+                            [this] { printDue(due_, std::cout); });
+        addBook(*due, due_);
+
+        CLI::App* schedule = add("schedule", "List the rent periods of a tenure",
+                                 [this] { printSchedule(schedule_, std::cout); });
+        addTenure(*schedule, schedule_.tenure);
+        addBook(*schedule, schedule_.book);
+        schedule
+            ->add_option("--count", schedule_.count,
+                         "How many periods from the start, charged or not; else those charged by now")
+            ->check(CLI::Range(std::uint64_t{1}, MaximalCount))
+            ->option_text("N");
+
+        CLI::App* values = add("values", "Print every derived value as a JSON document",
+                               [this] { printValues(values_, std::cout); });
+        addBook(*values, values_);
+    }
+
+    void parse(int argumentCount, const char* const* arguments) { app_.parse(argumentCount, arguments); }
+    /// Prints help or version, as asked for.
+    void answer(const CLI::Success& success) { app_.exit(success, std::cout, std::cerr); }
+
+    void run() {
+        if (isVerbose_)
+            platform::Log::setSink(
+                [](std::string_view line) { std::cerr << "estatebook: " << line << '\n'; });
+        for (const auto& [command, action] : actions_)
+            if (*command) action();
+    }
+
+private:
+    CLI::App* add(const char* name, const char* description, std::function<void()> action) {
+        CLI::App* command = app_.add_subcommand(name, description);
+        actions_.emplace_back(command, std::move(action));
+        return command;
+    }
+
+    static void addTenure(CLI::App& command, std::string& tenure) {
+        command
+            .add_option("TENURE", tenure,
+                        "The tenure: its identifier, its name, or a part of its name that no other has")
+            ->required()
+            ->option_text(" ");
+    }
+
+    static void addBook(CLI::App& command, BookOptions& options) {
+        command.add_option("--book", options.file, "The book document; - is standard input")
+            ->required()
+            ->option_text("FILE");
+        command
+            .add_option("--as-of", options.asOf,
+                        "The day that counts as today, such as 2025-03-31, or an instant; else now")
+            ->option_text("DATE");
+    }
+
+    CLI::App app_;
+    bool isVerbose_ = false;
+    StatementOptions statement_;
+    BookOptions tenures_;
+    BookOptions due_;
+    ScheduleOptions schedule_;
+    BookOptions values_;
+    std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;
+};
+
+int report(ExitCode code, std::string_view text) {
+    std::cout.flush();
+    std::cerr << "estatebook: " << text << '\n';
+    return static_cast<int>(code);
+}
+
+int runChecked(int argumentCount, const char* const* arguments) {
+    Program program;
+    try {
+        program.parse(argumentCount, arguments);
+    } catch (const CLI::Success& success) {
+        program.answer(success);
+        return static_cast<int>(ExitCode::Good);
+    } catch (const CLI::ParseError& error) {
+        return report(ExitCode::WrongUsage,
+                      document::forMessage(error.what(), LongestUsageText) + "; see: estatebook --help");
+    }
+    program.run();
+    if (!std::cout.flush()) return report(ExitCode::CannotRead, "standard output cannot be written");
+    return static_cast<int>(ExitCode::Good);
+}
+
+} // namespace
+
+int runCommandLine(int argumentCount, const char* const* arguments) {
+    std::ios::sync_with_stdio(false);
+    try {
+        return runChecked(argumentCount, arguments);
+    } catch (const Failure& failure) {
+        return report(failure.code(), failure.what());
+    } catch (const platform::Exception& exception) {
+        return report(ExitCode::BadData, document::forMessage(exception.reason(), LongestUsageText));
+    } catch (const std::bad_alloc&) {
+        return report(ExitCode::BadData, "the book needs more memory than there is; give it in parts");
+    }
+}
+
+} // namespace estatebook

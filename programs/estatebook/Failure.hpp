@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Failure: why a command ends without having done its work, and the number the program then ends with.
+///
+///     throw Failure(ExitCode::NothingMatched, "there is no letting \"X\"");
+
+#include <stdexcept>
+#include <string>
+
+namespace estatebook {
+
+enum class ExitCode : int {
+    Good = 0,
+    NothingMatched = 1, ///< nothing, or not just one thing, is so called
+    WrongUsage = 2,     ///< the command line makes no sense
+    BadData = 3,        ///< the book is refused, or what is asked for cannot be reckoned
+    CannotRead = 5,     ///< a file cannot be read, or the output not be written
+};
+
+class Failure : public std::runtime_error {
+public:
+    /// The text is one line for the reader, or several when it lists choices.
+    Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
+
+    [[nodiscard]] ExitCode code() const noexcept { return code_; }
+
+private:
+    ExitCode code_;
+};
+
+} // namespace estatebook

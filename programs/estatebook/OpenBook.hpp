@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// OpenBook: a book document as living objects, on the day that counts as today.
+///
+///     const OpenBook book = OpenBook::open("harbour-street.json", "2025-09-30");
+///     for (const OpenBook::Letting& letting : book.lettings()) letting.object->balance();
+///
+/// The trap: schedules are not there yet, since a book of long lettings would not fit into memory with all of
+/// them. A `Schedule` makes one for as long as it lives.
+
+#include "estatebook/Failure.hpp"
+#include "estatebook/Reckoned.hpp"
+#include "estatebook/document/BookDocument.hpp"
+
+#include "platform/calendar/Calendar.hpp"
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/system/HostOperations.hpp"
+#include "store/TKProperty.hpp"
+#include "store/TKTenant.hpp"
+#include "tenure/TKTenure.hpp"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace estatebook {
+
+class OpenBook {
+public:
+    /// An object with its identifier.
+    template <class T>
+    struct Entry {
+        std::string id;
+        platform::Ref<T> object;
+    };
+    using Letting = Entry<TKTenure>;
+
+    /// Reads the file ("-" is standard input) and opens the book in its zone, which becomes the zone of the
+    /// process. `asOf` is a date as documents write it; empty means now. Warnings go to standard error. Throws
+    /// Failure.
+    [[nodiscard]] static OpenBook open(const std::string& file, std::string_view asOf);
+
+    [[nodiscard]] const std::string& file() const noexcept { return file_; }
+    [[nodiscard]] platform::Date asOf() const noexcept { return asOf_; }
+    [[nodiscard]] const platform::Calendar& calendar() const noexcept { return calendar_; }
+    /// The code of the book's currency; null when the book does not tell it as a text.
+    [[nodiscard]] const platform::Ref<platform::String>& currencyCode() const noexcept {
+        return currencyCode_;
+    }
+    /// "GBP", or words for its absence.
+    [[nodiscard]] std::string currencyName() const;
+    /// How amounts of the currency are rounded; the scale is the number of its digits.
+    [[nodiscard]] platform::DecimalBehavior rounding() const;
+
+    // In the book's order.
+    [[nodiscard]] const std::vector<Entry<TKProperty>>& properties() const noexcept { return properties_; }
+    [[nodiscard]] const std::vector<Entry<TKTenant>>& tenants() const noexcept { return tenants_; }
+    [[nodiscard]] const std::vector<Letting>& lettings() const noexcept { return lettings_; }
+
+    /// The identifier of a property's or a tenure's transaction, or of a tenure.
+    [[nodiscard]] const std::string& identifierOf(const platform::ManagedObject& object) const {
+        return identifiers_.at(&object);
+    }
+
+    /// The letting with that identifier, or else that name, or else with a name of which the text is a part.
+    /// Throws Failure when there is not just one.
+    [[nodiscard]] const Letting& lettingNamed(std::string_view text) const;
+
+    /// What to throw when a letting's rent cannot be reckoned.
+    [[nodiscard]] Failure unreckonable(const Letting& letting, ReckoningError error) const;
+
+private:
+    explicit OpenBook(const platform::Calendar& calendar) : calendar_(calendar) {}
+
+    void addAll(const document::BookDocument& book);
+    void readSettings(const document::BookDocument& book);
+
+    std::string file_;
+    platform::Calendar calendar_;
+    platform::Date asOf_;
+    platform::Ref<platform::String> currencyCode_;
+    std::uint64_t billingMode_ = 0;
+    platform::Ref<platform::ManagedObjectContext> context_;
+    std::vector<Entry<TKProperty>> properties_;
+    std::vector<Entry<TKTenant>> tenants_;
+    std::vector<Letting> lettings_;
+    std::unordered_map<const platform::ManagedObject*, std::string> identifiers_;
+};
+
+/// Keeps a letting's schedule up to date while it lives, and takes it away in the end.
+class Schedule {
+public:
+    explicit Schedule(TKTenure& tenure)
+        : tenure_(tenure), row_(reckon([&] { return tenure.updatePeriods(); })) {}
+    ~Schedule() { tenure_.setPeriods(nullptr); }
+    Schedule(const Schedule&) = delete;
+    Schedule& operator=(const Schedule&) = delete;
+
+    /// The periods, or why there are none.
+    [[nodiscard]] const Reckoned<platform::Ref<TKPeriodRow>>& row() const noexcept { return row_; }
+
+private:
+    TKTenure& tenure_;
+    Reckoned<platform::Ref<TKPeriodRow>> row_;
+};
+
+} // namespace estatebook
