@@ -7,6 +7,8 @@
 #include "store/TKTenant.hpp"
 #include "tenure/TKTenure.hpp"
 
+#include <utility>
+
 namespace estatebook {
 
 using namespace platform;
@@ -54,12 +56,13 @@ Ref<Set> TKProperty::currentTenures() const {
 
 Ref<String> TKProperty::currentTenuresNames() const {
     std::string names;
+    bool isFirst = true;
     for (const auto& tenure : activeTenuresAtDate(currentDate())) {
         const TKTenant* tenant = tenure->tenant();
         const Ref<String> name = tenant ? tenant->name() : nullptr;
         if (!name)
             throw InvalidArgumentException("a current tenure has no tenant, or one without a name, and cannot be listed");
-        if (!names.empty()) names += ", ";
+        if (!std::exchange(isFirst, false)) names += ", ";
         names += name->view();
     }
     return String::make(names);
