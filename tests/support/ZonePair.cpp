@@ -13,12 +13,12 @@ using platform::WallTime;
 const std::vector<ZonePair>& ZonePair::all() {
     static const std::vector<ZonePair> pairs = [] {
         std::vector<ZonePair> made;
-        for (const std::string& name : ZoneFile::names()) {
-            const auto file = ZoneFile::read(name);
-            const auto zone = TimeZone::named(name);
-            EXPECT_TRUE(file) << name << " cannot be read";
-            EXPECT_TRUE(zone) << name << " is unknown to the library";
-            if (file && zone) made.push_back({name, *file, zone});
+        for (const std::string& each : ZoneFile::names()) {
+            const auto plain = ZoneFile::read(each);
+            const auto ours = TimeZone::named(each);
+            EXPECT_TRUE(plain) << each << " cannot be read";
+            EXPECT_TRUE(ours) << each << " is unknown to the library";
+            if (plain && ours) made.push_back({each, *plain, ours});
         }
         return made;
     }();
