@@ -11,11 +11,14 @@
 ///     Ref<ArrayOf<TKPeriod>> periods = std::move(row).finish();
 ///
 /// A class joins by replacing `dispose` with `ObjectBlock<T>::dispose(this)`. A block holds up to 2^30 - 2
-/// objects.
+/// objects. Very many of them stand in several pieces of memory, each made when it is needed and just small
+/// enough for the allocator to keep it for the next block; one it does not keep costs more to get from
+/// the system, page by page, than all else. (bench/StatementBench.cpp)
 
 #include "platform/values/Object.hpp"
 #include "platform/values/Ref.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <cassert>
 #include <cstddef>
@@ -23,6 +26,7 @@
 #include <new>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace estatebook::platform {
 
@@ -35,31 +39,33 @@ public:
     /// Room for this many objects; none are made yet.
     explicit ObjectBlock(std::size_t capacity) : capacity_(capacity) {
         if (capacity > MaximalCount) throw std::length_error("ObjectBlock: too many objects");
-        if (capacity == 0) return;
-        void* memory = ::operator new(HeaderSize + capacity * sizeof(T));
-        header_ = new (memory) Header{};
     }
     ObjectBlock(ObjectBlock&& other) noexcept
-        : header_(std::exchange(other.header_, nullptr)), size_(std::exchange(other.size_, 0)),
-          capacity_(std::exchange(other.capacity_, 0)) {}
+        : first_(std::exchange(other.first_, nullptr)), more_(std::exchange(other.more_, {})),
+          size_(std::exchange(other.size_, 0)), capacity_(std::exchange(other.capacity_, 0)),
+          next_(std::exchange(other.next_, nullptr)), end_(std::exchange(other.end_, nullptr)) {}
     ObjectBlock& operator=(ObjectBlock&&) = delete;
     ~ObjectBlock() { clear(); }
 
     template <class... Arguments>
     T& emplace(Arguments&&... arguments) {
         assert(size_ < capacity_);
-        T* object = new (static_cast<void*>(first() + size_)) T(std::forward<Arguments>(arguments)...);
+        if (next_ == end_) [[unlikely]]
+            addPiece();
+        T* object = new (static_cast<void*>(next_)) T(std::forward<Arguments>(arguments)...);
+        ++next_;
         ++size_;
         object->count_ = 1;
-        object->setPlaceInBlock(static_cast<std::uint32_t>(size_));
+        object->setPlaceInBlock(static_cast<std::uint32_t>((size_ - 1) % PieceCapacity + 1));
         return *object;
     }
 
     [[nodiscard]] std::size_t size() const noexcept { return size_; }
-    [[nodiscard]] T* first() const noexcept {
-        return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(header_) + HeaderSize);
+    T& operator[](std::size_t index) const noexcept {
+        if (index < PieceCapacity) [[likely]]
+            return firstOf(first_)[index];
+        return firstOf(more_[index / PieceCapacity - 1])[index % PieceCapacity];
     }
-    T& operator[](std::size_t index) const noexcept { return first()[index]; }
 
     /// What a class's `dispose` calls: ends an object that stands alone or in a block.
     static void dispose(const T* object) noexcept {
@@ -79,27 +85,59 @@ private:
         // The owner's hold on the memory, and one for each object that outlives the owner.
         std::atomic<std::uint32_t> outliving{1};
     };
-    static constexpr std::size_t HeaderSize =
-        sizeof(Header) > alignof(T) ? (sizeof(Header) + alignof(T) - 1) / alignof(T) * alignof(T) : alignof(T);
+    static constexpr std::size_t HeaderSize = sizeof(Header) > alignof(T)
+                                                  ? (sizeof(Header) + alignof(T) - 1) / alignof(T) *
+                                                        alignof(T)
+                                                  : alignof(T);
     static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
 
+    // The allocator of the C library gives larger pieces back to the system at once (its
+    // DEFAULT_MMAP_THRESHOLD_MAX is 32 MiB).
+    static constexpr std::size_t LargestPiece = (std::size_t{31} << 20) - HeaderSize;
+    static constexpr std::size_t PieceCapacity = LargestPiece / sizeof(T);
+
+    [[nodiscard]] static T* firstOf(Header* piece) noexcept {
+        return reinterpret_cast<T*>(reinterpret_cast<std::byte*>(piece) + HeaderSize);
+    }
+
+    void addPiece() {
+        const std::size_t room = std::min(capacity_ - size_, PieceCapacity);
+        if (first_) more_.reserve((capacity_ - 1) / PieceCapacity);
+        auto* piece = new (::operator new(HeaderSize + room * sizeof(T))) Header{};
+        if (first_)
+            more_.push_back(piece);
+        else
+            first_ = piece;
+        next_ = firstOf(piece);
+        end_ = next_ + room;
+    }
+
     void clear() noexcept {
-        if (!header_) return;
-        for (std::size_t index = 0; index < size_; ++index) {
-            T& object = first()[index];
+        if (first_) clearPiece(first_, std::min(size_, PieceCapacity));
+        for (std::size_t piece = 0; piece < more_.size(); ++piece)
+            clearPiece(more_[piece], std::min(size_ - (piece + 1) * PieceCapacity, PieceCapacity));
+    }
+
+    static void clearPiece(Header* piece, std::size_t count) noexcept {
+        for (std::size_t index = 0; index < count; ++index) {
+            T& object = firstOf(piece)[index];
             if (object.referenceCount() == 1) {
                 object.T::~T();
             } else {
-                header_->outliving.fetch_add(1, std::memory_order_relaxed);
+                piece->outliving.fetch_add(1, std::memory_order_relaxed);
                 object.release();
             }
         }
-        if (header_->outliving.fetch_sub(1, std::memory_order_acq_rel) == 1) ::operator delete(header_);
+        if (piece->outliving.fetch_sub(1, std::memory_order_acq_rel) == 1) ::operator delete(piece);
     }
 
-    Header* header_ = nullptr;
+    Header* first_ = nullptr;
+    std::vector<Header*> more_;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
+    // Where the next object of the last piece goes, and the end of that piece.
+    T* next_ = nullptr;
+    T* end_ = nullptr;
 };
 
 } // namespace estatebook::platform
