@@ -15,7 +15,7 @@ import sys
 import tempfile
 
 PROJECT = pathlib.Path(__file__).resolve().parent / "project"
-EXPECTED = "linked and running\n@(#)PROGRAM:EstateBook_Model  PROJECT:EstateBook-1\n"
+EXPECTED = "@(#)PROGRAM:EstateBook_Model  PROJECT:EstateBook-1\nFlat 2\n"
 
 
 def run(command, **options):
@@ -58,7 +58,12 @@ def main():
         run(["cmake", "--install", options.build, "--prefix", first])
         shutil.move(first, tree)
         build = through_cmake if options.through == "cmake" else through_pkg_config
-        printed = run([build(tree, folder, options)], cwd=folder)
+        consumer = build(tree, folder, options)
+        if options.static:
+            # A program that holds the library in itself finds the model's resource from its own place.
+            (tree / "bin").mkdir(exist_ok=True)
+            consumer = shutil.copy(consumer, tree / "bin")
+        printed = run([consumer], cwd=folder)
         if printed != EXPECTED:
             sys.exit(f"expected\n{EXPECTED}\nbut it printed\n{printed}")
         program = tree / "bin" / "estatebook"
