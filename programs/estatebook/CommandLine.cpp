@@ -32,7 +32,7 @@ public:
             "Keeps the books of rental properties: statements, what is due, and every other figure.");
         app_.set_version_flag("--version", "estatebook " ESTATEBOOK_VERSION);
         app_.add_flag("--verbose", isVerbose_, "Write diagnostics to standard error, not to the system log");
-        app_.require_subcommand(1);
+        app_.require_subcommand(0, 1);
         app_.fallthrough();
 
         CLI::App* statement = add("statement", "Print a tenure's statement with its running balance",
@@ -76,7 +76,8 @@ public:
             platform::Log::setSink(
                 [](std::string_view line) { std::cerr << "estatebook: " << line << '\n'; });
         for (const auto& [command, action] : actions_)
-            if (*command) action();
+            if (*command) return action();
+        throw Failure(ExitCode::WrongUsage, "no command is given; see: estatebook --help");
     }
 
 private:
@@ -114,9 +115,10 @@ private:
     std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;
 };
 
-int report(ExitCode code, std::string_view text) {
+/// A line about a file begins with its name, any other with the program's.
+int report(ExitCode code, std::string_view text, bool isAboutFile = false) {
     std::cout.flush();
-    std::cerr << "estatebook: " << text << '\n';
+    std::cerr << (isAboutFile ? "" : "estatebook: ") << text << '\n';
     return static_cast<int>(code);
 }
 
@@ -132,7 +134,9 @@ int runChecked(int argumentCount, const char* const* arguments) {
                       document::forMessage(error.what(), LongestUsageText) + "; see: estatebook --help");
     }
     program.run();
-    if (!std::cout.flush()) return report(ExitCode::CannotRead, "standard output cannot be written");
+    if (!std::cout.flush())
+        return report(ExitCode::CannotRead,
+                      "standard output cannot be written; make room for it, or write elsewhere");
     return static_cast<int>(ExitCode::Good);
 }
 
@@ -143,7 +147,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     try {
         return runChecked(argumentCount, arguments);
     } catch (const Failure& failure) {
-        return report(failure.code(), failure.what());
+        return report(failure.code(), failure.what(), failure.isAboutFile());
     } catch (const platform::Exception& exception) {
         return report(ExitCode::BadData, document::forMessage(exception.reason(), LongestUsageText));
     } catch (const std::bad_alloc&) {

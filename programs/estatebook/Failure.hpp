@@ -3,7 +3,7 @@
 
 /// Failure: why a command ends without having done its work, and the number the program then ends with.
 ///
-///     throw Failure(ExitCode::NothingMatched, "there is no letting \"X\"");
+///     throw Failure(ExitCode::NothingMatched, "book.json: no tenure is called \"X\"");
 
 #include <stdexcept>
 #include <string>
@@ -20,10 +20,13 @@ enum class ExitCode : int {
 
 class Failure : public std::runtime_error {
 public:
-    /// The text is one line for the reader, or several when it lists choices.
+    /// The text is one line for the reader, or several when it lists choices. It begins with the name of the file,
+    /// unless it is about usage.
     Failure(ExitCode code, const std::string& text) : std::runtime_error(text), code_(code) {}
 
     [[nodiscard]] ExitCode code() const noexcept { return code_; }
+    /// Whether the text begins with the name of a file.
+    [[nodiscard]] bool isAboutFile() const noexcept { return code_ != ExitCode::WrongUsage; }
 
 private:
     ExitCode code_;

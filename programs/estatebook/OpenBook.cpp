@@ -296,8 +296,9 @@ const OpenBook::Letting& OpenBook::lettingNamed(std::string_view text) const {
     if (found.empty())
         throw Failure(
             ExitCode::NothingMatched,
-            fmt::format("{}: no tenure is called \"{}\"; see what there is with: estatebook tenures", file_,
-                        forMessage(text)));
+            fmt::format(
+                "{}: no tenure is called \"{}\"; see what there is with: estatebook tenures --book FILE",
+                file_, forMessage(text)));
     std::string lines = fmt::format("{}: \"{}\" fits {} tenures; give one of these identifiers:", file_,
                                     forMessage(text), found.size());
     for (std::size_t i = 0; i < std::min(found.size(), MaximalChoices); ++i)

@@ -20,6 +20,8 @@ constexpr std::size_t PipedWidth = 80;
 constexpr std::size_t NarrowestTerminal = 60;
 constexpr std::size_t WidestTerminal = 120;
 constexpr std::size_t NarrowestFlexible = 16;
+/// In a table that is wider than the terminal anyway.
+constexpr std::size_t ComfortableFlexible = 44;
 constexpr std::size_t MaximalLinesOfCell = 3;
 
 std::size_t bytesOfFirstCharacter(std::string_view text) noexcept {
@@ -120,7 +122,8 @@ std::vector<TextTable::Widths> TextTable::measure(std::size_t width) const {
             others += widths[i].whole;
     }
     if (flexible < columns_.size()) {
-        const std::size_t left = width > others + NarrowestFlexible ? width - others : NarrowestFlexible;
+        const bool isTooWide = width < others + NarrowestFlexible;
+        const std::size_t left = isTooWide ? ComfortableFlexible : width - others;
         widths[flexible].whole = std::min(widths[flexible].whole, left);
     }
     return widths;

@@ -28,23 +28,25 @@ constexpr std::size_t LongestShownName = 1000;
 constexpr std::size_t MaximalLinesOfName = 5;
 constexpr short ShownPeriodDigits = 4;
 
-/// The first periods by the terms, whether charged by now or not, up to the end of the tenure.
+/// The first periods by the terms, whether charged by now or not, up to the end of the tenure or of the year 9999.
 std::vector<Ref<TKPeriod>> firstPeriods(const TKTenure& tenure, std::uint64_t count) {
     const auto billing = tenure.rentalPeriodicBilling();
     if (billing->period() == 0 || billing->periodicCalendarUnits() == 0)
         throw DivideByZeroException("the terms have no rhythm");
-    const auto end = tenure.endDate();
+    const auto anchor = billing->dateWithZeroOffset(tenure.startDate());
+    const auto last = tenure.endDate();
     std::vector<Ref<TKPeriod>> periods;
-    for (std::uint64_t length = std::min<std::uint64_t>(count, 64);; length = std::min(count, 2 * length)) {
-        const auto row = billing->periodsFromCount(tenure.startDate(), length);
-        for (std::size_t i = periods.size(); i < row->count(); ++i) {
-            TKPeriod& period = (*row)[i];
-            if (end && period.startDate() >= end) return periods;
-            if (end && period.endDate() > end) period.setEndDate(end);
-            periods.emplace_back(&period);
-        }
-        if (length == count || row->empty()) return periods;
+    for (auto start = anchor; start && periods.size() < count && !(last && start >= last);) {
+        const auto end =
+            reckon([&] { return billing->dateWithPeriodOffsetFromStartDate(periods.size() + 1, anchor); });
+        if (!end) break;
+        periods.push_back(TKPeriod::periodWithStartDateEndDate(start, *end.value));
+        TKPeriod& period = *periods.back();
+        if (billing->periodBillingMode() == TKPeriodBillingModeEnd) period.setBillingDate(*end.value);
+        if (last && period.endDate() > last) period.setEndDate(last);
+        start = *end.value;
     }
+    return periods;
 }
 
 std::vector<Ref<TKPeriod>> periodsOf(const TKPeriodRow& row) {
@@ -53,14 +55,33 @@ std::vector<Ref<TKPeriod>> periodsOf(const TKPeriodRow& row) {
     return periods;
 }
 
+std::string counted(const Decimal& count, std::string_view thing) {
+    return fmt::format("{} {}{}", count.toString(), thing, count == Decimal::one() ? "" : "s");
+}
+
+struct CycleWords {
+    std::uint64_t cycle;
+    std::string_view one;
+    std::string_view many;
+};
+constexpr CycleWords Cycles[] = {
+    {TKBillingCycleDay, "a day", "days"},
+    {TKBillingCycleWeek, "a week", "weeks"},
+    {TKBillingCycleMonth, "a month", "months"},
+    {TKBillingCycleYear, "a year", "years"},
+};
+
 std::string termsText(const TKTenure& tenure, const DecimalBehavior& rounding) {
     const auto amount = tenure.rentalAmount();
+    if (!amount) return "No rent";
     const auto billing = tenure.rentalPeriodicBilling();
-    const auto cycle = tenure.periodicNameForRentalBillingCycle();
-    return fmt::format("Rent {} for {} {}, billed at the {} of each period",
-                       amount ? amountText(*amount, rounding.scale) : "of no amount", billing->period(),
-                       cycle ? cycle->string() : "periods",
-                       billing->periodBillingMode() == TKPeriodBillingModeEnd ? "end" : "start");
+    std::string rhythm = "for no known cycle";
+    for (const auto& [cycle, one, many] : Cycles)
+        if (cycle == billing->cycle())
+            rhythm =
+                billing->period() == 1 ? std::string(one) : fmt::format("for {} {}", billing->period(), many);
+    return fmt::format("Rent {} {}, billed at the {} of each period", amountText(*amount, rounding.scale),
+                       rhythm, billing->periodBillingMode() == TKPeriodBillingModeEnd ? "end" : "start");
 }
 
 } // namespace
@@ -83,9 +104,10 @@ void printSchedule(const ScheduleOptions& options, std::ostream& out) {
     for (const std::string& line : wrapText(name, width, MaximalLinesOfName)) out << line << '\n';
     out << termsText(tenure, book.rounding()) << ", " << book.currencyName() << '\n';
     const DecimalBehavior shown{.scale = ShownPeriodDigits};
-    out << fmt::format("Charged by {}: {} periods, {} days\n\n", dates->stringFromDate(book.asOf()),
-                       tenure.chargablePeriods().decimalNumberByRoundingAccordingToBehavior(shown).toString(),
-                       tenure.chargableDays().unsignedIntegerValue());
+    out << fmt::format(
+        "Charged by {}: {}, {}\n\n", dates->stringFromDate(book.asOf()),
+        counted(tenure.chargablePeriods().decimalNumberByRoundingAccordingToBehavior(shown), "period"),
+        counted(tenure.chargableDays().unsignedIntegerValue(), "day"));
 
     const auto dateCell = [&](const std::optional<Date>& date) {
         return date ? dates->stringFromDate(*date) : "";
