@@ -3,6 +3,7 @@
 
 #include "billing/RoundingExtensions.hpp"
 #include "billing/TKPeriodicBilling.hpp"
+#include "platform/values/Exception.hpp"
 #include "tenure/TKTenure.hpp"
 
 #include <algorithm>
@@ -20,8 +21,12 @@ std::uint64_t countOf(const Decimal& periods) {
 
 /// The period at one place of the row that the calendar would make, without the row.
 Ref<TKPeriod> periodAt(const TKPeriodicBilling& billing, const std::optional<Date>& startDate, std::uint64_t place) {
+    // More periods, or cycles in one, than there are days in the years of books; their product could wrap around.
+    constexpr std::uint64_t TooMany = std::uint64_t{1} << 31;
     const auto anchor = billing.dateWithZeroOffset(startDate);
     if (!anchor) return nullptr;
+    if (place >= TooMany || billing.period() >= TooMany)
+        throw OverflowException("the next period lies beyond the years 1583 to 9999");
     auto period =
         TKPeriod::periodWithStartDateEndDate(billing.dateWithPeriodOffsetFromStartDate(place, anchor),
                                              billing.dateWithPeriodOffsetFromStartDate(place + 1, anchor));
