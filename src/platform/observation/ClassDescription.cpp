@@ -31,6 +31,8 @@ struct ClassDescription::Index {
     std::unordered_map<Key, const Property*> others;
     bool hasAddedRows = false;
     std::unordered_map<Key, std::vector<Key>> dependents;
+    // An announcement may still be walking the stale one.
+    const Index* stale = nullptr;
 };
 
 bool ClassDescription::anyAdded() noexcept { return additionsMade > 0; }
@@ -77,7 +79,7 @@ const ClassDescription::Index& ClassDescription::index() const {
             for (const Key key : row.affecting())
                 if (!made->dependents.contains(key)) made->dependents.emplace(key, follow(key));
     }
-    delete index_;
+    made->stale = index_;
     index_ = made.release();
     return *index_;
 }

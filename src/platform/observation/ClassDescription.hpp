@@ -68,7 +68,8 @@ public:
 
     /// Gives the class a property, or replaces it.
     void addProperty(const Property& property) const;
-    /// Declares that `dependent` is computed from the key or dotted key path.
+    /// Declares that `dependent` is computed from the key or dotted key path. Observers that were there before hear
+    /// of a plain key at once, and of a dotted path once somebody registers on the object again.
     void addDependency(Key dependent, std::string_view keyPath) const;
 
     /// A dependency that leads through other objects.
@@ -174,8 +175,11 @@ constexpr Property writable(Key key) noexcept {
     property.isScalar = std::is_arithmetic_v<Argument>;
     property.set = [](ObservableObject& object, const Value& value) {
         auto argument = detail::FromValue<Argument>::convert(value);
-        if constexpr (!std::is_arithmetic_v<Argument> && !std::is_same_v<Argument, Value>)
-            if (!argument && !value.isAbsent()) detail::refuseValue(Key(), value);
+        if constexpr (std::is_arithmetic_v<Argument>) {
+            if (!value.isNumber()) detail::refuseValue(Key(), value);
+        } else if constexpr (!std::is_same_v<Argument, Value>) {
+            if (!argument && !value.isAbsent() && !value.isNullObject()) detail::refuseValue(Key(), value);
+        }
         (static_cast<Class&>(object).*Setter)(std::move(argument));
     };
     return property;

@@ -96,6 +96,14 @@ void ObservableObject::willChangeValueForKey(Key key) { ObservationEngine::will(
 
 void ObservableObject::didChangeValueForKey(Key key) { ObservationEngine::did(*this, key); }
 
+void ObservableObject::closeAfterFailure(Key key) noexcept {
+    try {
+        didChangeValueForKey(key);
+    } catch (...) {
+        // The failed store was first.
+    }
+}
+
 void ObservableObject::willChangeValueForKeyWithSetMutationUsingObjects(Key key, ChangeKind kind,
                                                                         const Ref<Set>& objects) {
     KeyValueChange mutation{.kind = kind};
@@ -136,7 +144,7 @@ void ObservableObject::addObserverForKeyPathOptionsContext(ObservableObject& obs
     if (options & ObservingInitial) {
         KeyValueChange change;
         if (options & ObservingNew) {
-            change.newValue = valueForKeyPath(keyPath);
+            change.newValue = ObservationEngine::valueAlong(*this, keyPath);
             if (change.newValue.isAbsent()) change.newValue = NullObject{};
         }
         observer.observeValueForKeyPathOfObjectChangeContext(keyPath, *this, change, context);

@@ -150,7 +150,8 @@ protected:
                (announcing_ == Announcing::Unknown && findAnnouncing());
     }
 
-    /// Runs a store between the two announcements, or alone when nobody can hear them.
+    /// Runs a store between the two announcements, or alone when nobody can hear them. A store that raises leaves the
+    /// change closed, too, and its exception leaves the setter.
     template <class Store>
     void change(Key key, Store&& store) {
         if (!mustAnnounce()) {
@@ -160,7 +161,12 @@ protected:
             return;
         }
         willChangeValueForKey(key);
-        store();
+        try {
+            store();
+        } catch (...) {
+            closeAfterFailure(key);
+            throw;
+        }
         didChangeValueForKey(key);
     }
 
@@ -172,6 +178,7 @@ private:
     friend class ObservationEngine;
     enum class Announcing : std::uint8_t { Unknown, WhenObserved, Always };
     bool findAnnouncing() const noexcept;
+    void closeAfterFailure(Key key) noexcept;
 
     struct Observation* observation_ = nullptr;
     mutable Announcing announcing_ = Announcing::Unknown;

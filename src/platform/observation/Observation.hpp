@@ -83,7 +83,6 @@ struct Observation {
     /// A dotted dependency followed because a key that it affects is observed.
     struct Followed {
         const ClassDescription::PathDependency* dependency;
-        std::size_t uses;
         std::shared_ptr<PathObservation> path;
     };
     std::vector<Followed> followed;
@@ -101,8 +100,8 @@ public:
     PathObservation& operator=(const PathObservation&) = delete;
 
     /// Watches the objects along the path as they stand now.
-    void follow() { linkFrom(0); }
-    void unfollow() { unlinkFrom(0); }
+    void follow();
+    void unfollow();
 
     void stepWillChange();
     void stepDidChange(std::size_t step);
@@ -123,6 +122,7 @@ private:
     std::vector<Key> path_;
     std::vector<std::unique_ptr<PathLink>> links_;
     Value old_;
+    bool isFollowing_ = false;
 };
 
 /// The workings behind ObservableObject's announcements.
@@ -144,18 +144,28 @@ public:
     static void willMutate(ObservableObject& object, Key key, const KeyValueChange& mutation);
     static void didMutate(ObservableObject& object, Key key, const KeyValueChange& mutation);
 
+    /// Announces a key of the object that a dotted path leads to: not as an edit of the key itself.
+    static void announceFromPath(ObservableObject& object, Key key, void (ObservableObject::*announce)(Key));
+
     /// Calls the observer; its exception is kept for the outermost setter.
     static void tellObserver(ObservableObject& observer, std::string_view keyPath, ObservableObject& object,
                              const KeyValueChange& change, const void* context);
-    /// Reads the path of the object for an observer; absent when the reading raises, which is kept likewise.
+    /// The value at the end of the path; absent where the last key is declared without a value.
+    static Value valueAlong(const ObservableObject& object, std::string_view keyPath);
+    /// The same for an observer: absent when the reading raises, which is kept likewise.
     static Value readForObserver(const ObservableObject& object, std::string_view keyPath);
 
     static void objectEnds(ObservableObject& object) noexcept;
 
 private:
-    static void tell(ObservableObject& object, Key key, const struct OpenKey& open, bool isPrior);
+    static void tell(ObservableObject& object, Key key, struct OpenKey& open, bool isPrior);
+    static Value valueOrNothing(const ObservableObject& object, Key key);
+    static Value readForObserver(const ObservableObject& object, Key key);
+    static Value newValueOf(const ObservableObject& object, Key key, const KeyValueChange* mutation);
+    static Value membersForObserver(const ObservableObject& object, Key key,
+                                    const std::vector<std::size_t>& places);
     static void followDependencies(ObservableObject& object, Key key);
-    static void unfollowDependencies(ObservableObject& object, Key key);
+    static void unfollowDependencies(ObservableObject& object);
 };
 
 } // namespace estatebook::platform

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/observation/KeyPath.hpp"
 #include "platform/observation/Observation.hpp"
+#include "platform/values/Array.hpp"
 #include "platform/values/Exception.hpp"
+#include "platform/values/Set.hpp"
 
 #include <algorithm>
 #include <deque>
@@ -16,10 +18,12 @@ struct OpenKey {
     Key key;
     /// Pairs of the key that stand open within the outermost.
     std::uint32_t inner = 0;
-    bool followsFromAnother = false;
-    bool hasOld = false;
     Value old{};
+    /// The membership change that is being told, while it is.
     const KeyValueChange* mutation = nullptr;
+    /// Dotted dependencies whose dependent was opened along with this key, and at which step. They are closed with
+    /// it even when nobody follows them any more.
+    std::vector<std::pair<std::shared_ptr<PathObservation>, std::size_t>> opened{};
 };
 
 namespace {
@@ -46,6 +50,15 @@ struct OpenObject {
     }
 };
 
+/// Why a key is announced.
+enum class Cause : std::uint8_t {
+    Itself,
+    /// Another key of the object, which announces all that follow from it.
+    Key,
+    /// A path that leads to another object.
+    Path,
+};
+
 /// What one outermost setter has open on this thread. An observer that changes something while it is being
 /// told begins a session of its own, so that an exception reaches just the setter that caused it.
 struct Session {
@@ -55,6 +68,7 @@ struct Session {
     // The announcement that is about to arrive at the base because another key caused it.
     const ObservableObject* expectedObject = nullptr;
     Key expectedKey{};
+    Cause expectedCause = Cause::Itself;
     // The membership change that the next announcement is about.
     const ObservableObject* mutatedObject = nullptr;
     const KeyValueChange* mutation = nullptr;
@@ -115,10 +129,12 @@ void runApart(Action action) noexcept {
 Value orNullObject(Value value) { return value.isAbsent() ? Value(NullObject{}) : value; }
 
 /// Leads a dependent key through the overridable pair; the base will know it by the expectation left here.
-void announceDependent(ObservableObject& object, Key dependent, void (ObservableObject::*announce)(Key)) {
+void announceDependent(ObservableObject& object, Key dependent, void (ObservableObject::*announce)(Key),
+                       Cause cause = Cause::Key) {
     Announcements& all = announcements();
     all.session.expectedObject = &object;
     all.session.expectedKey = dependent;
+    all.session.expectedCause = cause;
     try {
         (object.*announce)(dependent);
     } catch (...) {
@@ -127,10 +143,16 @@ void announceDependent(ObservableObject& object, Key dependent, void (Observable
     all.session.expectedObject = nullptr;
 }
 
-bool takeExpected(Session& session, const ObservableObject& object, Key key) noexcept {
-    if (session.expectedObject != &object || session.expectedKey != key) return false;
+Cause takeExpected(Session& session, const ObservableObject& object, Key key) noexcept {
+    if (session.expectedObject != &object || session.expectedKey != key) return Cause::Itself;
     session.expectedObject = nullptr;
-    return true;
+    return session.expectedCause;
+}
+
+const KeyValueChange* takeMutation(Session& session, const ObservableObject& object) noexcept {
+    if (session.mutatedObject != &object) return nullptr;
+    session.mutatedObject = nullptr;
+    return session.mutation;
 }
 
 } // namespace
@@ -181,6 +203,16 @@ PathObservation::PathObservation(ObservableObject& root, std::vector<Key> path) 
 
 PathObservation::~PathObservation() { unlinkFrom(0); }
 
+void PathObservation::follow() {
+    isFollowing_ = true;
+    linkFrom(0);
+}
+
+void PathObservation::unfollow() {
+    isFollowing_ = false;
+    unlinkFrom(0);
+}
+
 void PathObservation::linkFrom(std::size_t step) {
     ObservableObject* hop = nullptr;
     if (step == 0) {
@@ -208,21 +240,36 @@ void PathObservation::unlinkFrom(std::size_t step) {
 }
 
 void PathObservation::stepWillChange() {
-    if (dependent) return root_.willChangeValueForKey(dependent);
+    if (dependent)
+        return ObservationEngine::announceFromPath(root_, dependent,
+                                                   &ObservableObject::willChangeValueForKey);
+    const Ref<ObservableObject> told(observer.get());
+    if (!told) return;
+    const Ref<ObservableObject> held(&root_);
     if (options & ObservingOld) old_ = orNullObject(ObservationEngine::readForObserver(root_, text));
-    ObservableObject* told = observer.get();
-    if (!told || !(options & ObservingPrior)) return;
+    if (!(options & ObservingPrior)) return;
     ObservationEngine::tellObserver(*told, text, root_, {.isPrior = true, .oldValue = old_}, context);
 }
 
 void PathObservation::stepDidChange(std::size_t step) {
-    if (step + 1 < path_.size()) {
+    std::exception_ptr unlinkable;
+    if (isFollowing_ && step + 1 < path_.size()) {
         unlinkFrom(step + 1);
-        linkFrom(step + 1);
+        try {
+            linkFrom(step + 1);
+        } catch (...) {
+            unlinkable = std::current_exception();
+        }
     }
-    if (dependent) return root_.didChangeValueForKey(dependent);
-    ObservableObject* told = observer.get();
+    if (dependent) {
+        ObservationEngine::announceFromPath(root_, dependent, &ObservableObject::didChangeValueForKey);
+        if (unlinkable) std::rethrow_exception(unlinkable);
+        return;
+    }
+    if (unlinkable) std::rethrow_exception(unlinkable);
+    const Ref<ObservableObject> told(observer.get());
     if (!told) return;
+    const Ref<ObservableObject> held(&root_);
     KeyValueChange change{.oldValue = std::exchange(old_, Value())};
     if (options & ObservingNew) change.newValue = orNullObject(ObservationEngine::readForObserver(root_, text));
     ObservationEngine::tellObserver(*told, text, root_, change, context);
@@ -248,7 +295,7 @@ void ObservationEngine::add(ObservableObject& object, Key key, Registration regi
 
 void ObservationEngine::removeAt(ObservableObject& object, Key key, std::size_t index) {
     object.observation_->find(key)->remove(index);
-    if (ClassDescription::anyAdded()) unfollowDependencies(object, key);
+    if (ClassDescription::anyAdded()) unfollowDependencies(object);
 }
 
 void ObservationEngine::removeLink(ObservableObject& object, Key key, const PathLink& link) {
@@ -258,39 +305,49 @@ void ObservationEngine::removeLink(ObservableObject& object, Key key, const Path
         if (observers->registrations[index].link == &link) return removeAt(object, key, index);
 }
 
+namespace {
+
+bool leadsTo(const ClassDescription& description, const ClassDescription::PathDependency& dependency,
+             Key key) {
+    if (dependency.dependent == key) return true;
+    const auto dependents = description.dependentsOf(dependency.dependent);
+    return std::ranges::find(dependents, key) != dependents.end();
+}
+
+bool isAwaited(const KeyObservers& observers) {
+    return !std::ranges::all_of(observers.registrations, &Registration::isRemoved);
+}
+
+} // namespace
+
 // Observing a key means to follow every dotted dependency that leads to it.
 void ObservationEngine::followDependencies(ObservableObject& object, Key key) {
     const ClassDescription& description = object.classDescription();
     for (const auto* dependency : description.pathDependencies()) {
-        if (dependency->dependent != key) {
-            const auto dependents = description.dependentsOf(dependency->dependent);
-            if (std::ranges::find(dependents, key) == dependents.end()) continue;
-        }
+        if (!leadsTo(description, *dependency, key)) continue;
         auto& followed = observationOf(object).followed;
-        const auto known = std::ranges::find(followed, dependency, &Observation::Followed::dependency);
-        if (known != followed.end()) {
-            ++known->uses;
+        if (std::ranges::find(followed, dependency, &Observation::Followed::dependency) != followed.end())
             continue;
-        }
         auto path = std::make_shared<PathObservation>(object, dependency->path);
         path->dependent = dependency->dependent;
-        followed.push_back({dependency, 1, path});
+        followed.push_back({dependency, path});
         path->follow();
     }
 }
 
-void ObservationEngine::unfollowDependencies(ObservableObject& object, Key key) {
+void ObservationEngine::unfollowDependencies(ObservableObject& object) {
     const ClassDescription& description = object.classDescription();
-    for (const auto* dependency : description.pathDependencies()) {
-        if (dependency->dependent != key) {
-            const auto dependents = description.dependentsOf(dependency->dependent);
-            if (std::ranges::find(dependents, key) == dependents.end()) continue;
-        }
-        auto& followed = object.observation_->followed;
-        const auto known = std::ranges::find(followed, dependency, &Observation::Followed::dependency);
-        if (known == followed.end() || --known->uses > 0) continue;
-        const auto path = known->path;
-        followed.erase(known);
+    auto& followed = object.observation_->followed;
+    // Unfollowing takes registrations away and so may come back here.
+    for (std::size_t index = followed.size(); index-- > 0;) {
+        if (index >= followed.size()) continue;
+        const auto& dependency = *followed[index].dependency;
+        const bool isNeeded = std::ranges::any_of(object.observation_->keys, [&](const KeyObservers& each) {
+            return leadsTo(description, dependency, each.key) && isAwaited(each);
+        });
+        if (isNeeded) continue;
+        const auto path = followed[index].path;
+        followed.erase(followed.begin() + static_cast<std::ptrdiff_t>(index));
         path->unfollow();
     }
 }
@@ -309,8 +366,8 @@ void ObservationEngine::objectEnds(ObservableObject& object) noexcept {
 
 void ObservationEngine::will(ObservableObject& object, Key key) {
     Announcements& all = announcements();
-    const bool follows = takeExpected(all.session, object, key);
-    if (!follows) object.noteWillChange(key);
+    const Cause cause = takeExpected(all.session, object, key);
+    if (cause == Cause::Itself) object.noteWillChange(key);
 
     OpenObject& opened = all.open(object);
     ++all.session.openPairs;
@@ -318,23 +375,27 @@ void ObservationEngine::will(ObservableObject& object, Key key) {
         ++known->inner;
         return;
     }
-    OpenKey open{.key = key, .followsFromAnother = follows};
-    if (all.session.mutatedObject == &object) {
-        open.mutation = all.session.mutation;
-        all.session.mutatedObject = nullptr;
-    }
+    OpenKey open{.key = key, .mutation = takeMutation(all.session, object)};
     if (isObserved(object)) {
-        if (const KeyObservers* observers = object.observation_->find(key)) {
-            for (const Registration& each : observers->registrations)
-                open.hasOld = open.hasOld || (each.options & ObservingOld);
-            if (open.hasOld && object.hasValueForKey(key)) open.old = readForObserver(object, key.name());
+        const KeyObservers* observers = object.observation_->find(key);
+        const auto wantsOld = [](const Registration& each) { return (each.options & ObservingOld) != 0; };
+        if (observers && std::ranges::any_of(observers->registrations, wantsOld)) {
+            if (!open.mutation)
+                open.old = readForObserver(object, key);
+            else if (open.mutation->indexes.empty())
+                open.old = open.mutation->oldValue;
+            else if (open.mutation->kind != ChangeKind::Insertion)
+                open.old = membersForObserver(object, key, open.mutation->indexes);
         }
     }
     opened.set.insert(key);
-    opened.keys.push_back(open);
+    opened.keys.push_back(OpenKey{.key = key, .old = open.old});
     tell(object, key, open, true);
+    if (!open.opened.empty())
+        if (OpenObject* scope = all.find(object))
+            if (OpenKey* known = scope->find(key)) known->opened = std::move(open.opened);
 
-    if (follows) return;
+    if (cause == Cause::Key) return;
     for (const Key dependent : object.classDescription().dependentsOf(key)) {
         OpenObject& scope = all.open(object);
         if (OpenKey* known = scope.find(dependent)) {
@@ -348,9 +409,9 @@ void ObservationEngine::will(ObservableObject& object, Key key) {
 
 void ObservationEngine::did(ObservableObject& object, Key key) {
     Announcements& all = announcements();
-    const bool follows = takeExpected(all.session, object, key);
+    const Cause cause = takeExpected(all.session, object, key);
     const Ref<ObservableObject> held(&object);
-    if (!follows) {
+    if (cause == Cause::Itself) {
         try {
             object.noteDidChange(key);
         } catch (...) {
@@ -365,12 +426,9 @@ void ObservationEngine::did(ObservableObject& object, Key key) {
         --open->inner;
     } else {
         OpenKey closing = std::move(*open);
-        if (all.session.mutatedObject == &object) {
-            closing.mutation = all.session.mutation;
-            all.session.mutatedObject = nullptr;
-        }
+        closing.mutation = takeMutation(all.session, object);
         tell(object, key, closing, false);
-        if (!follows) {
+        if (cause != Cause::Key) {
             for (const Key dependent : object.classDescription().dependentsOf(key)) {
                 OpenObject* scope = all.find(object);
                 OpenKey* known = scope ? scope->find(dependent) : nullptr;
@@ -408,7 +466,20 @@ void ObservationEngine::didMutate(ObservableObject& object, Key key, const KeyVa
     announcements().session.mutatedObject = nullptr;
 }
 
-void ObservationEngine::tell(ObservableObject& object, Key key, const OpenKey& open, bool isPrior) {
+void ObservationEngine::tell(ObservableObject& object, Key key, OpenKey& open, bool isPrior) {
+    const auto tellPath = [&](const std::shared_ptr<PathObservation>& path, std::size_t step) {
+        try {
+            isPrior ? path->stepWillChange() : path->stepDidChange(step);
+        } catch (...) {
+            announcements().keep(std::current_exception());
+        }
+    };
+    const auto isOpened = [&](const PathObservation* path) {
+        return std::ranges::any_of(open.opened, [&](const auto& each) { return each.first.get() == path; });
+    };
+    if (!isPrior)
+        for (const auto& [path, step] : open.opened) tellPath(path, step);
+
     if (!isObserved(object)) return;
     KeyObservers* observers = object.observation_->find(key);
     if (!observers) return;
@@ -423,13 +494,11 @@ void ObservationEngine::tell(ObservableObject& object, Key key, const OpenKey& o
         const Registration& registration = current().registrations[index];
         if (registration.isRemoved()) continue;
         if (registration.link) {
-            const PathLink* link = registration.link;
-            const auto path = link->path->shared_from_this();
-            try {
-                isPrior ? path->stepWillChange() : path->stepDidChange(link->step);
-            } catch (...) {
-                announcements().keep(std::current_exception());
-            }
+            const auto path = registration.link->path->shared_from_this();
+            const std::size_t step = registration.link->step;
+            if (!isPrior && isOpened(path.get())) continue;
+            if (isPrior && path->dependent) open.opened.emplace_back(path, step);
+            tellPath(path, step);
             continue;
         }
         const std::uint8_t options = registration.options;
@@ -441,20 +510,60 @@ void ObservationEngine::tell(ObservableObject& object, Key key, const OpenKey& o
         if (open.mutation) {
             change.kind = open.mutation->kind;
             change.indexes = open.mutation->indexes;
-            if (options & ObservingOld) change.oldValue = open.mutation->oldValue;
-            if (!isPrior && (options & ObservingNew)) change.newValue = open.mutation->newValue;
-        } else {
-            if (options & ObservingOld) change.oldValue = orNullObject(open.old);
-            if (!isPrior && (options & ObservingNew)) {
-                if (!newValue)
-                    newValue = orNullObject(object.hasValueForKey(key) ? readForObserver(object, key.name()) : Value());
-                change.newValue = *newValue;
-            }
+        }
+        if (options & ObservingOld) change.oldValue = orNullObject(open.old);
+        if (!isPrior && (options & ObservingNew)) {
+            if (!newValue) newValue = orNullObject(newValueOf(object, key, open.mutation));
+            change.newValue = *newValue;
         }
         change.isPrior = isPrior;
         tellObserver(*observer, key.name(), object, change, context);
     }
     current().endTelling();
+}
+
+Value ObservationEngine::newValueOf(const ObservableObject& object, Key key, const KeyValueChange* mutation) {
+    if (!mutation) return readForObserver(object, key);
+    if (mutation->indexes.empty()) return mutation->newValue;
+    return mutation->kind == ChangeKind::Removal ? Value()
+                                                 : membersForObserver(object, key, mutation->indexes);
+}
+
+Value ObservationEngine::valueOrNothing(const ObservableObject& object, Key key) {
+    return object.hasValueForKey(key) ? object.valueForKey(key) : Value();
+}
+
+Value ObservationEngine::valueAlong(const ObservableObject& object, std::string_view keyPath) {
+    const std::size_t point = keyPath.rfind('.');
+    if (point == std::string_view::npos) return valueOrNothing(object, Key::named(keyPath));
+    const auto owner = object.valueForKeyPath(keyPath.substr(0, point));
+    const auto last = owner.as<ObservableObject>();
+    return last ? valueOrNothing(*last, Key::named(keyPath.substr(point + 1)))
+                : object.valueForKeyPath(keyPath);
+}
+
+Value ObservationEngine::readForObserver(const ObservableObject& object, Key key) {
+    Value value;
+    runApart([&] { value = valueOrNothing(object, key); });
+    return value;
+}
+
+Value ObservationEngine::membersForObserver(const ObservableObject& object, Key key,
+                                            const std::vector<std::size_t>& places) {
+    const Value all = readForObserver(object, key);
+    std::vector<Value> members;
+    for (const std::size_t place : places) {
+        if (const auto set = all.as<OrderedSet>(); set && place < set->count())
+            members.push_back(set->at(place));
+        if (const auto list = all.as<Array>(); list && place < list->count())
+            members.push_back(list->at(place));
+    }
+    return Array::make(std::move(members));
+}
+
+void ObservationEngine::announceFromPath(ObservableObject& object, Key key,
+                                         void (ObservableObject::*announce)(Key)) {
+    announceDependent(object, key, announce, Cause::Path);
 }
 
 void ObservationEngine::tellObserver(ObservableObject& observer, std::string_view keyPath, ObservableObject& object,
@@ -464,7 +573,7 @@ void ObservationEngine::tellObserver(ObservableObject& observer, std::string_vie
 
 Value ObservationEngine::readForObserver(const ObservableObject& object, std::string_view keyPath) {
     Value value;
-    runApart([&] { value = object.valueForKeyPath(keyPath); });
+    runApart([&] { value = valueAlong(object, keyPath); });
     return value;
 }
 

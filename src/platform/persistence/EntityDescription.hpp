@@ -15,6 +15,7 @@
 
 namespace estatebook::platform {
 
+class EntityDescription;
 class ManagedObjectContext;
 class ManagedObjectModel;
 
@@ -30,6 +31,8 @@ struct AttributeDescription {
 struct RelationshipDescription {
     Key name;
     std::string destination;
+    /// The entity of that name.
+    const EntityDescription* destinationEntity = nullptr;
     Key inverse;
     PropertyKind kind = PropertyKind::ToOne;
     DeleteRule deleteRule = DeleteRule::Nullify;

@@ -105,8 +105,21 @@ bool ManagedObject::hasValueForKey(Key key) const {
 void ManagedObject::setPrimitiveValueForKey(const Value& value, Key key) {
     const ModelledProperty& property = requireModelled(key);
     switch (property.kind) {
-    case PropertyKind::Attribute: property.setPrimitive(*this, value); return;
-    case PropertyKind::ToOne: property.toOne(*this).target = value.as<ManagedObject>().get(); return;
+    case PropertyKind::Attribute:
+        property.setPrimitive(*this, value);
+        return;
+    case PropertyKind::ToOne: {
+        const auto target = value.as<ManagedObject>();
+        if (!target && !value.isAbsent() && !value.isNullObject()) refuseForSlot(value, key);
+        if (target) RelationshipUpkeep::requireLinkable(*this, property, *target);
+        const bool isInPair = std::ranges::any_of(
+            openLinks(), [&](const OpenLink& each) { return each.object == this && each.key == key; });
+        if (isInPair)
+            property.toOne(*this).target = target.get();
+        else
+            RelationshipUpkeep::storeOneWay(*this, property, target.get());
+        return;
+    }
     case PropertyKind::ToMany:
     case PropertyKind::OrderedToMany:
         throw InvalidArgumentException("the members of \"" + std::string(key.name()) +
@@ -115,6 +128,13 @@ void ManagedObject::setPrimitiveValueForKey(const Value& value, Key key) {
 }
 
 namespace {
+
+// Refuses a value of the wrong kind before anybody is told of a change.
+void requireFit(ManagedObject& object, const ModelledProperty& attribute, const Value& value) {
+    const Value present = attribute.primitive(object);
+    attribute.setPrimitive(object, value);
+    attribute.setPrimitive(object, present);
+}
 
 std::vector<Value> membersGiven(const Value& value, Key key) {
     const Ref<Object> object = value.object();
@@ -142,14 +162,11 @@ void ManagedObject::setValueForKey(const Value& value, Key key) {
     if (!property) return ObservableObject::setValueForKey(value, key);
     access();
     if (property->kind == PropertyKind::Attribute) {
+        requireFit(*this, *property, value);
         change(key, [&] { property->setPrimitive(*this, value); });
     } else if (property->kind == PropertyKind::ToOne) {
         const auto target = value.as<ManagedObject>();
         if (!target && !value.isAbsent() && !value.isNullObject()) refuseForSlot(value, key);
-        if (target) {
-            const ModelledProperty* back = target->modelledProperty(property->inverse);
-            if (!back || back->inverse != key) refuseForSlot(value, key);
-        }
         setToOne(*property, target.get());
     } else {
         setToMany(*property, membersGiven(value, key));
@@ -168,10 +185,7 @@ MutableOrderedSet ManagedObject::mutableOrderedSetValueForKey(Key key) {
 
 void ManagedObject::setToOne(const ModelledProperty& property, ManagedObject* target) {
     access();
-    if (target && target->context_ != context_)
-        throw InvalidArgumentException("\"" + std::string(property.key.name()) + "\" cannot lead from " +
-                                       description() + " to " + target->description() +
-                                       ": they are not in one context");
+    if (target) RelationshipUpkeep::requireLinkable(*this, property, *target);
     change(property.key, [&] { property.toOne(*this).target = target; });
 }
 
@@ -180,8 +194,8 @@ void ManagedObject::setToMany(const ModelledProperty& property, std::span<const 
     std::vector<Ref<ManagedObject>> wanted;
     for (const Value& each : members) {
         auto member = each.as<ManagedObject>();
-        const ModelledProperty* back = member ? member->modelledProperty(property.inverse) : nullptr;
-        if (!back || back->inverse != property.key || member->context_ != context_) refuseForSlot(each, property.key);
+        if (!member) refuseForSlot(each, property.key);
+        RelationshipUpkeep::requireLinkable(*this, property, *member);
         wanted.push_back(std::move(member));
     }
     const Ref<ManagedObject> held(this);
@@ -191,10 +205,15 @@ void ManagedObject::setToMany(const ModelledProperty& property, std::span<const 
         if (std::ranges::find(wanted, member, [](const auto& each) { return each.get(); }) == wanted.end())
             member->setToOne(*member->modelledProperty(property.inverse), nullptr);
     for (const auto& member : wanted) member->setToOne(*member->modelledProperty(property.inverse), this);
-    if (property.kind == PropertyKind::OrderedToMany)
+    if (property.kind == PropertyKind::OrderedToMany) {
+        // Observers may have led one elsewhere.
+        std::erase_if(wanted, [&](const auto& each) {
+            return each->modelledProperty(property.inverse)->toOne(*each).target != this;
+        });
         for (std::size_t place = 0; place < wanted.size(); ++place)
-            RelationshipUpkeep::move(property.toMany(*this), RelationshipUpkeep::placeOf(*wanted[place], property),
-                                     place);
+            RelationshipUpkeep::move(property.toMany(*this),
+                                     RelationshipUpkeep::placeOf(*wanted[place], property), place);
+    }
     didChangeValueForKey(property.key);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/ManagedObjectContext.hpp"
 
+#include "platform/persistence/FirstException.hpp"
 #include "platform/persistence/RelationshipUpkeep.hpp"
 #include "platform/values/Array.hpp"
 #include "platform/values/Exception.hpp"
@@ -51,6 +52,13 @@ void ManagedObjectContext::enter(ManagedObject& object) {
 
 void ManagedObjectContext::insert(ManagedObject& object) {
     assertThread();
+    if (!coordinator_ || coordinator_->managedObjectModel().get() != &object.entity().model()) {
+        // It was never here: it ends as an object without a context does.
+        object.context_ = nullptr;
+        object.holdModel();
+        throw InvalidArgumentException("the entity \"" + std::string(object.entity().name()) +
+                                       "\" is of another model than the context's");
+    }
     enter(object);
     object.set(ManagedObject::Inserted);
     object.set(ManagedObject::Awake);
@@ -155,17 +163,23 @@ std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const { r
 
 void ManagedObjectContext::deleteObject(ManagedObject& object) {
     assertThread();
+    const bool hasLeft = !object.context_ && object.creationNumber_ != 0;
+    if (object.isDeleted() || hasLeft) return;
     if (object.context_ != this)
         throw InvalidArgumentException(object.description() + " is no object of this context");
-    if (object.isDeleted()) return;
-    object.prepareForDeletion();
+    const Ref<ManagedObject> held(&object);
+    object.set(ManagedObject::Deleted); // hooks that delete one another come to an end
+    FirstException exceptions;
+    exceptions.keep([&] { object.prepareForDeletion(); });
     if (object.has(ManagedObject::Awake)) {
         object.clear(ManagedObject::Awake);
-        object.willTurnIntoFault();
+        exceptions.keep([&] { object.willTurnIntoFault(); });
     }
-    object.set(ManagedObject::Deleted);
-    noteChanged(object);
-    pendingDeletions_.emplace_back(&object);
+    if (object.context_ == this) {
+        noteChanged(object);
+        pendingDeletions_.emplace_back(&object);
+    }
+    exceptions.rethrow();
 }
 
 bool ManagedObjectContext::isDenied(ManagedObject& object) {
@@ -183,23 +197,27 @@ bool ManagedObjectContext::isDenied(ManagedObject& object) {
 
 void ManagedObjectContext::propagateDeletion(ManagedObject& object) {
     object.set(ManagedObject::DeletionPropagated);
+    FirstException exceptions;
     for (const RelationshipDescription& relationship : object.entity().relationships()) {
         if (relationship.deleteRule != DeleteRule::Cascade) continue;
         const ModelledProperty& property = *object.modelledProperty(relationship.name);
         if (property.kind == PropertyKind::ToOne) {
-            if (ManagedObject* target = property.toOne(object).target) deleteObject(*target);
+            if (ManagedObject* target = property.toOne(object).target)
+                exceptions.keep([&] { deleteObject(*target); });
             continue;
         }
         const auto members = property.toMany(object).members();
         for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end()))
-            deleteObject(*member);
+            exceptions.keep([&] { deleteObject(*member); });
     }
-    RelationshipUpkeep::unlinkAll(object);
+    exceptions.keep([&] { RelationshipUpkeep::unlinkAll(object); });
+    exceptions.rethrow();
 }
 
 void ManagedObjectContext::processPendingChanges() {
     assertThread();
     std::vector<Ref<ManagedObject>> refused;
+    FirstException exceptions;
     while (!pendingDeletions_.empty()) {
         for (const auto& object : std::exchange(pendingDeletions_, {})) {
             if (object->context_ != this || !object->isDeleted()) continue;
@@ -208,12 +226,13 @@ void ManagedObjectContext::processPendingChanges() {
                 refused.push_back(object);
                 continue;
             }
-            propagateDeletion(*object);
+            exceptions.keep([&] { propagateDeletion(*object); });
             if (object->has(ManagedObject::Inserted)) leave(*object);
         }
     }
     pendingDeletions_ = std::move(refused);
     std::erase_if(changed_, [&](const auto& object) { return object->context_ != this; });
+    exceptions.rethrow();
 }
 
 // Fetching
@@ -236,10 +255,12 @@ std::optional<std::vector<Ref<ManagedObject>>> ManagedObjectContext::executeFetc
         const auto& objects = rows_[each->index()].objects;
         if (!objects.empty()) ++entities;
         for (ManagedObject* object : objects)
-            if (object && !object->isDeleted() &&
-                (!request.predicate || request.predicate->evaluateWithObject(*object)))
-                found.emplace_back(object);
+            if (object && !object->isDeleted()) found.emplace_back(object);
     }
+    // Reading a key may run foreign code, which may insert and delete.
+    if (request.predicate)
+        std::erase_if(found,
+                      [&](const auto& object) { return !request.predicate->evaluateWithObject(*object); });
     if (entities > 1) std::ranges::sort(found, {}, &ManagedObject::creationNumber);
     return found;
 }
@@ -247,12 +268,15 @@ std::optional<std::vector<Ref<ManagedObject>>> ManagedObjectContext::executeFetc
 // Saving
 
 void ManagedObjectContext::settleBeforeSave() {
-    for (std::size_t round = 0; round < MaximalSaveRounds; ++round) {
+    // Also what an earlier save, which failed, has asked before.
+    for (const auto& object : changed_) object->set(ManagedObject::ChangedInRound);
+    for (std::size_t round = 0;; ++round) {
         processPendingChanges();
         std::vector<Ref<ManagedObject>> changedNow;
         for (const auto& object : changed_)
             if (object->has(ManagedObject::ChangedInRound)) changedNow.push_back(object);
         if (changedNow.empty()) return;
+        if (round == MaximalSaveRounds) break;
         for (const auto& object : changedNow) object->clear(ManagedObject::ChangedInRound);
         for (const auto& object : changedNow)
             if (object->context_ == this) object->willSave();
@@ -304,7 +328,9 @@ void ManagedObjectContext::commit() {
             object->clear(ManagedObject::ChangedInRound);
         }
     }
-    for (const auto& object : saved) object->didSave();
+    FirstException exceptions;
+    for (const auto& object : saved) exceptions.keep([&] { object->didSave(); });
+    exceptions.rethrow();
 }
 
 bool ManagedObjectContext::save(Ref<Error>* error) {

@@ -19,6 +19,9 @@ constexpr std::string_view Magic = "EBMODEL\n";
 constexpr std::uint32_t Format = 1;
 constexpr std::size_t HeaderSize = 24;
 constexpr std::size_t LargestResource = std::size_t{1} << 20;
+// Far more than any class table can answer to; a resource made to exhaust us ends here.
+constexpr std::size_t MostEntities = 1024;
+constexpr std::size_t MostProperties = 126;
 
 struct Refusal {
     ModelErrorCode code;
@@ -66,12 +69,14 @@ private:
     std::span<const std::byte> rest_;
 };
 
+// The classes have named all their keys; a name from outside makes no new one.
 Key keyOf(const std::string& name) {
-    try {
-        return Key::named(name);
-    } catch (const InvalidArgumentException&) {
-        throw Refusal{ModelErrorCode::Damaged, "it names a property \"" + name + "\""};
-    }
+    if (const auto key = Key::find(name)) return *key;
+    throw Refusal{ModelErrorCode::Mismatched, "no class has a property \"" + name + "\""};
+}
+
+void requireAtMost(std::size_t limit, std::size_t count) {
+    if (count > limit) throw Refusal{ModelErrorCode::Damaged, "it describes more than a model can hold"};
 }
 
 } // namespace
@@ -85,6 +90,7 @@ public:
         ByteReader payload(checkedPayload());
         model_->name_ = payload.text();
         const auto count = payload.number<std::uint16_t>();
+        requireAtMost(MostEntities, count);
         for (std::size_t index = 0; index < count; ++index) readEntity(payload, index);
         if (!payload.rest().empty()) throw Refusal{ModelErrorCode::Damaged, "something follows its last entity"};
         for (const auto& entity : model_->entities_) findParent(*entity);
@@ -109,6 +115,12 @@ private:
         return header.rest();
     }
 
+    static std::uint16_t propertyCount(ByteReader& payload) {
+        const auto count = payload.number<std::uint16_t>();
+        requireAtMost(MostProperties, count);
+        return count;
+    }
+
     void readEntity(ByteReader& payload, std::size_t index) {
         auto entity = std::make_unique<EntityDescription>();
         entity->index_ = index;
@@ -119,14 +131,14 @@ private:
         entity->isAbstract_ = payload.choice(0, 1) != 0;
         if (entity->name_.empty() || model_->entityNamed(entity->name_))
             throw Refusal{ModelErrorCode::Damaged, "it describes the entity \"" + entity->name_ + "\" twice"};
-        for (auto count = payload.number<std::uint16_t>(); count > 0; --count) {
+        for (auto count = propertyCount(payload); count > 0; --count) {
             AttributeDescription& attribute = entity->attributes_.emplace_back();
             attribute.name = keyOf(payload.text());
             attribute.type = static_cast<AttributeType>(payload.choice(1, 6));
             attribute.isTransient = payload.choice(0, 1) != 0;
             attribute.isWrittenBySystem = payload.choice(0, 1) != 0;
         }
-        for (auto count = payload.number<std::uint16_t>(); count > 0; --count) {
+        for (auto count = propertyCount(payload); count > 0; --count) {
             RelationshipDescription& relationship = entity->relationships_.emplace_back();
             relationship.name = keyOf(payload.text());
             relationship.destination = payload.text();
@@ -149,8 +161,9 @@ private:
         std::vector<bool> done(model_->entities_.size());
         const auto inheritInto = [&](const auto& self, EntityDescription& entity, std::size_t depth) -> void {
             if (done[entity.index_]) return;
-            if (depth > model_->entities_.size())
-                throw Refusal{ModelErrorCode::Damaged, "\"" + entity.name_ + "\" is its own ancestor"};
+            if (depth >= ManagedClass::MaximalLineage)
+                throw Refusal{ModelErrorCode::Damaged,
+                              "\"" + entity.name_ + "\" has too many ancestors, or is one"};
             if (entity.parent_) {
                 EntityDescription& parent = *model_->entities_[entity.parent_->index_];
                 self(self, parent, depth + 1);
@@ -195,10 +208,12 @@ private:
                attribute->isWrittenBySystem == ((property.flags & PropertyWrittenBySystem) != 0);
     }
 
-    void checkInverses(const EntityDescription& entity) const {
-        for (const RelationshipDescription& relationship : entity.relationships_) {
+    void checkInverses(EntityDescription& entity) const {
+        for (RelationshipDescription& relationship : entity.relationships_) {
             const EntityDescription* destination = model_->entityNamed(relationship.destination);
-            const RelationshipDescription* back = destination ? destination->relationship(relationship.inverse) : nullptr;
+            relationship.destinationEntity = destination;
+            const RelationshipDescription* back =
+                destination ? destination->relationship(relationship.inverse) : nullptr;
             const bool manyWithMany =
                 back && back->kind != PropertyKind::ToOne && relationship.kind != PropertyKind::ToOne;
             if (!back || back->inverse != relationship.name || manyWithMany) mismatch(entity, relationship.name);

@@ -20,11 +20,8 @@ ManagedObject& MutableOrderedSet::objectAtIndex(std::size_t index) const {
 }
 
 const ModelledProperty& MutableOrderedSet::back(ManagedObject& member) const {
-    const ModelledProperty* inverse = member.modelledProperty(property_->inverse);
-    if (!inverse || inverse->kind != PropertyKind::ToOne || inverse->inverse != property_->key)
-        throw InvalidArgumentException(member.description() + " cannot be a member of \"" +
-                                       std::string(property_->key.name()) + "\"");
-    return *inverse;
+    RelationshipUpkeep::requireLinkable(*owner_, *property_, member);
+    return *member.modelledProperty(property_->inverse);
 }
 
 bool MutableOrderedSet::containsObject(const ManagedObject& object) const {
@@ -39,13 +36,15 @@ void MutableOrderedSet::addObject(ManagedObject& object) { insertObjectAtIndex(o
 void MutableOrderedSet::insertObjectAtIndex(ManagedObject& object, std::size_t index) {
     const ModelledProperty& inverse = back(object);
     if (containsObject(object)) return;
-    const std::size_t last = count();
-    if (index > last)
+    if (const std::size_t last = count(); index > last)
         throw RangeException("place " + std::to_string(index) + " lies beyond the " + std::to_string(last) +
                              " members of \"" + std::string(property_->key.name()) + "\"");
     owner_->willChangeValuesAtIndexesForKey(ChangeKind::Insertion, {index}, property_->key);
     object.setToOne(inverse, owner_.get());
-    if (index != last) RelationshipUpkeep::move(property_->toMany(*owner_), last, index);
+    // Observers may have changed the members in the meantime.
+    if (containsObject(object) && index < count())
+        RelationshipUpkeep::move(property_->toMany(*owner_), RelationshipUpkeep::placeOf(object, *property_),
+                                 index);
     owner_->didChangeValuesAtIndexesForKey(ChangeKind::Insertion, {index}, property_->key);
 }
 
@@ -58,6 +57,7 @@ void MutableOrderedSet::removeObjectAtIndex(std::size_t index) {
         throw RangeException("\"" + std::string(property_->key.name()) + "\" has no member at place " +
                              std::to_string(index));
     ManagedObject& member = objectAtIndex(index);
+    const Ref<ManagedObject> held(&member);
     owner_->willChangeValuesAtIndexesForKey(ChangeKind::Removal, {index}, property_->key);
     member.setToOne(back(member), nullptr);
     owner_->didChangeValuesAtIndexesForKey(ChangeKind::Removal, {index}, property_->key);
@@ -68,11 +68,11 @@ void MutableOrderedSet::removeAllObjects() {
     if (all.empty()) return;
     std::iota(all.begin(), all.end(), std::size_t{0});
     owner_->willChangeValuesAtIndexesForKey(ChangeKind::Removal, all, property_->key);
+    const auto members = property_->toMany(*owner_).members();
+    const std::vector<Ref<ManagedObject>> leaving(members.begin(), members.end());
     // From the end, so that nobody has to move up.
-    for (std::size_t index = all.size(); index-- > 0;) {
-        ManagedObject& member = objectAtIndex(index);
-        member.setToOne(back(member), nullptr);
-    }
+    for (std::size_t index = leaving.size(); index-- > 0;)
+        if (containsObject(*leaving[index])) leaving[index]->setToOne(back(*leaving[index]), nullptr);
     owner_->didChangeValuesAtIndexesForKey(ChangeKind::Removal, all, property_->key);
 }
 

@@ -1,12 +1,47 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/RelationshipUpkeep.hpp"
 
+#include "platform/persistence/FirstException.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/values/Exception.hpp"
 #include "platform/values/Set.hpp"
 
 #include <algorithm>
+#include <string>
 
 namespace estatebook::platform {
+
+namespace {
+
+/// A to-one property that was stored without its inverse.
+struct OneWay {
+    ManagedObject* object;
+    const ModelledProperty* property;
+};
+
+std::vector<OneWay>& oneWays() noexcept {
+    thread_local std::vector<OneWay> links;
+    return links;
+}
+
+// How many changes are being followed at once: more than one when an observer moves what is being moved.
+thread_local unsigned following = 0;
+
+struct Following {
+    Following() noexcept { ++following; }
+    ~Following() { --following; }
+};
+
+void forgetOneWays(const ManagedObject& object) noexcept {
+    if (oneWays().empty()) return;
+    std::erase_if(oneWays(), [&](const OneWay& each) {
+        ToOneSlot& slot = each.property->toOne(*each.object);
+        if (slot.target == &object) slot = {};
+        return each.object == &object || !slot.target;
+    });
+}
+
+} // namespace
 
 // The members of a to-many relationship
 
@@ -38,9 +73,65 @@ void ToManySlot::Members::renumber(std::size_t from) {
 
 // Following a change
 
+void RelationshipUpkeep::requireLinkable(const ManagedObject& object, const ModelledProperty& property,
+                                         const ManagedObject& target) {
+    if (target.context_ != object.context_)
+        throw InvalidArgumentException("\"" + std::string(property.key.name()) + "\" cannot lead from " +
+                                       object.description() + " to " + target.description() +
+                                       ": they are not in one context");
+    const RelationshipDescription* relationship = object.entity().relationship(property.key);
+    if (relationship && target.entity().isKindOfEntity(*relationship->destinationEntity)) return;
+    throw InvalidArgumentException("\"" + std::string(property.key.name()) + "\" of " + object.description() +
+                                   " does not lead to objects such as " + target.description());
+}
+
+void RelationshipUpkeep::letGo(ManagedObject& object, const ModelledProperty& toOne) noexcept {
+    ManagedObject* const target = toOne.toOne(object).target;
+    if (!target) return;
+    const ModelledProperty& back = *target->modelledProperty(toOne.inverse);
+    if (back.kind != PropertyKind::ToOne)
+        part(*target, back, object, toOne);
+    else if (back.toOne(*target).target == &object)
+        back.toOne(*target).target = nullptr;
+}
+
+void RelationshipUpkeep::storeOneWay(ManagedObject& object, const ModelledProperty& toOne,
+                                     ManagedObject* target) {
+    if (target == toOne.toOne(object).target) return;
+    letGo(object, toOne);
+    toOne.toOne(object) = {target};
+    if (target) oneWays().push_back({&object, &toOne});
+}
+
+std::size_t RelationshipUpkeep::find(ManagedObject& owner, const ModelledProperty& toMany,
+                                     ManagedObject& member, const ModelledProperty& back) {
+    const auto& members = toMany.toMany(owner).members_;
+    if (!members) return NotFound;
+    const auto& objects = members->objects;
+    const std::size_t place = back.toOne(member).place;
+    if (place < objects.size() && objects[place] == &member) return place;
+    const auto found = std::ranges::find(objects, &member);
+    return found == objects.end() ? NotFound : static_cast<std::size_t>(found - objects.begin());
+}
+
+bool RelationshipUpkeep::hasJoined(ManagedObject& owner, const ModelledProperty& toMany,
+                                   ManagedObject& member, const ModelledProperty& back) {
+    const auto& members = toMany.toMany(owner).members_;
+    if (!members) return false;
+    const std::size_t place = back.toOne(member).place;
+    if (place < members->objects.size() && members->objects[place] == &member) return true;
+    return following > 1 && find(owner, toMany, member, back) != NotFound;
+}
+
 void RelationshipUpkeep::join(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                               const ModelledProperty& back) {
+    ToOneSlot& link = back.toOne(member);
     auto& members = toMany.toMany(owner).members_;
+    if (link.target != &owner) return;
+    if (hasJoined(owner, toMany, member, back)) {
+        link.place = static_cast<std::uint32_t>(find(owner, toMany, member, back));
+        return;
+    }
     if (!members) {
         members = std::make_unique<ToManySlot::Members>();
         members->isOrdered = toMany.kind == PropertyKind::OrderedToMany;
@@ -49,14 +140,15 @@ void RelationshipUpkeep::join(ManagedObject& owner, const ModelledProperty& toMa
     if (!members->isOrdered && !members->objects.empty() &&
         members->objects.back()->creationNumber() > member.creationNumber())
         members->inOrderOfCreation = false;
-    back.toOne(member).place = static_cast<std::uint32_t>(members->objects.size());
+    link.place = static_cast<std::uint32_t>(members->objects.size());
     members->objects.push_back(&member);
 }
 
 void RelationshipUpkeep::part(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                               const ModelledProperty& back) {
+    const std::size_t place = find(owner, toMany, member, back);
+    if (place == NotFound) return;
     auto& members = *toMany.toMany(owner).members_;
-    const std::size_t place = back.toOne(member).place;
     if (members.isOrdered) {
         members.objects.erase(members.objects.begin() + static_cast<std::ptrdiff_t>(place));
         members.renumber(place);
@@ -71,9 +163,14 @@ void RelationshipUpkeep::part(ManagedObject& owner, const ModelledProperty& toMa
     }
 }
 
-void RelationshipUpkeep::announceMembers(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
-                                         bool joins, const ModelledProperty& back) {
-    const auto store = [&] { joins ? join(owner, toMany, member, back) : part(owner, toMany, member, back); };
+void RelationshipUpkeep::announceMembers(ManagedObject& owner, const ModelledProperty& toMany,
+                                         ManagedObject& member, bool joins, const ModelledProperty& back) {
+    const auto store = [&] {
+        if (joins)
+            join(owner, toMany, member, back);
+        else if (back.toOne(member).target != &owner)
+            part(owner, toMany, member, back);
+    };
     if (!owner.mustAnnounce()) {
         owner.noteWillChange(toMany.key);
         store();
@@ -82,7 +179,7 @@ void RelationshipUpkeep::announceMembers(ManagedObject& owner, const ModelledPro
     }
     const ChangeKind kind = joins ? ChangeKind::Insertion : ChangeKind::Removal;
     if (toMany.kind == PropertyKind::OrderedToMany) {
-        const std::size_t place = joins ? toMany.toMany(owner).count() : back.toOne(member).place;
+        const std::size_t place = joins ? toMany.toMany(owner).count() : find(owner, toMany, member, back);
         owner.willChangeValuesAtIndexesForKey(kind, {place}, toMany.key);
         store();
         owner.didChangeValuesAtIndexesForKey(kind, {place}, toMany.key);
@@ -96,13 +193,21 @@ void RelationshipUpkeep::announceMembers(ManagedObject& owner, const ModelledPro
 
 void RelationshipUpkeep::follow(ManagedObject& object, const ModelledProperty& property, ManagedObject* before) {
     ManagedObject* after = property.toOne(object).target;
-    if (before == after) return;
+    if (!oneWays().empty())
+        std::erase_if(oneWays(), [&](const OneWay& each) {
+            return each.object == &object && each.property == &property;
+        });
+    const Following guard;
     for (ManagedObject* other : {before, after}) {
-        if (!other) continue;
+        if (!other || (other == before && before == after)) continue;
+        // An observer of the first side may have led the object elsewhere.
         const bool joins = other == after;
+        if (joins && property.toOne(object).target != after) return;
         const ModelledProperty& back = *other->modelledProperty(property.inverse);
         if (back.kind != PropertyKind::ToOne) {
-            announceMembers(*other, back, object, joins, property);
+            const bool isMember = joins ? hasJoined(*other, back, object, property)
+                                        : find(*other, back, object, property) != NotFound;
+            if (isMember != joins) announceMembers(*other, back, object, joins, property);
             continue;
         }
         // One to one: the other side follows in its own right, and lets go of whom it was linked with.
@@ -127,18 +232,24 @@ std::size_t RelationshipUpkeep::placeOf(ManagedObject& member, const ModelledPro
 }
 
 void RelationshipUpkeep::unlinkAll(ManagedObject& object) {
+    FirstException exceptions;
     object.forEachModelledProperty([&](const ModelledProperty& property) {
         if (property.kind == PropertyKind::ToOne) {
-            if (property.toOne(object).target) object.setToOne(property, nullptr);
+            if (property.toOne(object).target) exceptions.keep([&] { object.setToOne(property, nullptr); });
         } else if (property.isRelationship()) {
             const auto members = property.toMany(object).members();
-            for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end()))
-                member->setToOne(*member->modelledProperty(property.inverse), nullptr);
+            for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end())) {
+                const ModelledProperty& back = *member->modelledProperty(property.inverse);
+                if (back.toOne(*member).target == &object)
+                    exceptions.keep([&] { member->setToOne(back, nullptr); });
+            }
         }
     });
+    exceptions.rethrow();
 }
 
 void RelationshipUpkeep::forgetAll(ManagedObject& object) noexcept {
+    forgetOneWays(object);
     object.forEachModelledProperty([&](const ModelledProperty& property) {
         if (property.kind == PropertyKind::ToOne)
             property.toOne(object) = {};
@@ -150,13 +261,7 @@ void RelationshipUpkeep::forgetAll(ManagedObject& object) noexcept {
 void RelationshipUpkeep::sever(ManagedObject& object) noexcept {
     object.forEachModelledProperty([&](const ModelledProperty& property) {
         if (property.kind == PropertyKind::ToOne) {
-            ToOneSlot& slot = property.toOne(object);
-            if (!slot.target) return;
-            const ModelledProperty& back = *slot.target->modelledProperty(property.inverse);
-            if (back.kind == PropertyKind::ToOne)
-                back.toOne(*slot.target).target = nullptr;
-            else
-                part(*slot.target, back, object, property);
+            letGo(object, property);
         } else if (property.isRelationship() && property.toMany(object).members_) {
             for (ManagedObject* member : property.toMany(object).members_->objects)
                 if (member) member->modelledProperty(property.inverse)->toOne(*member) = {};

@@ -29,6 +29,15 @@ struct ToManySlot::Members {
 
 class RelationshipUpkeep {
 public:
+    /// Raises InvalidArgumentException unless the relationship may lead to the target: an object of its entity in the same
+    /// context.
+    static void requireLinkable(const ManagedObject& object, const ModelledProperty& property,
+                                const ManagedObject& target);
+
+    /// Stores a to-one property without its inverse and without a word. The link goes with whichever of the two goes
+    /// first.
+    static void storeOneWay(ManagedObject& object, const ModelledProperty& toOne, ManagedObject* target);
+
     /// Brings the other side in step after the to-one property of `object` moved from `before` to its present target.
     static void follow(ManagedObject& object, const ModelledProperty& property, ManagedObject* before);
 
@@ -44,10 +53,20 @@ public:
     static void sever(ManagedObject& object) noexcept;
 
 private:
+    /// Where the member stands among the owner's; `NotFound` when it is none of them.
+    static std::size_t find(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
+                            const ModelledProperty& back);
+    /// The same at no cost for a newcomer, as whoever joins as a rule is.
+    static bool hasJoined(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
+                          const ModelledProperty& back);
+    // Observers may have moved the member in the meantime: a join or a parting that comes too late does nothing.
     static void join(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                      const ModelledProperty& back);
     static void part(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                      const ModelledProperty& back);
+    /// The other side of a to-one property forgets the object.
+    static void letGo(ManagedObject& object, const ModelledProperty& toOne) noexcept;
+    static constexpr std::size_t NotFound = static_cast<std::size_t>(-1);
     static void announceMembers(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                                 bool joins, const ModelledProperty& back);
 };
