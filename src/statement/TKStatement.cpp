@@ -53,12 +53,13 @@ private:
 
 } // namespace
 
-TKStatement::TKStatement(Transactions transactions, Ref<Dictionary> metadata)
+template <class List>
+TKStatement::TKStatement(const List& transactions, Ref<Dictionary> metadata)
     : Adopts(platform::Counting::Shared), metadata_(std::move(metadata)) {
     ArrayOf<TKStatementItem>::Builder items(transactions.size());
     TagNameUnion tagNames;
     Decimal balance;
-    for (const Ref<TKLedgerTransaction>& transaction : transactions) {
+    for (const auto& transaction : transactions) {
         if (const std::optional<Decimal> amount = transaction->amount()) balance += *amount;
         items.emplace(transaction, balance);
         tagNames.add(*transaction);
@@ -67,13 +68,15 @@ TKStatement::TKStatement(Transactions transactions, Ref<Dictionary> metadata)
     tagNames_ = std::move(tagNames).finish();
 }
 
+// What a range leaves out is sorted out first, so that the block of lines has just the room it needs.
 Ref<TKStatement> TKStatement::initWithTransactionsMetadata(Transactions transactions,
                                                            const Ref<Dictionary>& metadata) {
     const DateRange range(metadata);
     if (range.isOpen()) return Ref<TKStatement>(new TKStatement(transactions, metadata));
-    std::vector<Ref<TKLedgerTransaction>> kept;
+    std::vector<TKLedgerTransaction*> kept;
+    kept.reserve(transactions.size());
     for (const Ref<TKLedgerTransaction>& transaction : transactions)
-        if (range.contains(transaction->when())) kept.push_back(transaction);
+        if (range.contains(transaction->when())) kept.push_back(transaction.get());
     return Ref<TKStatement>(new TKStatement(kept, metadata));
 }
 

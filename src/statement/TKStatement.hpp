@@ -119,7 +119,8 @@ private:
     template <class>
     friend class platform::ObjectBlock;
 
-    TKStatement(Transactions transactions, platform::Ref<platform::Dictionary> metadata);
+    template <class List>
+    TKStatement(const List& transactions, platform::Ref<platform::Dictionary> metadata);
     ~TKStatement() override = default;
 
     platform::Ref<platform::ArrayOf<TKStatementItem>> items_;
