@@ -14,6 +14,7 @@ import sys
 import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
+EXAMPLES = HERE.parents[1] / "examples"
 TIMEOUT_SECONDS = 120
 ENVIRONMENT = {"TZ": "UTC", "LC_ALL": "en_GB.UTF-8", "HOME": "/nonexistent"}
 # What may be taken over from the caller: settings of the sanitizers.
@@ -117,6 +118,7 @@ def check(path, program, books, update):
     expected = read_text(path)
     with tempfile.TemporaryDirectory(prefix="golden-") as folder:
         os.symlink(books, os.path.join(folder, "books"))
+        os.symlink(EXAMPLES, os.path.join(folder, "examples"))
         try:
             actual = replay(expected, folder, program)
         except Malformed as trouble:
