@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Prints, for each work that was measured, our time against each peer's as a ratio, and whether the goal is met.
 
-    tools/bench_ratios.py --goals bench/goals.json RESULT.json...
+    tools/bench_ratios.py --goals bench/goals.json [--all] RESULT.json...
 
 Results are Google Benchmark's JSON. A benchmark is named WORK/ours, WORK/peer_NAME or WORK/limit; an argument of
 the benchmark may follow and belongs to the work. Medians of the processor time of all repetitions are compared,
@@ -67,7 +67,7 @@ def goal_of(goals, work, peer):
     return None
 
 
-def rows(measured, goals):
+def rows(measured, goals, all_measured):
     used = set()
     for work, roles in sorted(measured.items()):
         for peer, time in sorted(roles.items()):
@@ -78,8 +78,8 @@ def rows(measured, goals):
             used.add(key)
             verdict = "" if key is None else "met" if ratio <= goals[key] else "NOT MET"
             goal = "-" if key is None else f"<= {goals[key]:g}"
-            yield [work, human(roles["ours"]), peer.removeprefix("peer_"), human(time), f"{ratio:.3f}", goal, verdict]
-    for work, peer in sorted(set(goals) - used):
+            yield [work, human(roles["ours"]), peer.removeprefix("peer_"), human(time), f"{ratio:.3g}", goal, verdict]
+    for work, peer in sorted(set(goals) - used) if all_measured else ():
         yield [work, "-", peer.removeprefix("peer_"), "-", "-", f"<= {goals[work, peer]:g}", "not measured"]
 
 
@@ -95,10 +95,12 @@ def print_table(table):
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
     parser.add_argument("--goals", type=pathlib.Path, required=True)
+    parser.add_argument("--all", action="store_true", help="the results are all there are: name the goals they miss")
     parser.add_argument("results", nargs="+", type=pathlib.Path)
     options = parser.parse_args()
     goals = {(each["work"], each["against"]): each["atMost"] for each in json.loads(options.goals.read_text())["goals"]}
-    table = [["work", "ours", "against", "theirs", "ratio", "goal", ""], *rows(medians(options.results), goals)]
+    heading = ["work", "ours", "against", "theirs", "ratio", "goal", ""]
+    table = [heading, *rows(medians(options.results), goals, options.all)]
     print_table(table)
     met, missed = (sum(row[-1] == verdict for row in table) for verdict in ("met", "NOT MET"))
     print(f"\n{met} goals met, {missed} not met. A ratio is our time divided by theirs.")

@@ -37,10 +37,12 @@ class RatiosTest(unittest.TestCase):
     def test_each_ratio_is_held_against_its_goal(self):
         measured = {"Sum": {"ours": 1, "peer_a": 2, "peer_b": 1, "limit": 1}, "Text [1]": {"ours": 3, "peer_a": 1}}
         goals = {("Sum", "peer_a"): 0.5, ("Sum", "peer_b"): 0.5, ("Text", "peer_a"): 4, ("Gone", "limit"): 1}
-        verdicts = {(row[0], row[2]): row[-1] for row in bench_ratios.rows(measured, goals)}
+        verdicts = {(row[0], row[2]): row[-1] for row in bench_ratios.rows(measured, goals, True)}
         self.assertEqual(verdicts, {
             ("Sum", "a"): "met", ("Sum", "b"): "NOT MET", ("Sum", "limit"): "", ("Text [1]", "a"): "met",
             ("Gone", "limit"): "not measured"})
+        some = bench_ratios.rows(measured, goals, False)
+        self.assertNotIn("Gone", [row[0] for row in some])
 
 
 if __name__ == "__main__":
