@@ -50,6 +50,14 @@ std::string_view adviceOn(DateFault fault) noexcept {
     }
 }
 
+Verdict takeDate(std::string_view text, const Calendar& calendar, std::optional<Date>& field) {
+    const DateReading reading = readDate(text, calendar);
+    field = reading.date;
+    if (field) return {};
+    return Refusal{fmt::format("\"{}\" {}", forMessage(text), describe(reading.fault)),
+                   std::string(adviceOn(reading.fault))};
+}
+
 constexpr IdentifierKind kindOf(const BookPlace& place) noexcept {
     if (place.inner == BookPlace::Inner::Transactions) return IdentifierKind::Transaction;
     if (place.inner == BookPlace::Inner::Notes) return IdentifierKind::Note;
@@ -391,7 +399,7 @@ bool BookBuilder::memberValue(const Scalar& value) {
     Verdict verdict = visitField([&](auto& field, Role role) -> Verdict {
         if constexpr (std::is_same_v<std::remove_cvref_t<decltype(field)>, std::optional<Date>>) {
             if (value.type != Scalar::Type::Text) return notWanted(wantedFor(field), value.shown());
-            if (calendar_) return takeDate(value.text, field);
+            if (calendar_) return takeDate(value.text, *calendar_, field);
             pendingDates_.push_back({here(), std::string(value.text)});
             return {};
         } else {
@@ -403,14 +411,6 @@ bool BookBuilder::memberValue(const Scalar& value) {
     if (stage_ == Stage::Object && place_.list == BookPlace::List::Tenures)
         marks_.tenureLines.back()[place_.member] = source_.line();
     return refuseUnless(std::move(verdict));
-}
-
-Verdict BookBuilder::takeDate(std::string_view text, std::optional<Date>& field) const {
-    const DateReading reading = readDate(text, *calendar_);
-    field = reading.date;
-    if (field) return {};
-    return Refusal{fmt::format("\"{}\" {}", forMessage(text), describe(reading.fault)),
-                   std::string(adviceOn(reading.fault))};
 }
 
 std::vector<std::string>& BookBuilder::tags() {
@@ -433,12 +433,12 @@ bool BookBuilder::tagValue(const Scalar& value) {
 // -- The end ------------------------------------------------------------------------------------------------
 
 bool BookBuilder::finishDates() {
-    if (!calendar_) calendar_ = Calendar(TimeZone::defaultTimeZone());
+    const Calendar calendar = calendar_.value_or(Calendar::current());
     for (const PendingDate& pending : pendingDates_) {
         place_ = pending.place;
         Verdict verdict = visitField([&](auto& field, Role) -> Verdict {
             if constexpr (std::is_same_v<std::remove_cvref_t<decltype(field)>, std::optional<Date>>)
-                return takeDate(pending.text, field);
+                return takeDate(pending.text, calendar, field);
             return {};
         });
         if (verdict) return refuseAt(place_.path(), place_.line, std::move(*verdict));

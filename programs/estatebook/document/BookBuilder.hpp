@@ -85,7 +85,6 @@ private:
     bool settingValue(const Scalar& value);
     bool memberValue(const Scalar& value);
     bool tagValue(const Scalar& value);
-    Verdict takeDate(std::string_view text, std::optional<platform::Date>& field) const;
     void markMember(Role role);
 
     [[nodiscard]] std::span<const std::string_view> memberNames();

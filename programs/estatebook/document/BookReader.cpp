@@ -67,7 +67,7 @@ private:
 
     template <class Integer>
     bool integer(Integer value) {
-        std::array<char, 24> digits;
+        std::array<char, 24> digits{};
         const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
         return number({digits.data(), static_cast<std::size_t>(end - digits.data())});
     }

@@ -184,7 +184,7 @@ struct SplitDate {
 SplitDate split(Date date) {
     const double seconds = date.secondsSinceReferenceDate;
     // The shortest digits that read back as this number; a tiny one has a thousand of them.
-    std::array<char, 1200> buffer;
+    std::array<char, 1200> buffer{};
     const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), std::fabs(seconds),
                                             std::chars_format::fixed);
     const std::string_view digits(buffer.data(), static_cast<std::size_t>(end - buffer.data()));
@@ -204,7 +204,7 @@ SplitDate split(Date date) {
 
 std::string dayText(CivilDay day) {
     const platform::YearMonthDay name = day.yearMonthDay();
-    std::array<char, 40> text;
+    std::array<char, 40> text{};
     const int length = std::snprintf(text.data(), text.size(), "%04lld-%02d-%02d",
                                      static_cast<long long>(name.year), name.month, name.day);
     return {text.data(), static_cast<std::size_t>(length)};
@@ -212,7 +212,7 @@ std::string dayText(CivilDay day) {
 
 std::string clockText(std::int64_t secondOfDay, std::string_view fraction, int offsetMinutes) {
     const int second = static_cast<int>(secondOfDay);
-    std::array<char, 40> text;
+    std::array<char, 40> text{};
     int length = std::snprintf(text.data(), text.size(), "T%02d:%02d:%02d", second / 3600, second / 60 % 60,
                                second % 60);
     std::string result(text.data(), static_cast<std::size_t>(length));
@@ -234,13 +234,12 @@ DateReading readDate(std::string_view text, const Calendar& calendar) {
     if (!parts->offset && (year < CivilDay::FirstYear)) return {{}, DateFault::OutsideYears};
     const auto day = CivilDay::ifExists(year, parts->month, parts->day);
     if (!day) return {{}, DateFault::NoSuchDay};
-    if (parts->clock && !parts->clock->exists()) return {{}, DateFault::NoSuchTime};
-
-    if (parts->offset) {
-        const std::int64_t wall = day->number * SecondsPerDay + parts->clock->secondOfDay();
-        return inBookYears(nearestDate(wall - *parts->offset * 60, parts->clock->fraction), calendar);
-    }
-    return parts->clock ? readWallTime(*day, *parts->clock, calendar) : readDay(*day, calendar);
+    if (!parts->clock) return readDay(*day, calendar);
+    const Clock& clock = *parts->clock;
+    if (!clock.exists()) return {{}, DateFault::NoSuchTime};
+    if (!parts->offset) return readWallTime(*day, clock, calendar);
+    const std::int64_t wall = day->number * SecondsPerDay + clock.secondOfDay();
+    return inBookYears(nearestDate(wall - *parts->offset * 60, clock.fraction), calendar);
 }
 
 std::string_view describe(DateFault fault) noexcept {

@@ -39,7 +39,7 @@ Character firstCharacter(std::string_view text) noexcept {
 }
 
 std::string escaped(char32_t code) {
-    std::array<char, 8> text;
+    std::array<char, 8> text{};
     const int length = std::snprintf(text.data(), text.size(), "\\u%04x", static_cast<unsigned>(code));
     return {text.data(), static_cast<std::size_t>(length)};
 }
