@@ -44,6 +44,7 @@ FOREIGN = {
     "syslog.h": ["src/platform/system"],
     "fcntl.h": ["programs"],
     "locale.h": ["programs"],
+    "sys/ioctl.h": ["programs"],
     "unistd.h": ["programs"],
 }
 
