@@ -77,8 +77,9 @@ void icuMadeAfresh(benchmark::State& state) {
 }
 
 BENCHMARK(ours)->Name("DateText/ours")->DenseRange(0, 3);
-BENCHMARK(oursAsString)->Name("DateText/ours_as_string")->DenseRange(0, 3);
 BENCHMARK(icuReused)->Name("DateText/peer_icu")->DenseRange(0, 3);
+BENCHMARK(oursAsString)->Name("DateTextAsString/ours")->DenseRange(0, 3);
+BENCHMARK(icuReused)->Name("DateTextAsString/peer_icu")->DenseRange(0, 3);
 BENCHMARK(oursMadeAfresh)->Name("DateTextMadeAfresh/ours");
 BENCHMARK(icuMadeAfresh)->Name("DateTextMadeAfresh/peer_icu");
 

@@ -8,7 +8,11 @@
 ///
 ///     ArrayOf<TKPeriod>::Builder row(2);
 ///     row.emplace(start, end);
-///     for (TKPeriod& period : *std::move(row).finish()) …
+///     Ref<ArrayOf<TKPeriod>> periods = std::move(row).finish();
+///     for (TKPeriod& period : *periods) …
+///
+/// The trap: a loop over `*object.periods()` walks a list that nobody holds when the function hands out a new one; give
+/// it a name first, as above.
 ///
 /// An ArrayOf made by a Builder keeps its members in one block (ObjectBlock.hpp).
 
