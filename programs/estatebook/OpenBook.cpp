@@ -14,10 +14,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <iostream>
 #include <unordered_set>
-
-#include <unistd.h>
 
 namespace estatebook {
 
@@ -34,7 +33,7 @@ namespace {
 constexpr std::size_t MaximalChoices = 20;
 
 document::BookReading readBook(const std::string& file) {
-    return file == "-" ? document::BookReader::readDescriptor(STDIN_FILENO, "standard input")
+    return file == "-" ? document::BookReader::readStream(stdin, "standard input")
                        : document::BookReader::readFile(file);
 }
 
