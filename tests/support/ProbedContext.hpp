@@ -4,12 +4,10 @@
 /// Contexts over the library's own model resource in which some entities are served by classes that report
 /// every hook.
 
-#include "EstateBook_ModelExport.hpp"
 #include "model/TKPropertyNoteProperties.hpp"
 #include "model/TKStateProperties.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/system/Bundle.hpp"
-#include "store/EstateBook_ModelVersion.hpp"
 #include "store/ModelClasses.hpp"
 
 #include <algorithm>
@@ -114,8 +112,8 @@ inline std::span<const platform::ManagedClass> probedClasses() {
 
 /// Where the compiled model stands.
 inline std::string modelResourcePath() {
-    const auto path = platform::Bundle::containing(&EstateBook_ModelVersionNumber)
-                          .pathForResourceOfType("EstateBook", "momd");
+    const auto path =
+        platform::Bundle::containing(modelClasses().data()).pathForResourceOfType("EstateBook", "momd");
     if (!path) throw std::runtime_error("the model resource is missing");
     return *path;
 }

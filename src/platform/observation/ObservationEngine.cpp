@@ -375,25 +375,28 @@ void ObservationEngine::will(ObservableObject& object, Key key) {
         ++known->inner;
         return;
     }
-    OpenKey open{.key = key, .mutation = takeMutation(all.session, object)};
-    if (isObserved(object)) {
-        const KeyObservers* observers = object.observation_->find(key);
-        const auto wantsOld = [](const Registration& each) { return (each.options & ObservingOld) != 0; };
-        if (observers && std::ranges::any_of(observers->registrations, wantsOld)) {
-            if (!open.mutation)
-                open.old = readForObserver(object, key);
-            else if (open.mutation->indexes.empty())
-                open.old = open.mutation->oldValue;
-            else if (open.mutation->kind != ChangeKind::Insertion)
-                open.old = membersForObserver(object, key, open.mutation->indexes);
-        }
-    }
+    const KeyValueChange* mutation = takeMutation(all.session, object);
     opened.set.insert(key);
-    opened.keys.push_back(OpenKey{.key = key, .old = open.old});
-    tell(object, key, open, true);
-    if (!open.opened.empty())
-        if (OpenObject* scope = all.find(object))
-            if (OpenKey* known = scope->find(key)) known->opened = std::move(open.opened);
+    const KeyObservers* observers = isObserved(object) ? object.observation_->find(key) : nullptr;
+    if (!observers) {
+        opened.keys.push_back(OpenKey{.key = key});
+    } else {
+        OpenKey open{.key = key, .mutation = mutation};
+        const auto wantsOld = [](const Registration& each) { return (each.options & ObservingOld) != 0; };
+        if (std::ranges::any_of(observers->registrations, wantsOld)) {
+            if (!mutation)
+                open.old = readForObserver(object, key);
+            else if (mutation->indexes.empty())
+                open.old = mutation->oldValue;
+            else if (mutation->kind != ChangeKind::Insertion)
+                open.old = membersForObserver(object, key, mutation->indexes);
+        }
+        opened.keys.push_back(OpenKey{.key = key, .old = open.old});
+        tell(object, key, open, true);
+        if (!open.opened.empty())
+            if (OpenObject* scope = all.find(object))
+                if (OpenKey* known = scope->find(key)) known->opened = std::move(open.opened);
+    }
 
     if (cause == Cause::Key) return;
     for (const Key dependent : object.classDescription().dependentsOf(key)) {
@@ -425,9 +428,12 @@ void ObservationEngine::did(ObservableObject& object, Key key) {
     if (open->inner > 0) {
         --open->inner;
     } else {
-        OpenKey closing = std::move(*open);
-        closing.mutation = takeMutation(all.session, object);
-        tell(object, key, closing, false);
+        const KeyValueChange* mutation = takeMutation(all.session, object);
+        if (!open->opened.empty() || (isObserved(object) && object.observation_->find(key))) {
+            OpenKey closing = std::move(*open);
+            closing.mutation = mutation;
+            tell(object, key, closing, false);
+        }
         if (cause != Cause::Key) {
             for (const Key dependent : object.classDescription().dependentsOf(key)) {
                 OpenObject* scope = all.find(object);

@@ -140,14 +140,10 @@ std::vector<Value> membersGiven(const Value& value, Key key) {
     const Ref<Object> object = value.object();
     if (const auto set = refCast<DistinctValues>(object)) return {set->members().begin(), set->members().end()};
     if (const auto array = refCast<Array>(object)) {
-        const auto members = OrderedSet::make([&] {
-                                 std::vector<Value> all;
-                                 for (std::size_t index = 0; index < array->count(); ++index)
-                                     all.push_back(array->at(index));
-                                 return all;
-                             }())
-                                 ->members();
-        return {members.begin(), members.end()};
+        OrderedSet::Builder members;
+        for (std::size_t index = 0; index < array->count(); ++index) members.add(array->at(index));
+        const auto distinct = std::move(members).finish();
+        return {distinct->members().begin(), distinct->members().end()};
     }
     if (!value.isAbsent() && !value.isNullObject()) refuseForSlot(value, key);
     return {};

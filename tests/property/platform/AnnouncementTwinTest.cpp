@@ -105,7 +105,7 @@ protected:
 TEST_F(AnnouncementTwinTest, ARandomGraphTellsJustThoseWhomTheRowsReachAndEachOnce) {
     const auto& keys = graphKeys();
     // Descriptions live as long as the program does.
-    static std::vector<std::unique_ptr<ClassDescription>> classes;
+    static auto& classes = *new std::vector<std::unique_ptr<ClassDescription>>;
     for (int round = 0; round < 150; ++round) {
         const auto& description = *classes.emplace_back(
             std::make_unique<ClassDescription>("Node", nullptr, std::span<const Property>(),

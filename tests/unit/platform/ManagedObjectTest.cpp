@@ -349,7 +349,7 @@ TEST_F(ManagedObjectTest, MembersOfASetComeInTheOrderOfTheirCreation) {
     const auto flat = property();
     std::vector<Ref<TKTenure>> lets;
     for (int count = 0; count < 6; ++count) lets.push_back(tenure());
-    for (const std::size_t index : {3, 0, 5, 1}) lets[index]->setProperty(flat.get());
+    for (const std::size_t index : {3u, 0u, 5u, 1u}) lets[index]->setProperty(flat.get());
     EXPECT_THAT(listed(flat->tenures()),
                 ElementsAre(lets[0].get(), lets[1].get(), lets[3].get(), lets[5].get()));
     lets[1]->setProperty(nullptr);
@@ -435,14 +435,13 @@ TEST_F(ManagedObjectTest, LinksAcrossContextsAreRefused) {
 
 TEST_F(ManagedObjectTest, AnObserverMayMoveAMemberWhileItIsBeingMoved) {
     for (const unsigned options : {ObservingNothing, ObservingPrior}) {
-        for (const int startsAt : {0, 1, 2}) {
+        for (const std::size_t startsAt : {0u, 1u, 2u}) {
             std::vector<Ref<TKProperty>> flats{property(), property(), property()};
             const auto let = tenure();
             let->setProperty(flats[0].get());
-            int moves = 0;
+            std::size_t moves = 0;
             const auto mover = makeRef<Watcher>([&](const auto&) {
-                if (++moves <= 2)
-                    let->setProperty(flats[static_cast<std::size_t>(startsAt + moves) % 3].get());
+                if (++moves <= 2) let->setProperty(flats[(startsAt + moves) % 3].get());
             });
             for (const auto& flat : flats) watch(*flat, *mover, "tenures", options);
             let->setProperty(flats[1].get());
