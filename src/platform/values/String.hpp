@@ -48,7 +48,7 @@ public:
 private:
     struct Counted {};
     String(Counted, const char* data, std::uint32_t size) noexcept
-        : Object(Counting::Shared), size_(size), data_(data) {}
+        : Object(Counting::Shared, Held{}), size_(size), data_(data) {}
     ~String() override = default;
     void dispose() const noexcept override;
 
