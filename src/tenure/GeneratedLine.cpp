@@ -9,8 +9,8 @@ namespace estatebook {
 
 using namespace platform;
 
-GeneratedLine::GeneratedLine(const Birth& birth, const std::optional<Decimal>& amount, const std::optional<Date>& when,
-                             const Ref<String>& what) noexcept
+GeneratedLine::GeneratedLine(const Birth& birth, const std::optional<Decimal>& amount,
+                             const std::optional<Date>& when, const Ref<String>& what) noexcept
     : TKTenureTransaction(birth) {
     storeAmount(amount);
     storeWhen(when);
@@ -18,9 +18,10 @@ GeneratedLine::GeneratedLine(const Birth& birth, const std::optional<Decimal>& a
     storeWhat(what);
 }
 
-GeneratedLine::GeneratedLine(const Birth& birth, const std::optional<Decimal>& amount, const std::optional<Date>& when,
-                             Kind kind, const std::optional<Date>& start, const std::optional<Date>& end, const Ref<DateFormatter>& formatter) noexcept
-    : TKTenureTransaction(birth), formatter_(formatter), start_(start), end_(end), kind_(kind) {
+GeneratedLine::GeneratedLine(const Birth& birth, const std::optional<Decimal>& amount,
+                             const std::optional<Date>& when, Kind kind, const std::optional<Date>& start,
+                             const std::optional<Date>& end, const Ref<GeneratedLines>& lines) noexcept
+    : TKTenureTransaction(birth), lines_(lines), start_(start), end_(end), kind_(kind) {
     storeAmount(amount);
     storeWhen(when);
     storeProcessedOn(when);
@@ -31,14 +32,18 @@ GeneratedLine::~GeneratedLine() {
 }
 
 void GeneratedLine::dispose() const noexcept {
-    endManaging();
+    // As a rule nobody linked the line with anything, and there is nothing to take apart.
+    if (tenure() || !tags().empty())
+        endManaging();
+    else
+        endObserving();
     ObjectBlock<GeneratedLine>::dispose(this);
 }
 
 Ref<String> GeneratedLine::what() const {
     if (auto given = TKTransaction::what()) return given;
     if (String* made = text_.load(std::memory_order_acquire)) return Ref<String>(made);
-    if (!formatter_) return nullptr;
+    if (!lines_) return nullptr;
     String* text = makeText().detach();
     // Of two threads that made a text at once, the first one's stays.
     String* present = nullptr;
@@ -50,6 +55,7 @@ Ref<String> GeneratedLine::what() const {
 Ref<String> GeneratedLine::makeText() const {
     constexpr std::string_view openings[] = {"Rent (", "Partial Rent ("};
     constexpr std::string_view arrow = " → ";
+    const DateFormatter& formatter = *lines_->formatter;
     char text[2 * DateFormatter::RoomNeeded + 32];
     char* end = text;
     const auto append = [&](std::string_view piece) {
@@ -58,7 +64,7 @@ Ref<String> GeneratedLine::makeText() const {
     };
     const auto appendDate = [&](const std::optional<Date>& date) {
         if (date)
-            end = formatter_->writeDate(end, *date);
+            end = formatter.writeDate(end, *date);
         else
             append("(null)");
     };

@@ -12,9 +12,17 @@
 #include "store/TKTenureTransaction.hpp"
 
 #include <atomic>
-#include <string_view>
+#include <utility>
 
 namespace estatebook {
+
+/// What the lines of one statement have in common. Counted on the statement's thread; reading a text counts nothing.
+class GeneratedLines final : public platform::Object {
+public:
+    explicit GeneratedLines(platform::Ref<platform::DateFormatter> formatter) noexcept
+        : Object(platform::Counting::Local), formatter(std::move(formatter)) {}
+    const platform::Ref<platform::DateFormatter> formatter;
+};
 
 class GeneratedLine final : public TKTenureTransaction {
 public:
@@ -25,12 +33,13 @@ public:
 
     /// With a text as it is.
     GeneratedLine(const Birth& birth, const std::optional<platform::Decimal>& amount,
-                  const std::optional<platform::Date>& when, const platform::Ref<platform::String>& what) noexcept;
-    /// With a text about the days from start to end. REQUIRES: the formatter outlives the line, or is counted by it.
-    GeneratedLine(const Birth& birth, const std::optional<platform::Decimal>& amount, 
-                  const std::optional<platform::Date>& when, Kind kind, const std::optional<platform::Date>& start,
-                  const std::optional<platform::Date>& end,
-                  const platform::Ref<platform::DateFormatter>& formatter) noexcept;
+                  const std::optional<platform::Date>& when,
+                  const platform::Ref<platform::String>& what) noexcept;
+    /// With a text about the days from start to end.
+    GeneratedLine(const Birth& birth, const std::optional<platform::Decimal>& amount,
+                  const std::optional<platform::Date>& when, Kind kind,
+                  const std::optional<platform::Date>& start, const std::optional<platform::Date>& end,
+                  const platform::Ref<GeneratedLines>& lines) noexcept;
 
     [[nodiscard]] platform::Ref<platform::String> what() const override;
 
@@ -40,7 +49,7 @@ private:
     void dispose() const noexcept override;
     [[nodiscard]] platform::Ref<platform::String> makeText() const;
 
-    platform::Ref<platform::DateFormatter> formatter_;
+    platform::Ref<GeneratedLines> lines_;
     std::optional<platform::Date> start_;
     std::optional<platform::Date> end_;
     mutable std::atomic<platform::String*> text_ = nullptr;

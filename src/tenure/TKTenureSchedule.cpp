@@ -60,7 +60,7 @@ Ref<TKStatement> TKTenure::statement() const {
     UndoManager* undo = managedObjectContext() ? managedObjectContext()->undoManager().get() : nullptr;
     if (undo) undo->disableUndoRegistration();
 
-    const auto formatter = DateFormatter::medium();
+    const auto common = makeRef<GeneratedLines>(DateFormatter::medium());
     const auto birth = ManagedObjectBirth::withoutContext(*entity().model().entityNamed("TenureTransaction"));
 
     std::vector<DatedLine> lines;
@@ -69,14 +69,16 @@ Ref<TKStatement> TKTenure::statement() const {
     std::vector<const TKPeriod*> rows = periodsOf(schedule.get());
     lines.reserve(recorded.count() + rows.size() + 1);
     for (TKTransaction& transaction : recorded)
-        lines.push_back({DatedLine::sortingInstant(transaction.when()), Ref<TKLedgerTransaction>(&transaction)});
+        lines.push_back(
+            {DatedLine::sortingInstant(transaction.when()), Ref<TKLedgerTransaction>(&transaction)});
 
     ObjectBlock<GeneratedLine> generated(rows.size() + 1);
     const auto add = [&](GeneratedLine& line) {
         lines.push_back({DatedLine::sortingInstant(line.when()), Ref<TKLedgerTransaction>(&line)});
     };
     if (const auto bond = bondAmount(); bond && *bond > Decimal::zero())
-        add(generated.emplace(birth, decimalNumberByNegating(*bond), startDate(), Ref<String>(bondText.get())));
+        add(generated.emplace(birth, decimalNumberByNegating(*bond), startDate(),
+                              Ref<String>(bondText.get())));
 
     const Decimal share = fractionalPart(chargablePeriods());
     const TKPeriod* partial = nullptr;
@@ -87,16 +89,17 @@ Ref<TKStatement> TKTenure::statement() const {
     std::optional<Decimal> rent = rentalAmount();
     if (rent) rent = decimalNumberByNegating(*rent);
     for (const TKPeriod* period : rows)
-        add(generated.emplace(birth, rent, period->billingDate(), GeneratedLine::Kind::Rent, period->startDate(),
-                              period->endDate(), formatter));
+        add(generated.emplace(birth, rent, period->billingDate(), GeneratedLine::Kind::Rent,
+                              period->startDate(), period->endDate(), common));
     if (partial) {
         const auto part = rent ? std::optional(rent->decimalNumberByMultiplyingBy(share)) : std::nullopt;
         add(generated.emplace(birth, part, partial->billingDate(), GeneratedLine::Kind::PartialRent,
-                              partial->startDate(), partial->endDate(), formatter));
+                              partial->startDate(), partial->endDate(), common));
     }
 
     // Undated lines were given the earliest instant of all, so that this is a strict order.
-    if (!std::ranges::is_sorted(lines, {}, &DatedLine::when)) std::ranges::stable_sort(lines, {}, &DatedLine::when);
+    if (!std::ranges::is_sorted(lines, {}, &DatedLine::when))
+        std::ranges::stable_sort(lines, {}, &DatedLine::when);
     std::vector<Ref<TKLedgerTransaction>> sorted;
     sorted.reserve(lines.size());
     for (DatedLine& line : lines) sorted.push_back(std::move(line.line));
