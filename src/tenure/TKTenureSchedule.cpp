@@ -60,7 +60,6 @@ Ref<TKStatement> TKTenure::statement() const {
     UndoManager* undo = managedObjectContext() ? managedObjectContext()->undoManager().get() : nullptr;
     if (undo) undo->disableUndoRegistration();
 
-    const auto common = makeRef<GeneratedLines>(DateFormatter::medium());
     const auto birth = ManagedObjectBirth::withoutContext(*entity().model().entityNamed("TenureTransaction"));
 
     std::vector<DatedLine> lines;
@@ -72,6 +71,7 @@ Ref<TKStatement> TKTenure::statement() const {
         lines.push_back(
             {DatedLine::sortingInstant(transaction.when()), Ref<TKLedgerTransaction>(&transaction)});
 
+    const auto texts = makeRef<RentTexts>(rows.size());
     ObjectBlock<GeneratedLine> generated(rows.size() + 1);
     const auto add = [&](GeneratedLine& line) {
         lines.push_back({DatedLine::sortingInstant(line.when()), Ref<TKLedgerTransaction>(&line)});
@@ -88,13 +88,15 @@ Ref<TKStatement> TKTenure::statement() const {
     }
     std::optional<Decimal> rent = rentalAmount();
     if (rent) rent = decimalNumberByNegating(*rent);
-    for (const TKPeriod* period : rows)
-        add(generated.emplace(birth, rent, period->billingDate(), GeneratedLine::Kind::Rent,
-                              period->startDate(), period->endDate(), common));
+    const auto addRent = [&](const TKPeriod& period, const std::optional<Decimal>& amount,
+                             RentTexts::Opening opening) {
+        const std::uint32_t place = texts->add(opening, period.startDate(), period.endDate());
+        add(generated.emplace(birth, amount, period.billingDate(), texts, place));
+    };
+    for (const TKPeriod* period : rows) addRent(*period, rent, RentTexts::Opening::Rent);
     if (partial) {
         const auto part = rent ? std::optional(rent->decimalNumberByMultiplyingBy(share)) : std::nullopt;
-        add(generated.emplace(birth, part, partial->billingDate(), GeneratedLine::Kind::PartialRent,
-                              partial->startDate(), partial->endDate(), common));
+        addRent(*partial, part, RentTexts::Opening::PartialRent);
     }
 
     // Undated lines were given the earliest instant of all, so that this is a strict order.

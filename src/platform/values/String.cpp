@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/values/String.hpp"
 
+#include "platform/values/StringBlock.hpp"
+
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -20,6 +22,8 @@ Ref<String> String::make(std::string_view text) {
 }
 
 void String::dispose() const noexcept {
+    // Only the text of a string that stands alone is directly behind it.
+    if (data_ != reinterpret_cast<const char*>(this + 1)) return StringBlock::endString(*this);
     auto* self = const_cast<String*>(this);
     self->~String();
     ::operator delete(static_cast<void*>(self));

@@ -22,6 +22,8 @@
 
 namespace estatebook::platform {
 
+class StringBlock;
+
 class ESTATEBOOK_API String final : public Object {
 public:
     /// A new object that holds a copy of the text.
@@ -54,6 +56,7 @@ private:
 
     template <class>
     friend class Constant;
+    friend class StringBlock;
 
     std::uint32_t size_;
     const char* data_;
