@@ -22,7 +22,10 @@ RentTexts::~RentTexts() {
 
 std::uint32_t RentTexts::add(Opening opening, const std::optional<Date>& start,
                              const std::optional<Date>& end) {
-    ranges_.push_back({start, end, opening});
+    Range& range = ranges_.emplace_back();
+    range.start = start;
+    range.end = end;
+    range.opening = opening;
     return static_cast<std::uint32_t>(ranges_.size() - 1);
 }
 
@@ -65,9 +68,9 @@ std::unique_ptr<StringBlock> RentTexts::make() const {
             append({lastText, lastSize});
         };
         append(openings[static_cast<std::size_t>(range.opening)]);
-        appendDate(range.start);
+        appendDate(range.start.get());
         append(arrow);
-        appendDate(range.end);
+        appendDate(range.end.get());
         append(")");
         builder.append(static_cast<std::size_t>(end - text));
     }

@@ -6,6 +6,7 @@
 /// The texts of rent lines name ranges of days. All of a statement's are made when the first of them is read, from the
 /// locale and zone that held when the statement was built. Reading them from several threads is safe; all see the same.
 
+#include "platform/persistence/Slots.hpp"
 #include "platform/text/DateFormatter.hpp"
 #include "platform/values/ObjectBlock.hpp"
 #include "platform/values/StringBlock.hpp"
@@ -36,8 +37,8 @@ public:
 
 private:
     struct Range {
-        std::optional<platform::Date> start;
-        std::optional<platform::Date> end;
+        platform::DateSlot start;
+        platform::DateSlot end;
         Opening opening;
     };
     [[nodiscard]] const platform::StringBlock& made() const;
