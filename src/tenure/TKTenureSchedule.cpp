@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <utility>
 #include <vector>
 
 namespace estatebook {
@@ -18,16 +20,38 @@ namespace {
 
 constinit Constant<String> bondText{std::string_view("Bond Debit")};
 
-/// A line with the instant it sorts by. Lines without a date, or with one that is no number, stand first.
-struct DatedLine {
-    double when;
-    Ref<TKLedgerTransaction> line;
-
-    [[nodiscard]] static double sortingInstant(const std::optional<Date>& date) noexcept {
-        constexpr double First = -HUGE_VAL;
-        if (!date || std::isnan(date->secondsSinceReferenceDate)) return First;
-        return date->secondsSinceReferenceDate;
+/// The lines of a statement in the making, each with the instant it sorts by. Lines without a date, or with one that is no
+/// number, stand first.
+class DatedLines {
+public:
+    explicit DatedLines(std::size_t capacity) {
+        lines_.reserve(capacity);
+        instants_.reserve(capacity);
     }
+    void add(TKLedgerTransaction& line, const std::optional<Date>& when) {
+        constexpr double First = -HUGE_VAL;
+        const double instant =
+            when && !std::isnan(when->secondsSinceReferenceDate) ? when->secondsSinceReferenceDate : First;
+        isSorted_ = isSorted_ && (instants_.empty() || instants_.back() <= instant);
+        instants_.push_back(instant);
+        lines_.emplace_back(&line);
+    }
+    /// By instant; those of one instant as they were added.
+    [[nodiscard]] std::vector<Ref<TKLedgerTransaction>> sorted() && {
+        if (isSorted_) return std::move(lines_);
+        std::vector<std::size_t> places(lines_.size());
+        std::iota(places.begin(), places.end(), std::size_t{0});
+        std::ranges::stable_sort(places, {}, [&](std::size_t place) { return instants_[place]; });
+        std::vector<Ref<TKLedgerTransaction>> sorted;
+        sorted.reserve(lines_.size());
+        for (const std::size_t place : places) sorted.push_back(std::move(lines_[place]));
+        return sorted;
+    }
+
+private:
+    std::vector<Ref<TKLedgerTransaction>> lines_;
+    std::vector<double> instants_;
+    bool isSorted_ = true;
 };
 
 /// The schedule as its periods; what else somebody may have stored there is passed over.
@@ -60,23 +84,20 @@ Ref<TKStatement> TKTenure::statement() const {
     UndoManager* undo = managedObjectContext() ? managedObjectContext()->undoManager().get() : nullptr;
     if (undo) undo->disableUndoRegistration();
 
-    const auto formatter = DateFormatter::medium();
     const auto birth = ManagedObjectBirth::withoutContext(*entity().model().entityNamed("TenureTransaction"));
 
-    std::vector<DatedLine> lines;
     const auto recorded = transactions();
     const Ref<Array> schedule = periods();
     std::vector<const TKPeriod*> rows = periodsOf(schedule.get());
-    lines.reserve(recorded.count() + rows.size() + 1);
-    for (TKTransaction& transaction : recorded)
-        lines.push_back({DatedLine::sortingInstant(transaction.when()), Ref<TKLedgerTransaction>(&transaction)});
+    DatedLines lines(recorded.count() + rows.size() + 1);
+    for (TKTransaction& transaction : recorded) lines.add(transaction, transaction.when());
 
+    const auto texts = makeRef<RentTexts>(rows.size());
     ObjectBlock<GeneratedLine> generated(rows.size() + 1);
-    const auto add = [&](GeneratedLine& line) {
-        lines.push_back({DatedLine::sortingInstant(line.when()), Ref<TKLedgerTransaction>(&line)});
-    };
     if (const auto bond = bondAmount(); bond && *bond > Decimal::zero())
-        add(generated.emplace(birth, decimalNumberByNegating(*bond), startDate(), Ref<String>(bondText.get())));
+        lines.add(generated.emplace(birth, decimalNumberByNegating(*bond), startDate(),
+                                    Ref<String>(bondText.get())),
+                  startDate());
 
     const Decimal share = fractionalPart(chargablePeriods());
     const TKPeriod* partial = nullptr;
@@ -86,23 +107,19 @@ Ref<TKStatement> TKTenure::statement() const {
     }
     std::optional<Decimal> rent = rentalAmount();
     if (rent) rent = decimalNumberByNegating(*rent);
-    for (const TKPeriod* period : rows)
-        add(generated.emplace(birth, rent, period->billingDate(), GeneratedLine::Kind::Rent, period->startDate(),
-                              period->endDate(), formatter));
+    const auto addRent = [&](const TKPeriod& period, const std::optional<Decimal>& amount,
+                             RentTexts::Opening opening) {
+        const std::uint32_t place = texts->add(opening, period.startDate(), period.endDate());
+        lines.add(generated.emplace(birth, amount, period.billingDate(), texts, place), period.billingDate());
+    };
+    for (const TKPeriod* period : rows) addRent(*period, rent, RentTexts::Opening::Rent);
     if (partial) {
         const auto part = rent ? std::optional(rent->decimalNumberByMultiplyingBy(share)) : std::nullopt;
-        add(generated.emplace(birth, part, partial->billingDate(), GeneratedLine::Kind::PartialRent,
-                              partial->startDate(), partial->endDate(), formatter));
+        addRent(*partial, part, RentTexts::Opening::PartialRent);
     }
 
-    // Undated lines were given the earliest instant of all, so that this is a strict order.
-    if (!std::ranges::is_sorted(lines, {}, &DatedLine::when)) std::ranges::stable_sort(lines, {}, &DatedLine::when);
-    std::vector<Ref<TKLedgerTransaction>> sorted;
-    sorted.reserve(lines.size());
-    for (DatedLine& line : lines) sorted.push_back(std::move(line.line));
-
     if (undo) undo->enableUndoRegistration();
-    return TKStatement::initWithTransactionsMetadata(sorted);
+    return TKStatement::initWithTransactionsMetadata(std::move(lines).sorted());
 }
 
 } // namespace estatebook

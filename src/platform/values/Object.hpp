@@ -44,7 +44,10 @@ public:
         if (counting() == Counting::Local) {
             if (--count_ == 0) dispose();
         } else if (counting() == Counting::Shared) {
-            if (std::atomic_ref<std::uint32_t>(count_).fetch_sub(1, std::memory_order_acq_rel) == 1)
+            // Who holds the only reference needs no locked subtraction: nobody else can add one.
+            std::atomic_ref<std::uint32_t> count(count_);
+            if (count.load(std::memory_order_acquire) == 1 ||
+                count.fetch_sub(1, std::memory_order_acq_rel) == 1)
                 dispose();
         }
     }
@@ -69,6 +72,10 @@ public:
 protected:
     constexpr explicit Object(Counting counting) noexcept
         : placement_(static_cast<std::uint32_t>(counting)) {}
+    /// An object that its maker holds already: the one reference is taken over with `Ref::adopt`.
+    struct Held {};
+    constexpr Object(Counting counting, Held) noexcept
+        : count_(1), placement_(static_cast<std::uint32_t>(counting)) {}
     virtual ~Object() = default;
 
     /// Called once, when the last reference is dropped. Classes whose objects can live side by side in one

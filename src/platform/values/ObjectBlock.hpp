@@ -119,16 +119,19 @@ private:
     }
 
     static void clearPiece(Header* piece, std::size_t count) noexcept {
+        // All count as outliving at first; those that end here are taken off in one go.
+        piece->outliving.fetch_add(static_cast<std::uint32_t>(count), std::memory_order_relaxed);
+        std::uint32_t done = 1;
         for (std::size_t index = 0; index < count; ++index) {
             T& object = firstOf(piece)[index];
             if (object.referenceCount() == 1) {
                 object.T::~T();
+                ++done;
             } else {
-                piece->outliving.fetch_add(1, std::memory_order_relaxed);
                 object.release();
             }
         }
-        if (piece->outliving.fetch_sub(1, std::memory_order_acq_rel) == 1) ::operator delete(piece);
+        if (piece->outliving.fetch_sub(done, std::memory_order_acq_rel) == done) ::operator delete(piece);
     }
 
     Header* first_ = nullptr;

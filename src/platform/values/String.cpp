@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/values/String.hpp"
 
+#include "platform/values/StringBlock.hpp"
+
 #include <cstring>
 #include <functional>
 #include <limits>
@@ -16,10 +18,12 @@ Ref<String> String::make(std::string_view text) {
     void* memory = ::operator new(sizeof(String) + text.size());
     char* characters = static_cast<char*>(memory) + sizeof(String);
     if (!text.empty()) std::memcpy(characters, text.data(), text.size());
-    return Ref<String>(new (memory) String(Counted{}, characters, static_cast<std::uint32_t>(text.size())));
+    return Ref<String>::adopt(new (memory) String(Counted{}, characters, static_cast<std::uint32_t>(text.size())));
 }
 
 void String::dispose() const noexcept {
+    // Only the text of a string that stands alone is directly behind it.
+    if (data_ != reinterpret_cast<const char*>(this + 1)) return StringBlock::endString(*this);
     auto* self = const_cast<String*>(this);
     self->~String();
     ::operator delete(static_cast<void*>(self));

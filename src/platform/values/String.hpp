@@ -22,6 +22,8 @@
 
 namespace estatebook::platform {
 
+class StringBlock;
+
 class ESTATEBOOK_API String final : public Object {
 public:
     /// A new object that holds a copy of the text.
@@ -48,12 +50,13 @@ public:
 private:
     struct Counted {};
     String(Counted, const char* data, std::uint32_t size) noexcept
-        : Object(Counting::Shared), size_(size), data_(data) {}
+        : Object(Counting::Shared, Held{}), size_(size), data_(data) {}
     ~String() override = default;
     void dispose() const noexcept override;
 
     template <class>
     friend class Constant;
+    friend class StringBlock;
 
     std::uint32_t size_;
     const char* data_;
