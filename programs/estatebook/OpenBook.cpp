@@ -183,13 +183,15 @@ OpenBook OpenBook::open(const std::string& file, std::string_view asOf) {
     return book;
 }
 
+// No name is given twice in a document, so that none has to be looked for.
 void OpenBook::readSettings(const document::BookDocument& book) {
-    if (book.timeZone)
-        TKState::updateStateWithNameValueInManagedObjectContext(
-            String::make("TimeZone"), Value(String::make(*book.timeZone)), *context_);
-    for (const document::Setting& setting : book.settings)
-        TKState::updateStateWithNameValueInManagedObjectContext(String::make(setting.name),
-                                                                valueOf(setting.value), *context_);
+    const auto add = [&](std::string_view name, const Value& value) {
+        const auto state = context_->insertNewObject<TKState>("State");
+        state->setName(String::make(name));
+        state->setValue(value);
+    };
+    if (book.timeZone) add("TimeZone", Value(String::make(*book.timeZone)));
+    for (const document::Setting& setting : book.settings) add(setting.name, valueOf(setting.value));
     const auto valueNamed = [&](String* name) {
         return TKState::valueForNameInManagedObjectContext(Ref<String>(name), *context_);
     };
