@@ -511,17 +511,19 @@ TEST(ObservableObjectTest, ADeclaredKeyWithoutAValueCanBeObserved) {
 
 FRESH_CLASS(WithAddedRows);
 TEST(ObservableObjectTest, RowsAddedWhileObjectsLiveServeObserversThatWereThereBefore) {
+    static int runs = 0; // rows stay for as long as the program runs
+    const std::string dependent = dependent + std::to_string(++runs);
     const auto anna = makeRef<WithAddedRows>();
     const auto watcher = makeRef<Watcher>();
-    watch(*anna, *watcher, "addedDependent");
+    watch(*anna, *watcher, dependent);
     anna->setName(text("a"));
     EXPECT_EQ(watcher->heard.size(), 0u);
-    WithAddedRows::Class.addDependency(Key::named("addedDependent"), "fullName");
+    WithAddedRows::Class.addDependency(Key::named(dependent), "fullName");
     anna->setName(text("b"));
     EXPECT_EQ(watcher->heard.size(), 1u) << "name, fullName, addedDependent";
-    EXPECT_THAT(WithAddedRows::Class.keyPathsForValuesAffecting(Key::named("addedDependent")),
+    EXPECT_THAT(WithAddedRows::Class.keyPathsForValuesAffecting(Key::named(dependent)),
                 ElementsAre("fullName"));
-    EXPECT_THAT(Person::Class.keyPathsForValuesAffecting(Key::named("addedDependent")), IsEmpty());
+    EXPECT_THAT(Person::Class.keyPathsForValuesAffecting(Key::named(dependent)), IsEmpty());
     EXPECT_THAT(WithAddedRows::Class.keyPathsForValuesAffecting(keys::balance),
                 ElementsAre("totalIncome", "totalAdjustment"));
 }
