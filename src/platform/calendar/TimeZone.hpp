@@ -108,7 +108,7 @@ public:
         if (place < spanCount_) [[likely]] {
             const Span& span = spans_[place];
             if (span.before != ManyChanges) [[likely]]
-                return second < span.change ? span.before : span.after;
+                return span.before + (span.after - span.before) * static_cast<int>(second >= span.change);
         }
         return slowOffsetAt(second);
     }
