@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace estatebook {
 
@@ -43,38 +44,77 @@ const StringBlock& RentTexts::made() const {
     return *present;
 }
 
-std::unique_ptr<StringBlock> RentTexts::make() const {
-    constexpr std::string_view openings[] = {"Rent (", "Partial Rent ("};
-    constexpr std::string_view arrow = " → ";
-    constexpr std::size_t RoomNeeded = 2 * DateFormatter::RoomNeeded + 32;
-    StringBlock::Builder builder(ranges_.size());
-    // Most ranges start where the one before ended, on a date whose text is there already.
-    std::optional<Date> last;
-    char lastText[DateFormatter::RoomNeeded];
-    std::size_t lastSize = 0;
-    for (const Range& range : ranges_) {
-        char* const text = builder.room(RoomNeeded);
-        char* end = text;
-        const auto append = [&](std::string_view piece) {
-            std::memcpy(end, piece.data(), piece.size());
-            end += piece.size();
-        };
-        const auto appendDate = [&](const std::optional<Date>& date) {
-            if (!date) return append("(null)");
-            if (last != date) {
-                lastSize = static_cast<std::size_t>(formatter_->writeDate(lastText, *date) - lastText);
-                last = date;
-            }
-            append({lastText, lastSize});
-        };
-        append(openings[static_cast<std::size_t>(range.opening)]);
-        appendDate(range.start.get());
-        append(arrow);
-        appendDate(range.end.get());
-        append(")");
-        builder.append(static_cast<std::size_t>(end - text));
+namespace {
+
+/// Writes texts piece by piece. Short pieces are copied whole with what stands behind them, which costs less than to ask
+/// how long they are; so there must be room for that.
+class Pen {
+public:
+    static constexpr std::size_t Whole = 32;
+    static constexpr std::size_t RoomNeeded = 2 * DateFormatter::RoomNeeded + 3 * Whole;
+
+    struct Word {
+        char text[Whole];
+        std::size_t size;
+        consteval Word(std::string_view word) : text{}, size(word.size()) { // NOLINT: a text is a word
+            for (std::size_t place = 0; place < size; ++place) text[place] = word[place];
+        }
+    };
+
+    explicit Pen(const DateFormatter& formatter) noexcept : formatter_(formatter) {}
+
+    void begin(char* room) noexcept { end_ = room; }
+    [[nodiscard]] const char* end() const noexcept { return end_; }
+
+    void write(const Word& word) noexcept { copy(word.text, word.size); }
+    /// Most ranges start where the one before ended, on a date whose text is there already.
+    void write(const std::optional<Date>& date) {
+        static constexpr Word absent{"(null)"};
+        if (!date) return write(absent);
+        if (date == last_) return copy(lastText_, lastSize_);
+        char* const start = end_;
+        end_ = formatter_.writeDate(start, *date);
+        last_ = date;
+        lastSize_ = static_cast<std::size_t>(end_ - start);
+        std::memcpy(lastText_, start, lastSize_ <= Whole ? Whole : lastSize_);
     }
-    return std::make_unique<StringBlock>(builder);
+
+private:
+    void copy(const char* source, std::size_t size) noexcept {
+        if (size <= Whole) [[likely]]
+            std::memcpy(end_, source, Whole);
+        else
+            std::memcpy(end_, source, size);
+        end_ += size;
+    }
+
+    const DateFormatter& formatter_;
+    char* end_ = nullptr;
+    std::optional<Date> last_;
+    std::size_t lastSize_ = 0;
+    char lastText_[DateFormatter::RoomNeeded] = {};
+};
+
+constexpr Pen::Word openings[] = {Pen::Word("Rent ("), Pen::Word("Partial Rent (")};
+constexpr Pen::Word arrow(" → ");
+constexpr Pen::Word closing(")");
+
+} // namespace
+
+std::unique_ptr<StringBlock> RentTexts::make() const {
+    StringBlock::Builder builder(ranges_.size());
+    Pen pen(*formatter_);
+    for (const Range& range : ranges_) {
+        char* const text = builder.room(Pen::RoomNeeded);
+        pen.begin(text);
+        pen.write(openings[static_cast<std::size_t>(range.opening)]);
+        pen.write(range.start.get());
+        pen.write(arrow);
+        pen.write(range.end.get());
+        pen.write(closing);
+        builder.append(static_cast<std::size_t>(pen.end() - text));
+    }
+    return std::make_unique<StringBlock>(std::move(builder));
 }
 
 // Lines

@@ -72,7 +72,9 @@ inline platform::Date onDay(int year, int month, int day, int hour = 0, int minu
     return calendar.instantOfWallTime(civil, hour * 3600 + minute * 60 + second).value();
 }
 
-inline platform::Ref<platform::String> text(std::string_view view) { return platform::String::make(view); }
+inline platform::Ref<platform::String> text(std::string_view view) {
+    return platform::String::make(view);
+}
 
 /// The text of a string; "(null)" for none.
 inline std::string shownText(const platform::Ref<platform::String>& string) {
@@ -92,8 +94,10 @@ public:
                   const void* context = nullptr) {
         object.addObserverForKeyPathOptionsContext(*this, keyPath, options, context);
     }
-    void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, platform::ObservableObject& object,
-                                                     const platform::KeyValueChange&, const void* context) override {
+    void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath,
+                                                     platform::ObservableObject& object,
+                                                     const platform::KeyValueChange&,
+                                                     const void* context) override {
         heard_.push_back({std::string(keyPath), &object, context});
     }
 

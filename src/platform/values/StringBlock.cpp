@@ -8,6 +8,7 @@
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace estatebook::platform {
 
@@ -21,47 +22,46 @@ struct StringBlock::Piece {
     }
 };
 
-StringBlock::Builder::Builder(std::size_t expectedCount) {
-    constexpr std::size_t OrdinarySize = 48;
-    sizes_.reserve(expectedCount);
-    capacity_ = expectedCount * OrdinarySize;
-    characters_ = std::make_unique_for_overwrite<char[]>(capacity_);
+StringBlock::Builder::Builder(std::size_t count) {
+    constexpr std::size_t OrdinarySize = 64;
+    sizes_.reserve(count);
+    characters_ = used_ = sizeof(Piece) + count * sizeof(String);
+    capacity_ = used_ + count * OrdinarySize;
+    memory_ = static_cast<char*>(::operator new(capacity_));
 }
 
-char* StringBlock::Builder::room(std::size_t bytes) {
-    if (capacity_ - used_ < bytes) [[unlikely]] {
-        const std::size_t capacity = std::max(2 * capacity_, used_ + bytes);
-        auto characters = std::make_unique_for_overwrite<char[]>(capacity);
-        if (used_ > 0) std::memcpy(characters.get(), characters_.get(), used_);
-        characters_ = std::move(characters);
-        capacity_ = capacity;
-    }
-    return characters_.get() + used_;
+StringBlock::Builder::~Builder() {
+    ::operator delete(memory_);
+}
+
+void StringBlock::Builder::grow(std::size_t bytes) {
+    const std::size_t capacity = std::max(2 * capacity_, used_ + bytes);
+    auto* memory = static_cast<char*>(::operator new(capacity));
+    std::memcpy(memory + characters_, memory_ + characters_, used_ - characters_);
+    ::operator delete(memory_);
+    memory_ = memory;
+    capacity_ = capacity;
 }
 
 void StringBlock::Builder::append(std::size_t size) {
-    assert(size <= capacity_ - used_);
+    assert(size + sizeof(Piece*) <= capacity_ - used_);
     if (size > std::numeric_limits<std::uint32_t>::max()) throw std::length_error("String: text over 4 GiB");
-    used_ += size;
+    used_ += sizeof(Piece*) + size;
     sizes_.push_back(static_cast<std::uint32_t>(size));
 }
 
-StringBlock::StringBlock(const Builder& builder) : count_(builder.sizes_.size()) {
+StringBlock::StringBlock(Builder&& builder) : count_(builder.sizes_.size()) {
     static_assert(sizeof(Piece) % alignof(String) == 0);
-    const std::size_t strings = sizeof(Piece) + count_ * sizeof(String);
-    auto* memory = static_cast<char*>(::operator new(strings + count_ * sizeof(Piece*) + builder.used_));
+    assert(sizeof(Piece) + count_ * sizeof(String) <= builder.characters_);
+    char* memory = std::exchange(builder.memory_, nullptr);
     piece_ = new (memory) Piece;
     strings_ = reinterpret_cast<String*>(memory + sizeof(Piece));
-    const char* source = builder.characters_.get();
-    char* target = memory + strings;
+    char* text = memory + builder.characters_;
     for (std::size_t index = 0; index < count_; ++index) {
-        const std::uint32_t size = builder.sizes_[index];
-        std::memcpy(target, &piece_, sizeof piece_);
-        target += sizeof piece_;
-        std::memcpy(target, source, size);
-        new (strings_ + index) String(String::Counted{}, target, size);
-        source += size;
-        target += size;
+        std::memcpy(text, &piece_, sizeof piece_);
+        text += sizeof piece_;
+        new (strings_ + index) String(String::Counted{}, text, builder.sizes_[index]);
+        text += builder.sizes_[index];
     }
 }
 

@@ -19,30 +19,43 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 namespace estatebook::platform {
 
 class ESTATEBOOK_API StringBlock {
+    struct Piece;
+
 public:
+    /// Makes the texts one after another in the place where they stay.
     class ESTATEBOOK_API Builder {
     public:
-        explicit Builder(std::size_t expectedCount);
+        /// For at most that many texts.
+        explicit Builder(std::size_t count);
+        Builder(const Builder&) = delete;
+        Builder& operator=(const Builder&) = delete;
+        ~Builder();
         /// Where the next text is to be written: at least that many bytes, valid until the next call.
-        [[nodiscard]] char* room(std::size_t bytes);
+        [[nodiscard]] char* room(std::size_t bytes) {
+            if (capacity_ - used_ < bytes + sizeof(Piece*)) [[unlikely]]
+                grow(bytes + sizeof(Piece*));
+            return memory_ + used_ + sizeof(Piece*);
+        }
         /// Ends the text, which is the first `size` bytes of the room. REQUIRES: at most the bytes asked for.
         void append(std::size_t size);
 
     private:
         friend class StringBlock;
-        std::unique_ptr<char[]> characters_;
+        void grow(std::size_t bytes);
+
+        char* memory_ = nullptr;
         std::size_t capacity_ = 0;
         std::size_t used_ = 0;
+        std::size_t characters_ = 0; // where those of the first text are
         std::vector<std::uint32_t> sizes_;
     };
 
-    explicit StringBlock(const Builder& builder);
+    explicit StringBlock(Builder&& builder);
     StringBlock(const StringBlock&) = delete;
     StringBlock& operator=(const StringBlock&) = delete;
     ~StringBlock();
@@ -55,7 +68,6 @@ public:
 
 private:
     friend class String;
-    struct Piece;
     /// A string of a block has ended.
     static void endString(const String& string) noexcept;
 

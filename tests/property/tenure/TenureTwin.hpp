@@ -37,12 +37,12 @@ struct TwinTerms {
     std::vector<TwinTransaction> transactions;
 
     [[nodiscard]] std::string description() const {
-        std::string text = "start " + std::to_string(start) + " end " + (end ? std::to_string(*end) : "none") +
-                           " today " + std::to_string(today) + " cycle " + std::to_string(cycle) + " period " +
-                           std::to_string(period) + " behaviour " + std::to_string(behaviour) + " full " +
-                           std::to_string(isFullDuration) + " advance " +
-                           (advancePeriod ? std::to_string(*advancePeriod) : "none") + " of " +
-                           std::to_string(advanceCycle) + " rent " + rent.toString();
+        std::string text =
+            "start " + std::to_string(start) + " end " + (end ? std::to_string(*end) : "none") + " today " +
+            std::to_string(today) + " cycle " + std::to_string(cycle) + " period " + std::to_string(period) +
+            " behaviour " + std::to_string(behaviour) + " full " + std::to_string(isFullDuration) +
+            " advance " + (advancePeriod ? std::to_string(*advancePeriod) : "none") + " of " +
+            std::to_string(advanceCycle) + " rent " + rent.toString();
         return bond ? text + " bond " + bond->toString() : text;
     }
 };
@@ -65,7 +65,8 @@ public:
         std::string opening;
     };
 
-    TenureTwin(const testkit::SlowCalendar& calendar, TwinTerms terms) : calendar_(calendar), terms_(std::move(terms)) {
+    TenureTwin(const testkit::SlowCalendar& calendar, TwinTerms terms)
+        : calendar_(calendar), terms_(std::move(terms)) {
         anchor_ = calendar_.startOfDay(terms_.start);
     }
 
@@ -88,7 +89,9 @@ public:
         std::int64_t whole = 0;
         std::uint64_t part = 0;
         std::uint64_t of = 1;
-        Decimal exact() const { return part == 0 ? Decimal(whole) : Decimal(whole) + Decimal(part) / Decimal(of); }
+        Decimal exact() const {
+            return part == 0 ? Decimal(whole) : Decimal(whole) + Decimal(part) / Decimal(of);
+        }
     };
 
     Count countOf(std::uint64_t days) const {
@@ -118,7 +121,8 @@ public:
     /// A daily rent is one division, the others are whole periods and a share.
     Decimal exact(const Count& count) const {
         if (terms_.cycle == 1)
-            return Decimal(count.whole * terms_.period + static_cast<std::int64_t>(count.part)) / terms_.period;
+            return Decimal(count.whole * terms_.period + static_cast<std::int64_t>(count.part)) /
+                   terms_.period;
         return count.exact();
     }
 
@@ -146,7 +150,8 @@ public:
             while (place != lines.begin() && isEarlier(line.when, (place - 1)->when)) --place;
             lines.insert(place, line);
         };
-        for (const TwinTransaction& each : terms_.transactions) put({each.when, each.amount, std::nullopt, ""});
+        for (const TwinTransaction& each : terms_.transactions)
+            put({each.when, each.amount, std::nullopt, ""});
         if (terms_.bond && *terms_.bond > Decimal(0))
             put({terms_.start, Decimal(0) - *terms_.bond, std::nullopt, "Bond Debit"});
         const Count count = countOf(chargeableDays());
@@ -175,7 +180,9 @@ public:
         return terms_.behaviour == 1 ? toTheCent(sum) : sum;
     }
 
-    std::uint64_t numberOfDays() const { return daysCrossedOff(terms_.start, terms_.end.value_or(terms_.today)); }
+    std::uint64_t numberOfDays() const {
+        return daysCrossedOff(terms_.start, terms_.end.value_or(terms_.today));
+    }
 
     std::int64_t boundary(std::int64_t place) const {
         return calendar_.add(unitOf(terms_.cycle), place * terms_.period, anchor_);

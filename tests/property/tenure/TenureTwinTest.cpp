@@ -28,10 +28,13 @@ using bookkit::TwinTerms;
 using testkit::SlowCalendar;
 using testkit::ZoneFile;
 
-constexpr const char* Zones[] = {"America/Sao_Paulo", "Asia/Beirut", "Pacific/Apia", "America/Havana", "Europe/Berlin"};
+constexpr const char* Zones[] = {"America/Sao_Paulo", "Asia/Beirut", "Pacific/Apia", "America/Havana",
+                                 "Europe/Berlin"};
 constexpr int LettingsInAZone = 120;
 
-Date dateOf(std::int64_t second) { return Date::fromUnixSeconds(static_cast<double>(second)); }
+Date dateOf(std::int64_t second) {
+    return Date::fromUnixSeconds(static_cast<double>(second));
+}
 std::optional<Date> dateOf(const std::optional<std::int64_t>& second) {
     return second ? std::optional(dateOf(*second)) : std::nullopt;
 }
@@ -105,7 +108,8 @@ protected:
         const auto ours = refCast<ArrayOf<TKPeriod>>(tenure.periods());
         const auto theirs = twin.schedule();
         ASSERT_EQ(ours->count(), theirs.size());
-        for (std::size_t place = 0; place < theirs.size(); ++place) expectSamePeriod((*ours)[place], theirs[place]);
+        for (std::size_t place = 0; place < theirs.size(); ++place)
+            expectSamePeriod((*ours)[place], theirs[place]);
     }
 
     static void expectSameStatement(const TKTenure& tenure, const TenureTwin& twin) {
@@ -124,7 +128,8 @@ protected:
             if (const auto& period = theirs[place].period)
                 text += formatter->stringFromDate(dateOf(period->start)) + " \u2192 " +
                         formatter->stringFromDate(dateOf(period->end)) + ")";
-            EXPECT_EQ(item.transaction()->what() ? item.transaction()->what()->string() : "", text) << "line " << place;
+            EXPECT_EQ(item.transaction()->what() ? item.transaction()->what()->string() : "", text)
+                << "line " << place;
         }
     }
 
@@ -204,20 +209,23 @@ TEST_P(TenureTwinTest, AStatementIsInItsOrderAndItsLastBalanceIsTheSumOfItsAmoun
             const bool isRecorded = line->managedObjectContext() != nullptr;
             const bool isBond = !isRecorded && *line->what() == "Bond Debit";
             places.emplace_back(when.has_value(), when ? when->secondsSinceReferenceDate : 0,
-                                isRecorded ? 0 : isBond ? 1 : 2, isRecorded ? line->creationNumber() : ++rents);
+                                isRecorded ? 0
+                                : isBond   ? 1
+                                           : 2,
+                                isRecorded ? line->creationNumber() : ++rents);
             if (line->amount()) sum = sum + *line->amount();
         }
         EXPECT_TRUE(std::ranges::is_sorted(places));
         EXPECT_EQ(statement->amount().value_or(Decimal(0)), sum);
-        EXPECT_EQ(statement->items()->count(),
-                  given.transactions.size() + tenure->periods()->count() +
-                      (given.bond && *given.bond > Decimal(0) ? 1 : 0));
+        EXPECT_EQ(statement->items()->count(), given.transactions.size() + tenure->periods()->count() +
+                                                   (given.bond && *given.bond > Decimal(0) ? 1 : 0));
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Zones, TenureTwinTest, testing::ValuesIn(Zones), [](const auto& info) {
     std::string name = info.param;
-    std::ranges::replace_if(name, [](char each) { return !std::isalnum(static_cast<unsigned char>(each)); }, '_');
+    std::ranges::replace_if(
+        name, [](char each) { return !std::isalnum(static_cast<unsigned char>(each)); }, '_');
     return name;
 });
 

@@ -14,7 +14,9 @@ using bookkit::Book;
 using bookkit::DefaultZone;
 using bookkit::onDay;
 
-Decimal decimal(std::string_view digits) { return Decimal::parse(digits); }
+Decimal decimal(std::string_view digits) {
+    return Decimal::parse(digits);
+}
 
 constexpr std::uint64_t NotFound = 9223372036854775807u;
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace estatebook::platform {
@@ -22,18 +23,37 @@ std::unique_ptr<StringBlock> blockOf(const std::vector<std::string>& texts, std:
         if (!text.empty()) std::memcpy(room, text.data(), text.size());
         builder.append(text.size());
     }
-    return std::make_unique<StringBlock>(builder);
+    return std::make_unique<StringBlock>(std::move(builder));
 }
 
-TEST(StringBlockTest, AnEmptyBlockHasNoTexts) { EXPECT_EQ(blockOf({}, 0)->count(), 0u); }
+TEST(StringBlockTest, AnEmptyBlockHasNoTexts) {
+    EXPECT_EQ(blockOf({}, 0)->count(), 0u);
+}
 
 TEST(StringBlockTest, TextsAreThoseThatWereAppended) {
-    const std::vector<std::string> texts{"first", "", "a third, longer than an ordinary text of sixty characters, as it is", ""};
-    for (const std::size_t expected : {0u, 1u, 4u, 100u}) {
+    const std::vector<std::string> texts{
+        "first", "", "a third, longer than an ordinary text of sixty characters, as it is", ""};
+    for (const std::size_t expected : {4u, 5u, 100u}) {
         const auto block = blockOf(texts, expected);
         ASSERT_EQ(block->count(), texts.size());
-        for (std::size_t place = 0; place < texts.size(); ++place) EXPECT_EQ((*block)[place]->view(), texts[place]);
+        for (std::size_t place = 0; place < texts.size(); ++place)
+            EXPECT_EQ((*block)[place]->view(), texts[place]);
     }
+}
+
+TEST(StringBlockTest, TextsMayBeLongerThanAnybodyExpected) {
+    std::vector<std::string> texts;
+    for (std::size_t number = 0; number < 50; ++number)
+        texts.emplace_back(number * 100, static_cast<char>('a' + number % 26));
+    const auto block = blockOf(texts, texts.size());
+    for (std::size_t place = 0; place < texts.size(); ++place)
+        EXPECT_EQ((*block)[place]->view(), texts[place]);
+}
+
+TEST(StringBlockTest, ABuilderThatIsGivenUpLeavesNothing) {
+    StringBlock::Builder builder(3);
+    std::memcpy(builder.room(5), "first", 5);
+    builder.append(5);
 }
 
 TEST(StringBlockTest, ATextIsOneObjectHoweverOftenItIsAskedFor) {

@@ -113,7 +113,11 @@ const std::vector<EntityRow>& schema() {
          "Transaction",
          {},
          {{"property", To::One, "Property", "transactions"}}},
-        {"TenureTransaction", "TKTenureTransaction", "Transaction", {}, {{"tenure", To::One, "Tenure", "transactions"}}},
+        {"TenureTransaction",
+         "TKTenureTransaction",
+         "Transaction",
+         {},
+         {{"tenure", To::One, "Tenure", "transactions"}}},
         {"Note",
          "TKNote",
          "",
@@ -147,21 +151,30 @@ std::vector<Row> withInheritedRows(const EntityRow& entity, std::vector<Row> Ent
 
 bool isOfType(AttributeType loaded, Type expected) {
     switch (expected) {
-    case Type::String: return loaded == AttributeType::String;
-    case Type::Date: return loaded == AttributeType::Date;
-    case Type::Decimal: return loaded == AttributeType::Decimal;
-    case Type::Number: return loaded == AttributeType::Number;
-    case Type::TagNames: return loaded == AttributeType::Object;
-    case Type::Archived: return loaded == AttributeType::Object || loaded == AttributeType::Any;
+    case Type::String:
+        return loaded == AttributeType::String;
+    case Type::Date:
+        return loaded == AttributeType::Date;
+    case Type::Decimal:
+        return loaded == AttributeType::Decimal;
+    case Type::Number:
+        return loaded == AttributeType::Number;
+    case Type::TagNames:
+        return loaded == AttributeType::Object;
+    case Type::Archived:
+        return loaded == AttributeType::Object || loaded == AttributeType::Any;
     }
     return false;
 }
 
 bool isOfKind(PropertyKind loaded, To expected) {
     switch (expected) {
-    case To::One: return loaded == PropertyKind::ToOne;
-    case To::Many: return loaded == PropertyKind::ToMany;
-    case To::ManyOrdered: return loaded == PropertyKind::OrderedToMany;
+    case To::One:
+        return loaded == PropertyKind::ToOne;
+    case To::Many:
+        return loaded == PropertyKind::ToMany;
+    case To::ManyOrdered:
+        return loaded == PropertyKind::OrderedToMany;
     }
     return false;
 }
@@ -194,7 +207,8 @@ TEST_F(SchemaTest, EachEntityHasItsClassAndParent) {
         const EntityDescription* entity = model().entityNamed(row.entity);
         ASSERT_TRUE(entity) << row.entity;
         EXPECT_EQ(entity->managedObjectClassName(), row.className) << row.entity;
-        EXPECT_EQ(entity->superentity() ? std::string(entity->superentity()->name()) : "", row.parent) << row.entity;
+        EXPECT_EQ(entity->superentity() ? std::string(entity->superentity()->name()) : "", row.parent)
+            << row.entity;
     }
 }
 
@@ -206,7 +220,8 @@ TEST_F(SchemaTest, EachEntityHasTheseAttributesAndNoOthers) {
         for (const AttributeRow& attribute : expected) {
             bool isThere = false;
             for (const AttributeDescription& each : loaded)
-                isThere = isThere || (each.name.name() == attribute.name && isOfType(each.type, attribute.type));
+                isThere =
+                    isThere || (each.name.name() == attribute.name && isOfType(each.type, attribute.type));
             EXPECT_TRUE(isThere) << row.entity << "." << attribute.name;
         }
     }
@@ -220,10 +235,11 @@ TEST_F(SchemaTest, EachEntityHasTheseRelationshipsAndNoOthers) {
         for (const RelationshipRow& relationship : expected) {
             bool isThere = false;
             for (const RelationshipDescription& each : loaded)
-                isThere = isThere || ((relationship.name.empty() || each.name.name() == relationship.name) &&
-                                      isOfKind(each.kind, relationship.kind) &&
-                                      each.destination == relationship.target &&
-                                      (relationship.inverse.empty() || each.inverse.name() == relationship.inverse));
+                isThere =
+                    isThere ||
+                    ((relationship.name.empty() || each.name.name() == relationship.name) &&
+                     isOfKind(each.kind, relationship.kind) && each.destination == relationship.target &&
+                     (relationship.inverse.empty() || each.inverse.name() == relationship.inverse));
             EXPECT_TRUE(isThere) << row.entity << "." << relationship.name;
         }
     }
@@ -277,7 +293,8 @@ TEST_F(SchemaTest, ParentEntitiesAreNeverMadeByThemselves) {
 
 TEST_F(SchemaTest, AnUnknownEntityCannotBeInserted) {
     EXPECT_THROW((void)book.insert<ManagedObject>("Lease"), InternalInconsistencyException);
-    EXPECT_THROW((void)book.insert<ManagedObject>("tenure"), InternalInconsistencyException) << "letter case matters";
+    EXPECT_THROW((void)book.insert<ManagedObject>("tenure"), InternalInconsistencyException)
+        << "letter case matters";
 }
 
 TEST_F(SchemaTest, FetchingAParentEntityFindsTheObjectsOfItsChildren) {
@@ -293,7 +310,8 @@ TEST_F(SchemaTest, AnAttributeOrToOneRelationshipThatWasNeverSetReadsAsAbsent) {
         const auto object = book.insert<ManagedObject>(row.entity);
         for (const AttributeDescription& each : object->entity().attributes()) {
             EXPECT_TRUE(object->valueForKey(each.name).isAbsent()) << row.entity << "." << each.name.name();
-            EXPECT_TRUE(object->primitiveValueForKey(each.name).isAbsent()) << row.entity << "." << each.name.name();
+            EXPECT_TRUE(object->primitiveValueForKey(each.name).isAbsent())
+                << row.entity << "." << each.name.name();
         }
         for (const RelationshipDescription& each : object->entity().relationships()) {
             const Value value = object->valueForKey(each.name);
@@ -309,14 +327,21 @@ TEST_F(SchemaTest, AnAttributeOrToOneRelationshipThatWasNeverSetReadsAsAbsent) {
 TEST_F(SchemaTest, EveryAttributeTakesAndGivesBackAValueOfItsType) {
     const auto sample = [](const AttributeDescription& attribute) {
         switch (attribute.type) {
-        case AttributeType::String: return Value(text("text"));
-        case AttributeType::Date: return Value(Date{86400.5});
-        case AttributeType::Decimal: return Value(Decimal::parse("-535.71"));
-        case AttributeType::Number: return Value(30u);
-        case AttributeType::Any: return Value(text("anything"));
-        case AttributeType::Object: break;
+        case AttributeType::String:
+            return Value(text("text"));
+        case AttributeType::Date:
+            return Value(Date{86400.5});
+        case AttributeType::Decimal:
+            return Value(Decimal::parse("-535.71"));
+        case AttributeType::Number:
+            return Value(30u);
+        case AttributeType::Any:
+            return Value(text("anything"));
+        case AttributeType::Object:
+            break;
         }
-        if (attribute.name.name() == "tagNames") return Value(TKTagNames::initWithEditableString("Rent, Repairs"));
+        if (attribute.name.name() == "tagNames")
+            return Value(TKTagNames::initWithEditableString("Rent, Repairs"));
         return Value(Array::make({}));
     };
     for (const EntityRow& row : schema()) {
@@ -325,7 +350,8 @@ TEST_F(SchemaTest, EveryAttributeTakesAndGivesBackAValueOfItsType) {
         for (const AttributeDescription& each : object->entity().attributes()) {
             const Value value = sample(each);
             object->setValueForKey(value, each.name);
-            EXPECT_TRUE(object->valueForKey(each.name).isIdentical(value)) << row.entity << "." << each.name.name();
+            EXPECT_TRUE(object->valueForKey(each.name).isIdentical(value))
+                << row.entity << "." << each.name.name();
             object->setValueForKey(Value(), each.name);
             EXPECT_TRUE(object->valueForKey(each.name).isAbsent()) << row.entity << "." << each.name.name();
         }
@@ -334,7 +360,8 @@ TEST_F(SchemaTest, EveryAttributeTakesAndGivesBackAValueOfItsType) {
 
 TEST_F(SchemaTest, ANumberKeepsItsKind) {
     const auto tenure = book.tenure();
-    for (const Number& number : {Number(true), Number(-7), Number(7u), Number(1.5F), Number(2.5), Number(Decimal(3))}) {
+    for (const Number& number :
+         {Number(true), Number(-7), Number(7u), Number(1.5F), Number(2.5), Number(Decimal(3))}) {
         tenure->setRentalPeriod(number);
         ASSERT_TRUE(tenure->rentalPeriod());
         EXPECT_EQ(tenure->rentalPeriod()->kind(), number.kind());
@@ -387,8 +414,9 @@ TEST_F(SchemaTest, AccountsAndTenuresFollowTheCurrentDate) {
 }
 
 TEST_F(SchemaTest, AccountsTransactionsAndNotesAreTaggable) {
-    EXPECT_EQ(adoptersOf<TKTaggable>(book), (Entities{"Property", "Tenant", "PropertyTransaction", "TenureTransaction",
-                                                      "PropertyNote", "TenantNote", "TenureNote"}));
+    EXPECT_EQ(adoptersOf<TKTaggable>(book),
+              (Entities{"Property", "Tenant", "PropertyTransaction", "TenureTransaction", "PropertyNote",
+                        "TenantNote", "TenureNote"}));
 }
 
 TEST_F(SchemaTest, PropertiesTenantsAndTenuresAreNotable) {
@@ -445,39 +473,43 @@ Dependencies with(Dependencies inherited, const Dependencies& own) {
 }
 
 TEST(DeclaredDependenciesTest, OfTenuresTheseAndNoOthers) {
-    EXPECT_EQ(declaredBy(TKTenure::Class),
-              (Dependencies{
-                  {"rentalPeriodicBilling", {"rentalBillingCycle", "rentalPeriod", "advancePeriod"}},
-                  {"advancePeriodicBilling", {"advanceBillingCycle", "advancePeriod"}},
-                  {"endDate", {"currentDate"}},
-                  {"name", {"tenant", "property"}},
-                  {"maximumChargableDays", {"startDate", "endDate", "rentalPeriodicBilling"}},
-                  {"chargableDays", {"maximumChargableDays", "chargeFullDuration", "advancePeriodicBilling"}},
-                  {"chargablePeriods", {"chargableDays", "rentalPeriod", "rentalAmount", "chargeBehaviour"}},
-                  {"numberOfDays", {"startDate", "endDate"}},
-                  {"numberOfPeriods", {"numberOfDays", "rentalPeriod", "rentalPeriodicBilling"}},
-                  {"totalCost", {"rentalAmount", "chargablePeriods"}},
-                  {"totalIncome", {"transactions"}},
-                  {"totalAdjustment", {"transactions", "bondAmount"}},
-                  {"balance", {"totalCost", "totalIncome", "totalAdjustment", "chargeBehaviour", "currencyCode"}},
-                  {"periods", {"chargablePeriods"}},
-              }));
+    EXPECT_EQ(
+        declaredBy(TKTenure::Class),
+        (Dependencies{
+            {"rentalPeriodicBilling", {"rentalBillingCycle", "rentalPeriod", "advancePeriod"}},
+            {"advancePeriodicBilling", {"advanceBillingCycle", "advancePeriod"}},
+            {"endDate", {"currentDate"}},
+            {"name", {"tenant", "property"}},
+            {"maximumChargableDays", {"startDate", "endDate", "rentalPeriodicBilling"}},
+            {"chargableDays", {"maximumChargableDays", "chargeFullDuration", "advancePeriodicBilling"}},
+            {"chargablePeriods", {"chargableDays", "rentalPeriod", "rentalAmount", "chargeBehaviour"}},
+            {"numberOfDays", {"startDate", "endDate"}},
+            {"numberOfPeriods", {"numberOfDays", "rentalPeriod", "rentalPeriodicBilling"}},
+            {"totalCost", {"rentalAmount", "chargablePeriods"}},
+            {"totalIncome", {"transactions"}},
+            {"totalAdjustment", {"transactions", "bondAmount"}},
+            {"balance", {"totalCost", "totalIncome", "totalAdjustment", "chargeBehaviour", "currencyCode"}},
+            {"periods", {"chargablePeriods"}},
+        }));
 }
 
 TEST(DeclaredDependenciesTest, OfPropertiesTheseAndNoOthers) {
-    EXPECT_EQ(declaredBy(TKProperty::Class), with(ofAccounts, {{"aggregateTransactions", {"tenures", "transactions"}},
-                                                               {"balance", {"tenureIncome", "totalIncome"}},
-                                                               {"tenureIncome", {"tenures"}},
-                                                               {"totalIncome", {"transactions"}},
-                                                               {"tenureBalance", {"tenures"}},
-                                                               {"currentTenures", {"currentDate"}}}));
+    EXPECT_EQ(declaredBy(TKProperty::Class),
+              with(ofAccounts, {{"aggregateTransactions", {"tenures", "transactions"}},
+                                {"balance", {"tenureIncome", "totalIncome"}},
+                                {"tenureIncome", {"tenures"}},
+                                {"totalIncome", {"transactions"}},
+                                {"tenureBalance", {"tenures"}},
+                                {"currentTenures", {"currentDate"}}}));
 }
 
 TEST(DeclaredDependenciesTest, OfTenantsTheseAndNoOthers) {
     EXPECT_EQ(declaredBy(TKTenant::Class), with(ofAccounts, {{"isActive", {"currentDate"}}}));
 }
 
-TEST(DeclaredDependenciesTest, OfAccountsTheseAndNoOthers) { EXPECT_EQ(declaredBy(TKAccount::Class), ofAccounts); }
+TEST(DeclaredDependenciesTest, OfAccountsTheseAndNoOthers) {
+    EXPECT_EQ(declaredBy(TKAccount::Class), ofAccounts);
+}
 
 TEST(DeclaredDependenciesTest, OfTransactionsTheseAndNoOthers) {
     EXPECT_EQ(declaredBy(TKTransaction::Class), ofTransactions);

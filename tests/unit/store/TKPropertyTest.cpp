@@ -25,7 +25,8 @@ using bookkit::text;
 class TKPropertyTest : public testing::Test {
 protected:
     /// A tenure of the house by its days; null stands for none.
-    Ref<TKTenure> let(std::optional<Date> start, std::optional<Date> end, const Ref<TKTenant>& tenant = nullptr) const {
+    Ref<TKTenure> let(std::optional<Date> start, std::optional<Date> end,
+                      const Ref<TKTenant>& tenant = nullptr) const {
         auto tenure = book.tenure();
         tenure->setStartDate(start);
         tenure->setEndDate(end);
@@ -33,7 +34,9 @@ protected:
         tenure->setProperty(house.get());
         return tenure;
     }
-    static std::vector<Value> membersOf(const Ref<Set>& set) { return {set->members().begin(), set->members().end()}; }
+    static std::vector<Value> membersOf(const Ref<Set>& set) {
+        return {set->members().begin(), set->members().end()};
+    }
 
     const DefaultZone zone{"Europe/Berlin"};
     const Book book;
@@ -65,7 +68,8 @@ TEST_F(TKPropertyTest, ThePeriodicNameIsThatOfTheRentalBillingCycle) {
     EXPECT_FALSE(house->periodicNameForRentalBillingCycle());
     for (const std::uint64_t cycle : {1u, 7u, 30u, 365u}) {
         house->setRentalBillingCycle(Number(cycle));
-        EXPECT_EQ(house->periodicNameForRentalBillingCycle(), TKPeriodicBilling::periodicNameForBillingCycle(cycle));
+        EXPECT_EQ(house->periodicNameForRentalBillingCycle(),
+                  TKPeriodicBilling::periodicNameForBillingCycle(cycle));
         EXPECT_TRUE(house->periodicNameForRentalBillingCycle());
     }
     house->setRentalBillingCycle(Number(2));
@@ -238,7 +242,8 @@ TEST_F(TKPropertyTest, AnAmountOfItsTransactionAnnouncesTheIncomeAndTheBalance) 
 
 TEST_F(TKPropertyTest, ANewTransactionAnnouncesTheIncomeAndWhatIsAggregated) {
     const auto listener = makeRef<Listener>();
-    for (const char* key : {"transactions", "totalIncome", "balance", "aggregateTransactions", "tenureIncome"})
+    for (const char* key :
+         {"transactions", "totalIncome", "balance", "aggregateTransactions", "tenureIncome"})
         listener->listenTo(*house, key);
     house->createTransaction();
     for (const char* key : {"transactions", "totalIncome", "balance", "aggregateTransactions"})

@@ -19,7 +19,9 @@ using bookkit::LogLines;
 using bookkit::shownText;
 using bookkit::text;
 
-Ref<String> name(std::string_view view) { return text(view); }
+Ref<String> name(std::string_view view) {
+    return text(view);
+}
 
 Ref<TKState> insertState(const Book& book, std::string_view stateName, const Value& value) {
     auto state = book.insert<TKState>("State");
@@ -35,7 +37,8 @@ TEST(TKStateTest, TheSettingNamesHaveTheirTexts) {
 
 TEST(TKStateTest, FetchingANameNobodyWroteFindsNothing) {
     const Book book;
-    const auto states = TKState::fetchStateForNameInManagedObjectContext(name("CurrencyCode"), book.context());
+    const auto states =
+        TKState::fetchStateForNameInManagedObjectContext(name("CurrencyCode"), book.context());
     ASSERT_TRUE(states);
     EXPECT_TRUE(states->empty());
     EXPECT_FALSE(book->hasChanges());
@@ -46,7 +49,8 @@ TEST(TKStateTest, FetchingANameFindsEveryStateOfThatName) {
     const auto first = insertState(book, "CurrencyCode", Value(name("EUR")));
     insertState(book, "BillingMode", Value(1));
     const auto second = insertState(book, "CurrencyCode", Value(name("USD")));
-    const auto states = TKState::fetchStateForNameInManagedObjectContext(name("CurrencyCode"), book.context());
+    const auto states =
+        TKState::fetchStateForNameInManagedObjectContext(name("CurrencyCode"), book.context());
     ASSERT_TRUE(states);
     EXPECT_EQ(*states, (std::vector{first, second}));
 }
@@ -63,7 +67,8 @@ TEST(TKStateTest, AskingTwiceForAMissingStateMakesOneObject) {
 
 TEST(TKStateTest, ALookUpThatMakesAStateLeavesItUnsaved) {
     const Book book;
-    const auto state = TKState::stateForKeyInManagedObjectContext(Ref<String>(TKBillingModeStateName), book.context());
+    const auto state =
+        TKState::stateForKeyInManagedObjectContext(Ref<String>(TKBillingModeStateName), book.context());
     EXPECT_TRUE(state->isInserted());
     EXPECT_EQ(state->managedObjectContext(), &book.context());
     EXPECT_EQ(state->entity().name(), "State");
@@ -87,8 +92,10 @@ TEST(TKStateTest, TheValueOfANameNeverWrittenIsAbsentAndNothingIsMade) {
 TEST(TKStateTest, TheValueIsTheVeryObjectThatWasWritten) {
     const Book book;
     const auto code = name("EUR");
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(code), book.context());
-    EXPECT_EQ(TKState::valueForNameInManagedObjectContext(name("CurrencyCode"), book.context()).string(), code);
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(code),
+                                                            book.context());
+    EXPECT_EQ(TKState::valueForNameInManagedObjectContext(name("CurrencyCode"), book.context()).string(),
+              code);
     EXPECT_EQ(book->fetchAll<TKState>("State").size(), 1u);
 }
 
@@ -123,7 +130,8 @@ TEST(TKStateTest, AnUpdateReachesWhoeverObservesTheValue) {
     const auto state = TKState::stateForKeyInManagedObjectContext(name("CurrencyCode"), book.context());
     const auto listener = makeRef<Listener>();
     listener->listenTo(*state, "value", ObservingNew, TKCurrencyCodeStateName);
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("NZD")), book.context());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("NZD")),
+                                                            book.context());
     ASSERT_EQ(listener->heard().size(), 1u);
     EXPECT_EQ(listener->heard()[0].context, TKCurrencyCodeStateName);
 }
@@ -157,7 +165,8 @@ TEST_F(TKStateDuplicatesTest, ReadingAValueWarnsAndReadsTheFirst) {
 }
 
 TEST_F(TKStateDuplicatesTest, UpdatingWarnsAndWritesTheFirstOnly) {
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("NZD")), book.context());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("NZD")),
+                                                            book.context());
     EXPECT_EQ(shownText(first->value().string()), "NZD");
     EXPECT_EQ(shownText(second->value().string()), "USD");
     EXPECT_EQ(book->fetchAll<TKState>("State").size(), 2u) << "duplicates are never removed";
@@ -165,7 +174,8 @@ TEST_F(TKStateDuplicatesTest, UpdatingWarnsAndWritesTheFirstOnly) {
 }
 
 TEST_F(TKStateDuplicatesTest, FetchingThemDoesNotWarn) {
-    EXPECT_EQ(TKState::fetchStateForNameInManagedObjectContext(name("CurrencyCode"), book.context())->size(), 2u);
+    EXPECT_EQ(TKState::fetchStateForNameInManagedObjectContext(name("CurrencyCode"), book.context())->size(),
+              2u);
     EXPECT_TRUE(log.lines().empty());
 }
 
@@ -178,8 +188,10 @@ TEST_F(TKStateDuplicatesTest, OnceOneIsDeletedTheOtherServesWithoutAWarning) {
 TEST(TKStateTest, NamesThatDifferOnlyInLetterCaseAreDifferentSettings) {
     const Book book;
     const LogLines log;
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")), book.context());
-    TKState::updateStateWithNameValueInManagedObjectContext(name("currencycode"), Value(name("USD")), book.context());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")),
+                                                            book.context());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("currencycode"), Value(name("USD")),
+                                                            book.context());
     EXPECT_EQ(book->fetchAll<TKState>("State").size(), 2u);
     const auto value = [&](std::string_view which) {
         return shownText(TKState::valueForNameInManagedObjectContext(name(which), book.context()).string());
@@ -199,26 +211,32 @@ TEST(TKStateTest, NamesThatAreOnlyCanonicallyEquivalentAreDifferentSettings) {
 TEST(TKStateTest, SettingsOfOneBookAreUnknownToAnother) {
     const Book book;
     const Book other;
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")), book.context());
-    EXPECT_TRUE(TKState::valueForNameInManagedObjectContext(name("CurrencyCode"), other.context()).isAbsent());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")),
+                                                            book.context());
+    EXPECT_TRUE(
+        TKState::valueForNameInManagedObjectContext(name("CurrencyCode"), other.context()).isAbsent());
 }
 
 TEST(TKStateTest, NothingHereSaves) {
     const Book book;
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")), book.context());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")),
+                                                            book.context());
     EXPECT_TRUE(book->hasChanges());
     EXPECT_TRUE(book->save());
     EXPECT_FALSE(book->hasChanges());
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("USD")), book.context());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("USD")),
+                                                            book.context());
     EXPECT_TRUE(book->hasChanges());
 }
 
 TEST(TKStateTest, AStateOutlivesASave) {
     const Book book;
-    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")), book.context());
+    TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(name("EUR")),
+                                                            book.context());
     ASSERT_TRUE(book->save());
-    EXPECT_EQ(shownText(TKState::valueForNameInManagedObjectContext(name("CurrencyCode"), book.context()).string()),
-              "EUR");
+    EXPECT_EQ(
+        shownText(TKState::valueForNameInManagedObjectContext(name("CurrencyCode"), book.context()).string()),
+        "EUR");
     EXPECT_EQ(book->fetchAll<TKState>("State").size(), 1u);
 }
 
@@ -229,16 +247,19 @@ TEST(TKStateTest, AFetchThatFailsCountsAsFindingNothing) {
     EXPECT_TRUE(TKState::valueForNameInManagedObjectContext(name("CurrencyCode"), *context).isAbsent());
     EXPECT_THROW((void)TKState::stateForKeyInManagedObjectContext(name("CurrencyCode"), *context),
                  InternalInconsistencyException);
-    EXPECT_THROW(TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(1), *context),
-                 InternalInconsistencyException);
+    EXPECT_THROW(
+        TKState::updateStateWithNameValueInManagedObjectContext(name("CurrencyCode"), Value(1), *context),
+        InternalInconsistencyException);
 }
 
 TEST(TKStateTest, AValueMayBeOfAnyKind) {
     const Book book;
-    for (const Value& value : {Value(true), Value(-3), Value(7u), Value(Decimal::parse("2.5")), Value(Date{12}),
-                               Value(name("EUR")), Value(Array::make({Value(1), Value(name("x"))}))}) {
+    for (const Value& value :
+         {Value(true), Value(-3), Value(7u), Value(Decimal::parse("2.5")), Value(Date{12}),
+          Value(name("EUR")), Value(Array::make({Value(1), Value(name("x"))}))}) {
         TKState::updateStateWithNameValueInManagedObjectContext(name("Anything"), value, book.context());
-        EXPECT_TRUE(TKState::valueForNameInManagedObjectContext(name("Anything"), book.context()).isIdentical(value))
+        EXPECT_TRUE(
+            TKState::valueForNameInManagedObjectContext(name("Anything"), book.context()).isIdentical(value))
             << value.description();
     }
 }

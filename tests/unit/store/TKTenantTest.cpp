@@ -131,7 +131,9 @@ TEST_F(TKTenantTest, AChangeInATenureDoesNotAnnounceTheTenantsSums) {
     EXPECT_EQ(smith->balance(), Decimal(995)) << "yet they are right when they are read";
 }
 
-TEST_F(TKTenantTest, TheBalanceKeepsTheDefaultOfAccountsApart) { EXPECT_EQ(smith->accountBalance(), 0.0F); }
+TEST_F(TKTenantTest, TheBalanceKeepsTheDefaultOfAccountsApart) {
+    EXPECT_EQ(smith->accountBalance(), 0.0F);
+}
 
 } // namespace
 } // namespace estatebook

@@ -169,7 +169,8 @@ class TransactionAnnouncementTest : public TKTransactionTest {
 protected:
     void listen(ObservableObject& owner) {
         for (const char* key : {"totalIncome", "totalAdjustment", "balance"})
-            if (&owner != house.get() || std::string(key) != "totalAdjustment") listener->listenTo(owner, key);
+            if (&owner != house.get() || std::string(key) != "totalAdjustment")
+                listener->listenTo(owner, key);
         listener->forget();
     }
     const Ref<TKProperty> house = book.property("Elm Street");

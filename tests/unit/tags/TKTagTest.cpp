@@ -29,7 +29,9 @@ using Names = std::vector<std::string>;
 
 class TKTagTest : public testing::Test {
 protected:
-    static Ref<TKTagNames> names(std::string_view editable) { return TKTagNames::initWithEditableString(editable); }
+    static Ref<TKTagNames> names(std::string_view editable) {
+        return TKTagNames::initWithEditableString(editable);
+    }
 
     /// A saved transaction with tags of these names, its names being the tags' own, as after a fetch.
     Ref<TKTenureTransaction> fetched(std::string_view editable) const {
@@ -114,7 +116,8 @@ TEST_F(TKTagTest, EachKindOfOwnerMakesTagsOfItsOwnEntity) {
 }
 
 TEST_F(TKTagTest, AnOwnerWithoutAContextCanMakeNoTags) {
-    const auto* entity = EntityDescription::entityForNameInManagedObjectContext("TenureTransaction", book.context());
+    const auto* entity =
+        EntityDescription::entityForNameInManagedObjectContext("TenureTransaction", book.context());
     const auto loose = refCast<TKTenureTransaction>(
         ManagedObject::initWithEntityInsertIntoManagedObjectContext(*entity, nullptr));
     EXPECT_THROW((void)loose->createTagWithName(text("Rent")), InvalidArgumentException);
@@ -190,7 +193,8 @@ TEST_F(TKTagTest, UpdatingLooksOnlyAtAsManyPlacesAsThereAreNames) {
 
 TEST_F(TKTagTest, UpdatingWithMoreNamesThanTagsRebuildsThem) {
     const auto owner = fetched("Rent");
-    const auto more = TKTagNames::initWithArray(Array::make({Value(owner->tags()[0].name()), Value(text("Garden"))}));
+    const auto more =
+        TKTagNames::initWithArray(Array::make({Value(owner->tags()[0].name()), Value(text("Garden"))}));
     TKTag::updateTagNamesForTaggableObject(more, *owner);
     EXPECT_EQ(namesOf(*owner), (Names{"Rent", "Garden"}));
     EXPECT_EQ(allTags().size(), 2u);

@@ -28,10 +28,20 @@ using bookkit::text;
 using Keys = std::set<std::string>;
 
 /// Every key a tenure derives from others.
-const Keys Derived{"rentalPeriodicBilling", "advancePeriodicBilling", "endDate",       "name",
-                   "maximumChargableDays",  "chargableDays",          "chargablePeriods", "numberOfDays",
-                   "numberOfPeriods",       "totalCost",              "totalIncome",   "totalAdjustment",
-                   "balance",               "periods"};
+const Keys Derived{"rentalPeriodicBilling",
+                   "advancePeriodicBilling",
+                   "endDate",
+                   "name",
+                   "maximumChargableDays",
+                   "chargableDays",
+                   "chargablePeriods",
+                   "numberOfDays",
+                   "numberOfPeriods",
+                   "totalCost",
+                   "totalIncome",
+                   "totalAdjustment",
+                   "balance",
+                   "periods"};
 
 class TKTenureAnnouncementTest : public testing::Test {
 protected:
@@ -39,7 +49,8 @@ protected:
         tenure->setCurrentDate(onDay(2025, 2, 16));
         tenure->setProperty(house.get());
         for (const std::string& key : Derived) ofTenure->listenTo(*tenure, key);
-        for (const char* key : {"tenureBalance", "tenureIncome", "balance", "totalIncome", "aggregateTransactions"})
+        for (const char* key :
+             {"tenureBalance", "tenureIncome", "balance", "totalIncome", "aggregateTransactions"})
             ofHouse->listenTo(*house, key);
     }
 
@@ -138,7 +149,8 @@ TEST_F(TKTenureAnnouncementTest, ATenantOrAPropertyReachesTheName) {
 TEST_F(TKTenureAnnouncementTest, ANewTransactionReachesTheTotals) {
     ofTenure->forget();
     tenure->createTransaction();
-    for (const char* key : {"totalIncome", "totalAdjustment", "balance"}) EXPECT_GE(ofTenure->times(key), 1u) << key;
+    for (const char* key : {"totalIncome", "totalAdjustment", "balance"})
+        EXPECT_GE(ofTenure->times(key), 1u) << key;
     EXPECT_EQ(ofTenure->times("totalCost"), 0u);
     EXPECT_EQ(ofTenure->times("periods"), 0u);
 }

@@ -25,7 +25,9 @@ using bookkit::onDay;
 using bookkit::shownText;
 using bookkit::text;
 
-Decimal decimal(std::string_view digits) { return Decimal::parse(digits); }
+Decimal decimal(std::string_view digits) {
+    return Decimal::parse(digits);
+}
 
 /// Puts a locale in the place of the current one for as long as it lives.
 class CurrentLocale {
@@ -45,7 +47,8 @@ std::string shown(const TKLedgerTransaction& line) {
     if (const auto when = line.when()) {
         const auto ymd = Calendar::current().civilDay(*when).yearMonthDay();
         char written[32];
-        std::snprintf(written, sizeof written, "%04d-%02d-%02d", static_cast<int>(ymd.year), ymd.month, ymd.day);
+        std::snprintf(written, sizeof written, "%04d-%02d-%02d", static_cast<int>(ymd.year), ymd.month,
+                      ymd.day);
         day = written;
     }
     const auto amount = line.amount();
@@ -224,7 +227,7 @@ TEST_F(TKTenureScheduleTest, AStartTenureHasOneRentLine) {
 TEST_F(TKTenureScheduleTest, AnEndTenureHasTwoRentLines) {
     tenure->setChargeBehaviour(Number(2));
     EXPECT_EQ(linesOf(rebuilt()), (Lines{"2025-02-01 -1000 Rent (Jan 1, 2025 \u2192 Feb 1, 2025)",
-                                        "2025-03-01 -1000 Rent (Feb 1, 2025 \u2192 Mar 1, 2025)"}));
+                                         "2025-03-01 -1000 Rent (Feb 1, 2025 \u2192 Mar 1, 2025)"}));
 }
 
 TEST_F(TKTenureScheduleTest, UnderAnotherBehaviourThePartialLineReplacesTheLastWholePeriod) {
@@ -287,10 +290,10 @@ TEST_F(TKTenureScheduleTest, RecordedTransactionsStandBetweenTheGeneratedLinesBy
     book.record(*tenure, 1, onDay(2025, 4, 1))->setWhat(text("Late"));
     book.record(*tenure, 2, onDay(2024, 12, 1))->setWhat(text("Early"));
     const auto statement = rebuilt();
-    EXPECT_EQ(linesOf(statement), (Lines{"2024-12-01 2 Early", "2025-01-01 -500 Bond Debit",
-                                        "2025-01-05 500 Bond paid",
-                                        "2025-02-01 -1000 Rent (Jan 1, 2025 \u2192 Feb 1, 2025)", "2025-02-10 1000 March",
-                                        "2025-03-01 -1000 Rent (Feb 1, 2025 \u2192 Mar 1, 2025)", "2025-04-01 1 Late"}));
+    EXPECT_EQ(linesOf(statement),
+              (Lines{"2024-12-01 2 Early", "2025-01-01 -500 Bond Debit", "2025-01-05 500 Bond paid",
+                     "2025-02-01 -1000 Rent (Jan 1, 2025 \u2192 Feb 1, 2025)", "2025-02-10 1000 March",
+                     "2025-03-01 -1000 Rent (Feb 1, 2025 \u2192 Mar 1, 2025)", "2025-04-01 1 Late"}));
     EXPECT_EQ(balancesOf(statement), (std::vector<Decimal>{2, -498, 2, -998, 2, -998, -997}));
     EXPECT_EQ(statement->amount(), tenure->balance());
 }
@@ -303,8 +306,9 @@ TEST_F(TKTenureScheduleTest, OnOneInstantRecordedLinesStandFirstInOrderOfCreatio
         book.record(*tenure, 1, onDay(2025, 1, 1))->setWhat(text(what));
     book.record(*tenure, 1)->setWhat(text("undated"));
     const auto lines = linesOf(rebuilt());
-    EXPECT_EQ(lines, (Lines{"undated 1 undated", "2025-01-01 1 first", "2025-01-01 1 second", "2025-01-01 1 third",
-                            "2025-01-01 -500 Bond Debit", "2025-01-01 -1000 Rent (Jan 1, 2025 \u2192 Feb 1, 2025)"}));
+    EXPECT_EQ(lines, (Lines{"undated 1 undated", "2025-01-01 1 first", "2025-01-01 1 second",
+                            "2025-01-01 1 third", "2025-01-01 -500 Bond Debit",
+                            "2025-01-01 -1000 Rent (Jan 1, 2025 \u2192 Feb 1, 2025)"}));
 }
 
 TEST_F(TKTenureScheduleTest, RecordedTransactionsAreTheVeryObjects) {
@@ -424,7 +428,8 @@ TEST_F(TKTenureScheduleTest, ATextKeepsTheDatesOfThePeriodWhenTheStatementWasMad
     const auto rows = tenure->updatePeriods();
     const auto statement = tenure->statement();
     (*rows)[0].setEndDate(onDay(2026, 1, 1));
-    EXPECT_EQ(shownText((*statement->items())[0].transaction()->what()), "Rent (Jan 1, 2025 \u2192 Feb 1, 2025)");
+    EXPECT_EQ(shownText((*statement->items())[0].transaction()->what()),
+              "Rent (Jan 1, 2025 \u2192 Feb 1, 2025)");
 }
 
 TEST_F(TKTenureScheduleTest, ATextIsOneObjectHoweverOftenItIsRead) {
@@ -441,7 +446,8 @@ TEST_F(TKTenureScheduleTest, EveryThreadThatReadsATextSeesTheSameOne) {
     std::vector<std::thread> threads;
     for (auto& texts : seen)
         threads.emplace_back([&read, &texts] {
-            for (const TKStatementItem& item : *read.items()) texts.push_back(item.transaction()->what().get());
+            for (const TKStatementItem& item : *read.items())
+                texts.push_back(item.transaction()->what().get());
         });
     for (auto& thread : threads) thread.join();
     for (const auto& texts : seen) EXPECT_EQ(texts, seen[0]);
@@ -504,19 +510,20 @@ TEST_F(TKTenureScheduleTest, ByHandAWeeklyTenureAheadByAFortnight) {
     tenure->setAdvanceBillingCycle(Number(7u));
     tenure->setAdvancePeriod(Number(2u));
     tenure->setCurrentDate(onDay(2025, 3, 20));
-    for (const int day : {3, 11, 18}) book.record(*tenure, decimal("175.50"), onDay(2025, 3, day, 12))->setWhat(text("Cash"));
+    for (const int day : {3, 11, 18})
+        book.record(*tenure, decimal("175.50"), onDay(2025, 3, day, 12))->setWhat(text("Cash"));
     const auto statement = rebuilt();
     EXPECT_EQ(tenure->chargableDays().unsignedIntegerValue(), 31u);
-    EXPECT_EQ(linesOf(statement), (Lines{"2025-03-03 -175.5 Rent (Mar 3, 2025 \u2192 Mar 10, 2025)", //
-                                        "2025-03-03 175.5 Cash",
-                                        "2025-03-10 -175.5 Rent (Mar 10, 2025 \u2192 Mar 17, 2025)", //
-                                        "2025-03-11 175.5 Cash",
-                                        "2025-03-17 -175.5 Rent (Mar 17, 2025 \u2192 Mar 24, 2025)", //
-                                        "2025-03-18 175.5 Cash",
-                                        "2025-03-24 -175.5 Rent (Mar 24, 2025 \u2192 Mar 31, 2025)",
-                                        "2025-03-31 -175.5 Rent (Mar 31, 2025 \u2192 Apr 7, 2025)"}));
-    EXPECT_EQ(balancesOf(statement),
-              (std::vector<Decimal>{decimal("-175.5"), 0, decimal("-175.5"), 0, decimal("-175.5"), 0, decimal("-175.5"), -351}));
+    EXPECT_EQ(linesOf(statement),
+              (Lines{"2025-03-03 -175.5 Rent (Mar 3, 2025 \u2192 Mar 10, 2025)", //
+                     "2025-03-03 175.5 Cash",
+                     "2025-03-10 -175.5 Rent (Mar 10, 2025 \u2192 Mar 17, 2025)", //
+                     "2025-03-11 175.5 Cash",
+                     "2025-03-17 -175.5 Rent (Mar 17, 2025 \u2192 Mar 24, 2025)", //
+                     "2025-03-18 175.5 Cash", "2025-03-24 -175.5 Rent (Mar 24, 2025 \u2192 Mar 31, 2025)",
+                     "2025-03-31 -175.5 Rent (Mar 31, 2025 \u2192 Apr 7, 2025)"}));
+    EXPECT_EQ(balancesOf(statement), (std::vector<Decimal>{decimal("-175.5"), 0, decimal("-175.5"), 0,
+                                                           decimal("-175.5"), 0, decimal("-175.5"), -351}));
     EXPECT_EQ(tenure->balance(), Decimal(-351));
 }
 
@@ -537,16 +544,15 @@ TEST_F(TKTenureScheduleTest, ByHandABondAnAdjustmentAndAnAnchorAtTheMonthsEnd) {
     book.record(*tenure, 150, onDay(2024, 12, 31), true)->setWhat(text("Heater"));
     const auto statement = rebuilt();
     EXPECT_EQ(tenure->chargableDays().unsignedIntegerValue(), 181u);
-    EXPECT_EQ(linesOf(statement), (Lines{"2024-08-30 1800 Bond", //
-                                        "2024-08-31 -1800 Bond Debit",
-                                        "2024-09-30 7000 Rent in one",
-                                        "2024-09-30 -1200 Rent (Aug 31, 2024 \u2192 Sep 30, 2024)",
-                                        "2024-10-31 -1200 Rent (Sep 30, 2024 \u2192 Oct 31, 2024)",
-                                        "2024-11-30 -1200 Rent (Oct 31, 2024 \u2192 Nov 30, 2024)",
-                                        "2024-12-31 150 Heater",
-                                        "2024-12-31 -1200 Rent (Nov 30, 2024 \u2192 Dec 31, 2024)",
-                                        "2025-01-31 -1200 Rent (Dec 31, 2024 \u2192 Jan 31, 2025)",
-                                        "2025-02-28 -1200 Rent (Jan 31, 2025 \u2192 Feb 28, 2025)"}));
+    EXPECT_EQ(linesOf(statement),
+              (Lines{"2024-08-30 1800 Bond", //
+                     "2024-08-31 -1800 Bond Debit", "2024-09-30 7000 Rent in one",
+                     "2024-09-30 -1200 Rent (Aug 31, 2024 \u2192 Sep 30, 2024)",
+                     "2024-10-31 -1200 Rent (Sep 30, 2024 \u2192 Oct 31, 2024)",
+                     "2024-11-30 -1200 Rent (Oct 31, 2024 \u2192 Nov 30, 2024)", "2024-12-31 150 Heater",
+                     "2024-12-31 -1200 Rent (Nov 30, 2024 \u2192 Dec 31, 2024)",
+                     "2025-01-31 -1200 Rent (Dec 31, 2024 \u2192 Jan 31, 2025)",
+                     "2025-02-28 -1200 Rent (Jan 31, 2025 \u2192 Feb 28, 2025)"}));
     EXPECT_EQ(balancesOf(statement),
               (std::vector<Decimal>{1800, 0, 7000, 5800, 4600, 3400, 3550, 2350, 1150, -50}));
     EXPECT_EQ(tenure->totalIncome(), Decimal(7000));

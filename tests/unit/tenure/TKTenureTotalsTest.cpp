@@ -19,7 +19,9 @@ using bookkit::HostOperationsGuard;
 using bookkit::onDay;
 using bookkit::text;
 
-Decimal decimal(std::string_view digits) { return Decimal::parse(digits); }
+Decimal decimal(std::string_view digits) {
+    return Decimal::parse(digits);
+}
 
 /// Monthly rent of 1000 from 1 January 2025, in arrears, on 16 February 2025.
 class TKTenureTotalsTest : public testing::Test {
@@ -166,8 +168,8 @@ TEST_F(TKTenureTotalsTest, DaysAreCountedByTheHost) {
 TEST_F(TKTenureTotalsTest, AHostsNegativeCountsCountAsVeryLargeSoThatTheOthersWin) {
     const HostOperationsGuard guard;
     hostOperations().daysUntil = [](Date from, Date to) {
-        return static_cast<std::uint64_t>(
-            Calendar::current().civilDay(to) - Calendar::current().civilDay(from));
+        return static_cast<std::uint64_t>(Calendar::current().civilDay(to) -
+                                          Calendar::current().civilDay(from));
     };
     tenure->setStartDate(onDay(2025, 4, 1));
     tenure->setAdvancePeriod(Number(1u));
