@@ -98,7 +98,8 @@ void GeneratedStatement_peer_icu(benchmark::State& state) {
 
 /// That many stored transactions, and the references a caller holds to them.
 struct Transactions {
-    explicit Transactions(std::int64_t count) : context(TKManagedObjectModel::inMemoryManagedObjectContext()) {
+    explicit Transactions(std::int64_t count)
+        : context(TKManagedObjectModel::inMemoryManagedObjectContext()) {
         lines.reserve(static_cast<std::size_t>(count));
         for (std::int64_t number = 0; number < count; ++number) {
             const auto transaction = context->insertNewObject<TKTenureTransaction>("TenureTransaction");

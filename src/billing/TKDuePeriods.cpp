@@ -20,7 +20,8 @@ std::uint64_t countOf(const Decimal& periods) {
 }
 
 /// The period at one place of the row that the calendar would make, without the row.
-Ref<TKPeriod> periodAt(const TKPeriodicBilling& billing, const std::optional<Date>& startDate, std::uint64_t place) {
+Ref<TKPeriod> periodAt(const TKPeriodicBilling& billing, const std::optional<Date>& startDate,
+                       std::uint64_t place) {
     // More periods, or cycles in one, than there are days in the years of books; their product could wrap around.
     constexpr std::uint64_t TooMany = std::uint64_t{1} << 31;
     const auto anchor = billing.dateWithZeroOffset(startDate);
@@ -38,7 +39,9 @@ Ref<TKPeriod> periodAt(const TKPeriodicBilling& billing, const std::optional<Dat
 
 TKDuePeriods::~TKDuePeriods() = default;
 
-bool TKDuePeriods::hasOutstandingBalance() const noexcept { return balance_ && *balance_ > Decimal::zero(); }
+bool TKDuePeriods::hasOutstandingBalance() const noexcept {
+    return balance_ && *balance_ > Decimal::zero();
+}
 
 void TKDuePeriods::readTenure(const TKTenure& tenure) {
     periods_ = tenure.periods();
@@ -51,8 +54,8 @@ void TKDuePeriods::readTenure(const TKTenure& tenure) {
     const Decimal divisor = rent.value_or(Decimal::zero());
     const Decimal received = tenure.totalIncome().decimalNumberByAdding(tenure.totalAdjustment());
     const std::uint64_t paid = countOf(received.decimalNumberByDividingBy(divisor));
-    const std::uint64_t charged = countOf(
-        decimalNumberByCeiling(decimalNumberByNegating(tenure.totalCost().decimalNumberByDividingBy(divisor))));
+    const std::uint64_t charged = countOf(decimalNumberByCeiling(
+        decimalNumberByNegating(tenure.totalCost().decimalNumberByDividingBy(divisor))));
     outstanding_ = {paid, charged > paid ? charged - paid : 0};
 
     const std::uint64_t place = std::max(paid, charged);

@@ -18,7 +18,8 @@ template <class T>
 T* insertOwned(std::string_view entityName, platform::ManagedObject& owner, platform::Key key) {
     platform::ManagedObjectContext* context = owner.managedObjectContext();
     if (!context)
-        throw platform::InvalidArgumentException(owner.description() + " is in no context and can own nothing");
+        throw platform::InvalidArgumentException(owner.description() +
+                                                 " is in no context and can own nothing");
     const auto object = context->insertNewObject<T>(entityName);
     object->setValueForKey(platform::Value(platform::Ref<platform::Object>(&owner)), key);
     return object.get();

@@ -19,7 +19,9 @@ class ESTATEBOOK_API TKAccount : public platform::Adopts<TKAccountProperties, TK
 public:
     using Adopts::Adopts;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
     static constexpr std::array Dependencies{platform::DependencyRow{keys::tagNames, {keys::tags}}};
 
     [[nodiscard]] std::optional<platform::Date> currentDate() const override {
@@ -31,7 +33,8 @@ public:
 
     /// tenuresActiveAtDate:
     /// The account's tenures that are active on the day of the date.
-    [[nodiscard]] platform::Ref<platform::Set> tenuresActiveAtDate(const std::optional<platform::Date>& date) const;
+    [[nodiscard]] platform::Ref<platform::Set>
+    tenuresActiveAtDate(const std::optional<platform::Date>& date) const;
 
     /// The balance as a plain number: the single-precision 0, which neither kind of account replaces.
     [[nodiscard]] virtual float accountBalance() const { return 0.0F; }
@@ -42,7 +45,9 @@ public:
 
     TKTag* createTagWithName(const platform::Ref<platform::String>& name) override;
     [[nodiscard]] platform::ToManyView<TKTag> tags() const override { return TKAccountProperties::tags(); }
-    void setTags(const platform::Ref<platform::OrderedSet>& tags) override { TKAccountProperties::setTags(tags); }
+    void setTags(const platform::Ref<platform::OrderedSet>& tags) override {
+        TKAccountProperties::setTags(tags);
+    }
 
     void willSave() override;
     void awakeFromFetch() override;

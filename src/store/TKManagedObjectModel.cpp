@@ -18,8 +18,8 @@ Ref<ManagedObjectModel> loadModel(Ref<Error>* error) {
     if (!path) {
         if (error)
             *error = Error::make("Persistence", static_cast<std::int64_t>(ModelErrorCode::Missing),
-                                 "The object model EstateBook.momd is not beside the library in " + bundle.folder() +
-                                     ". Install the library again.");
+                                 "The object model EstateBook.momd is not beside the library in " +
+                                     bundle.folder() + ". Install the library again.");
         return nullptr;
     }
     return ManagedObjectModel::modelWithContentsOfFile(*path, modelClasses(), error);

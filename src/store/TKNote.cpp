@@ -8,11 +8,14 @@ namespace estatebook {
 
 using namespace platform;
 
-constinit const ClassDescription TKNote::Class("TKNote", nullptr, {}, {}, noDependents, replacesAnnouncements<TKNote>);
+constinit const ClassDescription TKNote::Class("TKNote", nullptr, {}, {}, noDependents,
+                                               replacesAnnouncements<TKNote>);
 
 TKNote::~TKNote() = default;
 
-TKTag* TKNote::createTagWithName(const Ref<String>& name) { return insertTag("NoteTag", *this, name); }
+TKTag* TKNote::createTagWithName(const Ref<String>& name) {
+    return insertTag("NoteTag", *this, name);
+}
 
 void TKNote::willSave() {
     ManagedObject::willSave();

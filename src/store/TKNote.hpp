@@ -12,11 +12,15 @@ class ESTATEBOOK_API TKNote : public platform::Adopts<TKNoteProperties, TKTaggab
 public:
     using Adopts::Adopts;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
 
     TKTag* createTagWithName(const platform::Ref<platform::String>& name) override;
     [[nodiscard]] platform::ToManyView<TKTag> tags() const override { return TKNoteProperties::tags(); }
-    void setTags(const platform::Ref<platform::OrderedSet>& tags) override { TKNoteProperties::setTags(tags); }
+    void setTags(const platform::Ref<platform::OrderedSet>& tags) override {
+        TKNoteProperties::setTags(tags);
+    }
 
     void willSave() override;
     void awakeFromFetch() override;

@@ -61,20 +61,29 @@ Ref<String> TKProperty::currentTenuresNames() const {
         const TKTenant* tenant = tenure->tenant();
         const Ref<String> name = tenant ? tenant->name() : nullptr;
         if (!name)
-            throw InvalidArgumentException("a current tenure has no tenant, or one without a name, and cannot be listed");
+            throw InvalidArgumentException(
+                "a current tenure has no tenant, or one without a name, and cannot be listed");
         if (!std::exchange(isFirst, false)) names += ", ";
         names += name->view();
     }
     return String::make(names);
 }
 
-Decimal TKProperty::tenureIncome() const { return *valueForKeyPath("tenures.@sum.totalIncome").decimal(); }
+Decimal TKProperty::tenureIncome() const {
+    return *valueForKeyPath("tenures.@sum.totalIncome").decimal();
+}
 
-Decimal TKProperty::tenureBalance() const { return *valueForKeyPath("tenures.@sum.balance").decimal(); }
+Decimal TKProperty::tenureBalance() const {
+    return *valueForKeyPath("tenures.@sum.balance").decimal();
+}
 
-Decimal TKProperty::totalIncome() const { return *valueForKeyPath("transactions.@sum.amount").decimal(); }
+Decimal TKProperty::totalIncome() const {
+    return *valueForKeyPath("transactions.@sum.amount").decimal();
+}
 
-Decimal TKProperty::balance() const { return tenureIncome().decimalNumberByAdding(totalIncome()); }
+Decimal TKProperty::balance() const {
+    return tenureIncome().decimalNumberByAdding(totalIncome());
+}
 
 Ref<Set> TKProperty::aggregateTransactions() const {
     std::vector<Value> all;
@@ -93,10 +102,16 @@ TKPropertyTransaction* TKProperty::createTransaction() {
     return insertOwned<TKPropertyTransaction>("PropertyTransaction", *this, keys::property);
 }
 
-ToManyView<TKTransaction> TKProperty::transactions() const { return TKPropertyProperties::transactions(); }
+ToManyView<TKTransaction> TKProperty::transactions() const {
+    return TKPropertyProperties::transactions();
+}
 
-TKPropertyNote* TKProperty::createNote() { return insertOwned<TKPropertyNote>("PropertyNote", *this, keys::property); }
+TKPropertyNote* TKProperty::createNote() {
+    return insertOwned<TKPropertyNote>("PropertyNote", *this, keys::property);
+}
 
-ToManyView<TKNote> TKProperty::notes() const { return TKPropertyProperties::notes(); }
+ToManyView<TKNote> TKProperty::notes() const {
+    return TKPropertyProperties::notes();
+}
 
 } // namespace estatebook

@@ -23,7 +23,9 @@ class ESTATEBOOK_API TKProperty final : public platform::Adopts<TKPropertyProper
 public:
     using Adopts::Adopts;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
     static constexpr auto Dependencies = platform::withInherited(
         TKAccount::Dependencies,
         std::array{
@@ -68,7 +70,9 @@ public:
     }
     TKPropertyNote* createNote() override;
     [[nodiscard]] platform::ToManyView<TKNote> notes() const override;
-    void setNotes(const platform::Ref<platform::Set>& notes) override { TKPropertyProperties::setNotes(notes); }
+    void setNotes(const platform::Ref<platform::Set>& notes) override {
+        TKPropertyProperties::setNotes(notes);
+    }
 
 private:
     ~TKProperty() override;

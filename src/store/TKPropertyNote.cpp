@@ -6,7 +6,7 @@ namespace estatebook {
 using namespace platform;
 
 constinit const ClassDescription TKPropertyNote::Class("TKPropertyNote", &TKNote::Class, {}, {}, noDependents,
-                                                      replacesAnnouncements<TKPropertyNote>);
+                                                       replacesAnnouncements<TKPropertyNote>);
 
 TKPropertyNote::~TKPropertyNote() = default;
 

@@ -11,7 +11,9 @@ class ESTATEBOOK_API TKPropertyNote final : public TKPropertyNoteProperties {
 public:
     using TKPropertyNoteProperties::TKPropertyNoteProperties;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
 
 private:
     ~TKPropertyNote() override;

@@ -28,13 +28,15 @@ Ref<String> TKPropertyTransaction::name() const {
 void TKPropertyTransaction::willChangeValueForKey(Key key) {
     TKTransaction::willChangeValueForKey(key);
     TKProperty* owner = property();
-    if (owner && (key == keys::amount || key == keys::adjustment)) owner->willChangeValueForKey(keys::totalIncome);
+    if (owner && (key == keys::amount || key == keys::adjustment))
+        owner->willChangeValueForKey(keys::totalIncome);
 }
 
 void TKPropertyTransaction::didChangeValueForKey(Key key) {
     TKTransaction::didChangeValueForKey(key);
     TKProperty* owner = property();
-    if (owner && (key == keys::amount || key == keys::adjustment)) owner->didChangeValueForKey(keys::totalIncome);
+    if (owner && (key == keys::amount || key == keys::adjustment))
+        owner->didChangeValueForKey(keys::totalIncome);
 }
 
 } // namespace estatebook

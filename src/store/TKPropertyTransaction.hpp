@@ -12,7 +12,9 @@ class ESTATEBOOK_API TKPropertyTransaction final : public TKPropertyTransactionP
 public:
     using TKPropertyTransactionProperties::TKPropertyTransactionProperties;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
 
     /// The property's plain name; null without a property.
     [[nodiscard]] platform::Ref<platform::String> name() const;

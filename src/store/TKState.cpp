@@ -52,7 +52,8 @@ TKState::fetchStateForNameInManagedObjectContext(const Ref<String>& name, Manage
     return states;
 }
 
-Ref<TKState> TKState::stateForKeyInManagedObjectContext(const Ref<String>& name, ManagedObjectContext& context) {
+Ref<TKState> TKState::stateForKeyInManagedObjectContext(const Ref<String>& name,
+                                                        ManagedObjectContext& context) {
     if (auto state = firstState(name, context)) return state;
     return insertState(name, Value(), context);
 }

@@ -22,7 +22,9 @@ class ESTATEBOOK_API TKState final : public TKStateProperties {
 public:
     using TKStateProperties::TKStateProperties;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
 
     /// fetchStateForName:inManagedObjectContext:
     /// Every setting of the name; none when the fetch fails.
@@ -39,8 +41,9 @@ public:
 
     /// valueForName:inManagedObjectContext:
     /// The value of the setting; absent when there is none, and nothing is made.
-    [[nodiscard]] static platform::Value valueForNameInManagedObjectContext(const platform::Ref<platform::String>& name,
-                                                                            platform::ManagedObjectContext& context);
+    [[nodiscard]] static platform::Value
+    valueForNameInManagedObjectContext(const platform::Ref<platform::String>& name,
+                                       platform::ManagedObjectContext& context);
 
     /// updateStateWithName:value:inManagedObjectContext:
     /// Sets the value, which may be absent, and makes the setting when there is none.

@@ -27,25 +27,42 @@ constinit const ClassDescription TKTenant::Class("TKTenant", &TKAccount::Class, 
 
 TKTenant::~TKTenant() = default;
 
-Decimal TKTenant::balance() const { return *valueForKeyPath("tenures.@sum.balance").decimal(); }
+Decimal TKTenant::balance() const {
+    return *valueForKeyPath("tenures.@sum.balance").decimal();
+}
 
-Decimal TKTenant::totalIncome() const { return *valueForKeyPath("tenures.@sum.totalIncome").decimal(); }
+Decimal TKTenant::totalIncome() const {
+    return *valueForKeyPath("tenures.@sum.totalIncome").decimal();
+}
 
-Decimal TKTenant::totalCost() const { return *valueForKeyPath("tenures.@sum.totalCost").decimal(); }
+Decimal TKTenant::totalCost() const {
+    return *valueForKeyPath("tenures.@sum.totalCost").decimal();
+}
 
-Ref<Set> TKTenant::transactions() const { return valueForKeyPath("tenures.@unionOfSets.transactions").as<Set>(); }
+Ref<Set> TKTenant::transactions() const {
+    return valueForKeyPath("tenures.@unionOfSets.transactions").as<Set>();
+}
 
 bool TKTenant::isActiveAtDate(const std::optional<Date>& date) const {
     const auto all = tenures();
-    return std::any_of(all.begin(), all.end(), [&](const TKTenure& tenure) { return tenure.isActiveAtDate(date); });
+    return std::any_of(all.begin(), all.end(),
+                       [&](const TKTenure& tenure) { return tenure.isActiveAtDate(date); });
 }
 
-bool TKTenant::isActive() const { return isActiveAtDate(currentDate()); }
+bool TKTenant::isActive() const {
+    return isActiveAtDate(currentDate());
+}
 
-bool TKTenant::isBalanced() const { return balance() >= Decimal::zero(); }
+bool TKTenant::isBalanced() const {
+    return balance() >= Decimal::zero();
+}
 
-TKTenantNote* TKTenant::createNote() { return insertOwned<TKTenantNote>("TenantNote", *this, keys::tenant); }
+TKTenantNote* TKTenant::createNote() {
+    return insertOwned<TKTenantNote>("TenantNote", *this, keys::tenant);
+}
 
-ToManyView<TKNote> TKTenant::notes() const { return TKTenantProperties::notes(); }
+ToManyView<TKNote> TKTenant::notes() const {
+    return TKTenantProperties::notes();
+}
 
 } // namespace estatebook

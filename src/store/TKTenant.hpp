@@ -15,7 +15,9 @@ class ESTATEBOOK_API TKTenant final : public platform::Adopts<TKTenantProperties
 public:
     using Adopts::Adopts;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
     static constexpr auto Dependencies = platform::withInherited(
         TKAccount::Dependencies, std::array{platform::DependencyRow{keys::isActive, {keys::currentDate}}});
 

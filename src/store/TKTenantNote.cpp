@@ -6,7 +6,7 @@ namespace estatebook {
 using namespace platform;
 
 constinit const ClassDescription TKTenantNote::Class("TKTenantNote", &TKNote::Class, {}, {}, noDependents,
-                                                      replacesAnnouncements<TKTenantNote>);
+                                                     replacesAnnouncements<TKTenantNote>);
 
 TKTenantNote::~TKTenantNote() = default;
 

@@ -11,7 +11,9 @@ class ESTATEBOOK_API TKTenantNote final : public TKTenantNoteProperties {
 public:
     using TKTenantNoteProperties::TKTenantNoteProperties;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
 
 private:
     ~TKTenantNote() override;

@@ -6,7 +6,7 @@ namespace estatebook {
 using namespace platform;
 
 constinit const ClassDescription TKTenureNote::Class("TKTenureNote", &TKNote::Class, {}, {}, noDependents,
-                                                      replacesAnnouncements<TKTenureNote>);
+                                                     replacesAnnouncements<TKTenureNote>);
 
 TKTenureNote::~TKTenureNote() = default;
 

@@ -11,7 +11,9 @@ class ESTATEBOOK_API TKTenureNote final : public TKTenureNoteProperties {
 public:
     using TKTenureNoteProperties::TKTenureNoteProperties;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
 
 private:
     ~TKTenureNote() override;

@@ -14,15 +14,16 @@ namespace {
 constexpr auto closure = closureOf(TKTenureTransaction::Dependencies);
 constexpr Property properties[] = {
     derived<&TKTenureTransaction::name>(keys::name),
-    {.key = keys::property, .get = [](const ObservableObject& object) -> Value {
+    {.key = keys::property,
+     .get = [](const ObservableObject& object) -> Value {
          return Value(Ref<TKProperty>(static_cast<const TKTenureTransaction&>(object).property()));
      }},
 };
 
 } // namespace
 
-constinit const ClassDescription TKTenureTransaction::Class("TKTenureTransaction", &TKTransaction::Class, properties,
-                                                            Dependencies, dependentsIn<closure>,
+constinit const ClassDescription TKTenureTransaction::Class("TKTenureTransaction", &TKTransaction::Class,
+                                                            properties, Dependencies, dependentsIn<closure>,
                                                             replacesAnnouncements<TKTenureTransaction>);
 
 TKTenureTransaction::~TKTenureTransaction() = default;

@@ -16,9 +16,11 @@ class ESTATEBOOK_API TKTenureTransaction : public TKTenureTransactionProperties 
 public:
     using TKTenureTransactionProperties::TKTenureTransactionProperties;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
-    static constexpr auto Dependencies =
-        platform::withInherited(TKTransaction::Dependencies, std::array{platform::DependencyRow{keys::property, {keys::tenure}}});
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
+    static constexpr auto Dependencies = platform::withInherited(
+        TKTransaction::Dependencies, std::array{platform::DependencyRow{keys::property, {keys::tenure}}});
 
     /// The name of the tenure's tenant; null when either is missing.
     [[nodiscard]] platform::Ref<platform::String> name() const;

@@ -17,7 +17,8 @@ constexpr Property properties[] = {writable<&TKTransaction::what, &TKTransaction
 } // namespace
 
 constinit const ClassDescription TKTransaction::Class("TKTransaction", nullptr, properties, Dependencies,
-                                                      dependentsIn<closure>, replacesAnnouncements<TKTransaction>);
+                                                      dependentsIn<closure>,
+                                                      replacesAnnouncements<TKTransaction>);
 
 TKTransaction::~TKTransaction() = default;
 
@@ -35,7 +36,9 @@ std::weak_ordering TKTransaction::compare(const TKTransaction& other) const {
     return *mine > *theirs ? std::weak_ordering::greater : std::weak_ordering::equivalent;
 }
 
-TKTag* TKTransaction::createTagWithName(const Ref<String>& name) { return insertTag("TransactionTag", *this, name); }
+TKTag* TKTransaction::createTagWithName(const Ref<String>& name) {
+    return insertTag("TransactionTag", *this, name);
+}
 
 void TKTransaction::willSave() {
     ManagedObject::willSave();

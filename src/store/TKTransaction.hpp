@@ -25,7 +25,9 @@ class ESTATEBOOK_API TKTransaction
 public:
     using Adopts::Adopts;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
     static constexpr std::array Dependencies{
         platform::DependencyRow{keys::categoryName, {keys::what}},
         platform::DependencyRow{keys::details, {keys::what}},
@@ -34,9 +36,15 @@ public:
     [[nodiscard]] std::optional<platform::Decimal> amount() const override {
         return TKTransactionProperties::amount();
     }
-    [[nodiscard]] platform::Ref<platform::String> what() const override { return TKTransactionProperties::what(); }
-    [[nodiscard]] std::optional<platform::Date> when() const override { return TKTransactionProperties::when(); }
-    [[nodiscard]] platform::Ref<TKTagNames> tagNames() const override { return TKTransactionProperties::tagNames(); }
+    [[nodiscard]] platform::Ref<platform::String> what() const override {
+        return TKTransactionProperties::what();
+    }
+    [[nodiscard]] std::optional<platform::Date> when() const override {
+        return TKTransactionProperties::when();
+    }
+    [[nodiscard]] platform::Ref<TKTagNames> tagNames() const override {
+        return TKTransactionProperties::tagNames();
+    }
 
     /// Whether the transaction is a correction, which counts among a tenure's adjustments; absent means it is none.
     [[nodiscard]] bool isAdjustment() const;
@@ -47,8 +55,12 @@ public:
     [[nodiscard]] std::weak_ordering compare(const TKTransaction& other) const;
 
     TKTag* createTagWithName(const platform::Ref<platform::String>& name) override;
-    [[nodiscard]] platform::ToManyView<TKTag> tags() const override { return TKTransactionProperties::tags(); }
-    void setTags(const platform::Ref<platform::OrderedSet>& tags) override { TKTransactionProperties::setTags(tags); }
+    [[nodiscard]] platform::ToManyView<TKTag> tags() const override {
+        return TKTransactionProperties::tags();
+    }
+    void setTags(const platform::Ref<platform::OrderedSet>& tags) override {
+        TKTransactionProperties::setTags(tags);
+    }
 
     void willSave() override;
     void awakeFromFetch() override;

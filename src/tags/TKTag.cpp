@@ -13,14 +13,16 @@ namespace estatebook {
 
 using namespace platform;
 
-constinit const ClassDescription TKTag::Class("TKTag", nullptr, {}, {}, noDependents, replacesAnnouncements<TKTag>);
+constinit const ClassDescription TKTag::Class("TKTag", nullptr, {}, {}, noDependents,
+                                              replacesAnnouncements<TKTag>);
 
 Ref<TKTagNames> TKTag::fetchTagNamesFromTaggableObject(const TKTaggable& owner) {
     const auto tags = owner.tags();
     std::vector<Value> names;
     names.reserve(tags.count());
     for (const TKTag& tag : tags) {
-        if (!tag.name()) throw InvalidArgumentException("a tag without a name cannot be listed among the tag names");
+        if (!tag.name())
+            throw InvalidArgumentException("a tag without a name cannot be listed among the tag names");
         names.emplace_back(tag.name());
     }
     return TKTagNames::initWithArray(Array::make(std::move(names)));
@@ -33,7 +35,8 @@ void TKTag::replaceTagNamesForTaggableObject(const Ref<TKTagNames>& names, TKTag
         object.managedObjectContext()->deleteObject(tags.objectAtIndex(index));
     tags.removeAllObjects();
     if (!names) return;
-    for (const Value& name : names->items()->members()) tags.addObject(*owner.createTagWithName(name.string()));
+    for (const Value& name : names->items()->members())
+        tags.addObject(*owner.createTagWithName(name.string()));
 }
 
 void TKTag::updateTagNamesForTaggableObject(const Ref<TKTagNames>& names, TKTaggable& owner) {

@@ -22,7 +22,9 @@ class ESTATEBOOK_API TKTag final : public TKTagProperties {
 public:
     using TKTagProperties::TKTagProperties;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
 
     /// fetchTagNamesFromTaggableObject:
     /// The names of the owner's tags, in order, as the very objects the tags hold. A tag without a name raises

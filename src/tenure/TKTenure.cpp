@@ -49,7 +49,9 @@ constexpr Property properties[] = {
 constexpr std::string_view functionalNames[] = {"start", "partial", "end"};
 
 /// As a format prints it: "(null)" for what is absent.
-std::string printed(const Ref<String>& text) { return Value(text).description(); }
+std::string printed(const Ref<String>& text) {
+    return Value(text).description();
+}
 
 std::string printed(const std::optional<Date>& date) {
     return date ? TKTenure::sharedDateFormatter()->stringFromDate(*date) : Value().description();
@@ -57,8 +59,8 @@ std::string printed(const std::optional<Date>& date) {
 
 } // namespace
 
-constinit const ClassDescription TKTenure::Class("TKTenure", nullptr, properties, Dependencies, dependentsIn<closure>,
-                                                 replacesAnnouncements<TKTenure>);
+constinit const ClassDescription TKTenure::Class("TKTenure", nullptr, properties, Dependencies,
+                                                 dependentsIn<closure>, replacesAnnouncements<TKTenure>);
 
 TKTenure::~TKTenure() = default;
 
@@ -90,7 +92,9 @@ Ref<TKPeriodicBilling> TKTenure::advancePeriodicBilling() const {
                                                                 unsignedValue(advancePeriod()));
 }
 
-Ref<TKDuePeriods> TKTenure::duePeriods() const { return TKDuePeriods::duePeriodsForTenure(*this); }
+Ref<TKDuePeriods> TKTenure::duePeriods() const {
+    return TKDuePeriods::duePeriodsForTenure(*this);
+}
 
 Ref<String> TKTenure::periodicNameForRentalBillingCycle() const {
     return TKPeriodicBilling::periodicNameForBillingCycle(unsignedValue(rentalBillingCycle()));
@@ -114,8 +118,9 @@ Ref<String> TKTenure::name() const {
     const TKProperty* let = property();
     const TKTenant* letTo = tenant();
     const auto end = endDate();
-    return String::make(printed(let ? let->name() : nullptr) + " - " + printed(letTo ? letTo->name() : nullptr) +
-                        " (" + printed(startDate()) + " → " + (end ? printed(end) : "...") + ")");
+    return String::make(printed(let ? let->name() : nullptr) + " - " +
+                        printed(letTo ? letTo->name() : nullptr) + " (" + printed(startDate()) + " → " +
+                        (end ? printed(end) : "...") + ")");
 }
 
 // Validation
@@ -125,7 +130,8 @@ bool TKTenure::validateDuration(Ref<Error>* error) const {
     const auto end = endDate();
     if (!end || (start && *start <= *end)) return true;
     if (error)
-        *error = Error::make("Validation", -1, "Tenure end date must be greater or equal to the tenure start date");
+        *error = Error::make("Validation", -1,
+                             "Tenure end date must be greater or equal to the tenure start date");
     return false;
 }
 
@@ -157,10 +163,16 @@ TKTenureTransaction* TKTenure::createTransaction() {
     return transaction;
 }
 
-ToManyView<TKTransaction> TKTenure::transactions() const { return TKTenureProperties::transactions(); }
+ToManyView<TKTransaction> TKTenure::transactions() const {
+    return TKTenureProperties::transactions();
+}
 
-TKTenureNote* TKTenure::createNote() { return insertOwned<TKTenureNote>("TenureNote", *this, keys::tenure); }
+TKTenureNote* TKTenure::createNote() {
+    return insertOwned<TKTenureNote>("TenureNote", *this, keys::tenure);
+}
 
-ToManyView<TKNote> TKTenure::notes() const { return TKTenureProperties::notes(); }
+ToManyView<TKNote> TKTenure::notes() const {
+    return TKTenureProperties::notes();
+}
 
 } // namespace estatebook

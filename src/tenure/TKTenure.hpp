@@ -48,31 +48,38 @@ enum TKChargeBehaviour : std::uint64_t {
     TKChargeBehaviourEnd = 2,
 };
 
-class ESTATEBOOK_API TKTenure : public platform::Adopts<TKTenureProperties, TKCurrentDate, TKLedger, TKNotable> {
+class ESTATEBOOK_API TKTenure
+    : public platform::Adopts<TKTenureProperties, TKCurrentDate, TKLedger, TKNotable> {
 public:
     using Adopts::Adopts;
     static const platform::ClassDescription Class;
-    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override { return Class; }
+    [[nodiscard]] const platform::ClassDescription& classDescription() const noexcept override {
+        return Class;
+    }
     static constexpr std::array Dependencies{
         platform::DependencyRow{keys::rentalPeriodicBilling,
                                 {keys::rentalBillingCycle, keys::rentalPeriod, keys::advancePeriod}},
-        platform::DependencyRow{keys::advancePeriodicBilling, {keys::advanceBillingCycle, keys::advancePeriod}},
+        platform::DependencyRow{keys::advancePeriodicBilling,
+                                {keys::advanceBillingCycle, keys::advancePeriod}},
         platform::DependencyRow{keys::endDate, {keys::currentDate}},
         platform::DependencyRow{keys::name, {keys::tenant, keys::property}},
         platform::DependencyRow{keys::maximumChargableDays,
                                 {keys::startDate, keys::endDate, keys::rentalPeriodicBilling}},
-        platform::DependencyRow{keys::chargableDays, {keys::maximumChargableDays, keys::chargeFullDuration,
-                                                      keys::advancePeriodicBilling}},
-        platform::DependencyRow{keys::chargablePeriods, {keys::chargableDays, keys::rentalPeriod, keys::rentalAmount,
-                                                         keys::chargeBehaviour}},
+        platform::DependencyRow{
+            keys::chargableDays,
+            {keys::maximumChargableDays, keys::chargeFullDuration, keys::advancePeriodicBilling}},
+        platform::DependencyRow{
+            keys::chargablePeriods,
+            {keys::chargableDays, keys::rentalPeriod, keys::rentalAmount, keys::chargeBehaviour}},
         platform::DependencyRow{keys::numberOfDays, {keys::startDate, keys::endDate}},
         platform::DependencyRow{keys::numberOfPeriods,
                                 {keys::numberOfDays, keys::rentalPeriod, keys::rentalPeriodicBilling}},
         platform::DependencyRow{keys::totalCost, {keys::rentalAmount, keys::chargablePeriods}},
         platform::DependencyRow{keys::totalIncome, {keys::transactions}},
         platform::DependencyRow{keys::totalAdjustment, {keys::transactions, keys::bondAmount}},
-        platform::DependencyRow{keys::balance, {keys::totalCost, keys::totalIncome, keys::totalAdjustment,
-                                                keys::chargeBehaviour, keys::currencyCode}},
+        platform::DependencyRow{keys::balance,
+                                {keys::totalCost, keys::totalIncome, keys::totalAdjustment,
+                                 keys::chargeBehaviour, keys::currencyCode}},
         platform::DependencyRow{keys::periods, {keys::chargablePeriods}},
     };
 
@@ -85,12 +92,18 @@ public:
 
     // Values that are not stored: the book's settings as the tenure knows them.
 
-    [[nodiscard]] const platform::Ref<TKState>& currencyCodeState() const noexcept { return currencyCodeState_; }
+    [[nodiscard]] const platform::Ref<TKState>& currencyCodeState() const noexcept {
+        return currencyCodeState_;
+    }
     void setCurrencyCodeState(const platform::Ref<TKState>& state);
     /// The code of the currency the rent is kept in; null when it is not known.
-    [[nodiscard]] const platform::Ref<platform::String>& currencyCode() const noexcept { return currencyCode_; }
+    [[nodiscard]] const platform::Ref<platform::String>& currencyCode() const noexcept {
+        return currencyCode_;
+    }
     void setCurrencyCode(const platform::Ref<platform::String>& code);
-    [[nodiscard]] const platform::Ref<TKState>& billingModeState() const noexcept { return billingModeState_; }
+    [[nodiscard]] const platform::Ref<TKState>& billingModeState() const noexcept {
+        return billingModeState_;
+    }
     void setBillingModeState(const platform::Ref<TKState>& state);
     /// For the application; no value here depends on it.
     [[nodiscard]] std::uint64_t billingMode() const noexcept { return billingMode_; }

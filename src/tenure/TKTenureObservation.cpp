@@ -12,7 +12,8 @@ struct PassedOn {
     Key key;
     Key ofProperty;
 };
-constexpr PassedOn passedOn[] = {{keys::balance, keys::tenureBalance}, {keys::totalIncome, keys::tenureIncome}};
+constexpr PassedOn passedOn[] = {{keys::balance, keys::tenureBalance},
+                                 {keys::totalIncome, keys::tenureIncome}};
 
 } // namespace
 

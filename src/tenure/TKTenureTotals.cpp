@@ -60,9 +60,12 @@ Decimal TKTenure::chargablePeriods() const {
     const Decimal periods =
         rentalPeriodicBilling()->periodsFromDateForDays(startDate(), chargableDays().unsignedIntegerValue());
     switch (unsignedValue(chargeBehaviour())) {
-    case TKChargeBehaviourEnd: return decimalNumberByCeiling(periods);
-    case TKChargeBehaviourStart: return decimalNumberByFlooring(periods);
-    default: return periods;
+    case TKChargeBehaviourEnd:
+        return decimalNumberByCeiling(periods);
+    case TKChargeBehaviourStart:
+        return decimalNumberByFlooring(periods);
+    default:
+        return periods;
     }
 }
 
@@ -71,13 +74,15 @@ Decimal TKTenure::chargablePeriods() const {
 std::optional<Number> TKTenure::numberOfDays() const {
     const auto start = startDate();
     if (!start) return std::nullopt;
-    return Number(daysBetweenMidnights(*rentalPeriodicBilling(), start, endDate() ? endDate() : currentDate()));
+    return Number(
+        daysBetweenMidnights(*rentalPeriodicBilling(), start, endDate() ? endDate() : currentDate()));
 }
 
 void TKTenure::setNumberOfDays(const std::optional<Number>& days) {
     const auto start = startDate();
-    setEndDate(start ? Calendar::current().dateByAdding(CalendarUnit::Day, days ? days->integerValue() : 0, *start)
-                     : std::nullopt);
+    setEndDate(
+        start ? Calendar::current().dateByAdding(CalendarUnit::Day, days ? days->integerValue() : 0, *start)
+              : std::nullopt);
 }
 
 std::optional<Decimal> TKTenure::numberOfPeriods() const {
@@ -126,6 +131,8 @@ Decimal TKTenure::balance() const {
         hostOperations().currencyRoundingBehaviourForCurrencyCode(currencyCode()));
 }
 
-bool TKTenure::isBalanced() const { return balance() >= Decimal::zero(); }
+bool TKTenure::isBalanced() const {
+    return balance() >= Decimal::zero();
+}
 
 } // namespace estatebook

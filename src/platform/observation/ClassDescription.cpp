@@ -35,10 +35,13 @@ struct ClassDescription::Index {
     const Index* stale = nullptr;
 };
 
-bool ClassDescription::anyAdded() noexcept { return additionsMade > 0; }
+bool ClassDescription::anyAdded() noexcept {
+    return additionsMade > 0;
+}
 
 ClassDescription::Additions& ClassDescription::additions() const {
-    if (!additions_) additions_ = new Additions; // lives as long as the class, which is as long as the program
+    if (!additions_)
+        additions_ = new Additions; // lives as long as the class, which is as long as the program
     return *additions_;
 }
 
@@ -135,7 +138,8 @@ void ClassDescription::addDependency(Key dependent, std::string_view keyPath) co
     if (path.size() == 1)
         additions().rows.emplace_back(dependent, std::initializer_list<Key>{path.front()});
     else
-        additions().paths.push_back(std::make_unique<PathDependency>(PathDependency{dependent, std::move(path)}));
+        additions().paths.push_back(
+            std::make_unique<PathDependency>(PathDependency{dependent, std::move(path)}));
     ++additionsMade;
 }
 
@@ -150,9 +154,9 @@ std::vector<const ClassDescription::PathDependency*> ClassDescription::pathDepen
 namespace detail {
 
 void refuseValue(Key key, const Value& value) {
-    throw InvalidArgumentException("the value " + value.description() + " is of a kind that " +
-                                   (key ? "\"" + std::string(key.name()) + "\"" : std::string("the property")) +
-                                   " does not take");
+    throw InvalidArgumentException(
+        "the value " + value.description() + " is of a kind that " +
+        (key ? "\"" + std::string(key.name()) + "\"" : std::string("the property")) + " does not take");
 }
 
 } // namespace detail

@@ -105,7 +105,9 @@ std::span<const Key> dependentsIn(Key key) noexcept {
     return C.dependentsOf(key);
 }
 /// For a class without dependency rows.
-inline std::span<const Key> noDependents(Key) noexcept { return {}; }
+inline std::span<const Key> noDependents(Key) noexcept {
+    return {};
+}
 
 namespace detail {
 

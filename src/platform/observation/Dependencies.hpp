@@ -36,14 +36,15 @@ struct DependencyRow {
         for (const Key each : affecting) affectingKeys[count++] = each;
     }
 
-    [[nodiscard]] constexpr std::span<const Key> affecting() const noexcept { return {affectingKeys.data(), count}; }
+    [[nodiscard]] constexpr std::span<const Key> affecting() const noexcept {
+        return {affectingKeys.data(), count};
+    }
     [[nodiscard]] constexpr bool isAffectedBy(Key key) const noexcept {
         for (const Key each : affecting())
             if (each == key) return true;
         return false;
     }
 };
-
 
 namespace detail {
 
@@ -57,7 +58,8 @@ constexpr std::size_t followDependencies(const DependencyRow* rows, std::size_t 
             if (!rows[row].isAffectedBy(cause)) continue;
             if (rows[row].dependent == key) throw "the dependencies of a key lead back to it";
             bool known = false;
-            for (std::size_t index = 0; index < size; ++index) known = known || found[index] == rows[row].dependent;
+            for (std::size_t index = 0; index < size; ++index)
+                known = known || found[index] == rows[row].dependent;
             if (!known) found[size++] = rows[row].dependent;
         }
     };

@@ -63,12 +63,17 @@ private:
 Key Key::named(std::string_view name) {
     if (const auto known = find(name)) return *known;
     if (name.empty() || name.find('.') != std::string_view::npos)
-        throw InvalidArgumentException("\"" + std::string(name) + "\" is no key: it is empty or holds a point");
+        throw InvalidArgumentException("\"" + std::string(name) +
+                                       "\" is no key: it is empty or holds a point");
     return KeyTable::shared().add(name);
 }
 
-std::optional<Key> Key::find(std::string_view name) { return KeyTable::shared().find(name); }
+std::optional<Key> Key::find(std::string_view name) {
+    return KeyTable::shared().find(name);
+}
 
-std::string_view Key::name() const noexcept { return KeyTable::shared().name(number_); }
+std::string_view Key::name() const noexcept {
+    return KeyTable::shared().name(number_);
+}
 
 } // namespace estatebook::platform

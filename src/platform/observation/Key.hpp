@@ -51,14 +51,18 @@ public:
     constexpr KeySet() noexcept = default;
     constexpr void insert(Key key) noexcept { words_[word(key)] |= bit(key); }
     constexpr void remove(Key key) noexcept { words_[word(key)] &= ~bit(key); }
-    [[nodiscard]] constexpr bool mayContain(Key key) const noexcept { return (words_[word(key)] & bit(key)) != 0; }
+    [[nodiscard]] constexpr bool mayContain(Key key) const noexcept {
+        return (words_[word(key)] & bit(key)) != 0;
+    }
     [[nodiscard]] constexpr bool empty() const noexcept { return (words_[0] | words_[1]) == 0; }
     /// Whether the key has a bit of its own.
     [[nodiscard]] static constexpr bool isExact(Key key) noexcept { return key.number() < Shared; }
 
 private:
     static constexpr std::uint16_t Shared = 127;
-    static constexpr unsigned place(Key key) noexcept { return key.number() < Shared ? key.number() : Shared; }
+    static constexpr unsigned place(Key key) noexcept {
+        return key.number() < Shared ? key.number() : Shared;
+    }
     static constexpr unsigned word(Key key) noexcept { return place(key) >> 6; }
     static constexpr std::uint64_t bit(Key key) noexcept { return std::uint64_t{1} << (place(key) & 63); }
     std::uint64_t words_[2] = {0, 0};

@@ -69,8 +69,8 @@ Value unionOfSetsOver(const std::vector<Value>& members, std::string_view path) 
         if (value.isAbsent()) continue;
         auto inner = membersOf(value);
         if (!inner)
-            throw InvalidArgumentException("@unionOfSets." + std::string(path) + " needs collections, but found " +
-                                           value.description());
+            throw InvalidArgumentException("@unionOfSets." + std::string(path) +
+                                           " needs collections, but found " + value.description());
         all.insert(all.end(), inner->begin(), inner->end());
     }
     return Set::make(std::move(all));

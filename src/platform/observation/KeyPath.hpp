@@ -11,7 +11,8 @@
 namespace estatebook::platform {
 
 /// The first step of a path and what follows it (empty after the last).
-[[nodiscard]] inline std::pair<std::string_view, std::string_view> splitKeyPath(std::string_view path) noexcept {
+[[nodiscard]] inline std::pair<std::string_view, std::string_view>
+splitKeyPath(std::string_view path) noexcept {
     const std::size_t point = path.find('.');
     if (point == std::string_view::npos) return {path, {}};
     return {path.substr(0, point), path.substr(point + 1)};

@@ -26,7 +26,9 @@ std::vector<Key> stepsOf(std::string_view keyPath) {
 
 } // namespace
 
-ObservableObject::~ObservableObject() { ObservationEngine::objectEnds(*this); }
+ObservableObject::~ObservableObject() {
+    ObservationEngine::objectEnds(*this);
+}
 
 void ObservableObject::dispose() const noexcept {
     endObserving();
@@ -37,7 +39,9 @@ void ObservableObject::endObserving() const noexcept {
     ObservationEngine::objectEnds(const_cast<ObservableObject&>(*this));
 }
 
-const ClassDescription& ObservableObject::classDescription() const noexcept { return rootDescription; }
+const ClassDescription& ObservableObject::classDescription() const noexcept {
+    return rootDescription;
+}
 
 bool ObservableObject::findAnnouncing() const noexcept {
     announcing_ = classDescription().replacesAnnouncements() ? Announcing::Always : Announcing::WhenObserved;
@@ -62,7 +66,8 @@ void ObservableObject::setValueForKey(const Value& value, Key key) {
 }
 
 Value ObservableObject::valueForUndefinedKey(Key key) const {
-    throw UndefinedKeyException("[" + description() + " valueForUndefinedKey:]: there is no value for the key \"" +
+    throw UndefinedKeyException("[" + description() +
+                                " valueForUndefinedKey:]: there is no value for the key \"" +
                                 std::string(key.name()) + "\"");
 }
 
@@ -87,14 +92,18 @@ void ObservableObject::setValueForKeyPath(const Value& value, std::string_view k
     if (owner.isAbsent()) return;
     const auto object = owner.as<ObservableObject>();
     if (!object)
-        throw InvalidArgumentException("\"" + std::string(keyPath) + "\" cannot be written: it leads through " +
-                                       owner.description());
+        throw InvalidArgumentException("\"" + std::string(keyPath) +
+                                       "\" cannot be written: it leads through " + owner.description());
     object->setValueForKey(value, keyPath.substr(point + 1));
 }
 
-void ObservableObject::willChangeValueForKey(Key key) { ObservationEngine::will(*this, key); }
+void ObservableObject::willChangeValueForKey(Key key) {
+    ObservationEngine::will(*this, key);
+}
 
-void ObservableObject::didChangeValueForKey(Key key) { ObservationEngine::did(*this, key); }
+void ObservableObject::didChangeValueForKey(Key key) {
+    ObservationEngine::did(*this, key);
+}
 
 void ObservableObject::closeAfterFailure(Key key) noexcept {
     try {
@@ -118,16 +127,19 @@ void ObservableObject::didChangeValueForKeyWithSetMutationUsingObjects(Key key, 
     ObservationEngine::didMutate(*this, key, mutation);
 }
 
-void ObservableObject::willChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key) {
+void ObservableObject::willChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes,
+                                                       Key key) {
     ObservationEngine::willMutate(*this, key, {.kind = kind, .indexes = std::move(indexes)});
 }
 
-void ObservableObject::didChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key) {
+void ObservableObject::didChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes,
+                                                      Key key) {
     ObservationEngine::didMutate(*this, key, {.kind = kind, .indexes = std::move(indexes)});
 }
 
-void ObservableObject::addObserverForKeyPathOptionsContext(ObservableObject& observer, std::string_view keyPath,
-                                                           unsigned options, const void* context) {
+void ObservableObject::addObserverForKeyPathOptionsContext(ObservableObject& observer,
+                                                           std::string_view keyPath, unsigned options,
+                                                           const void* context) {
     const std::vector<Key> steps = stepsOf(keyPath);
     const auto bits = static_cast<std::uint8_t>(options);
     if (steps.size() == 1) {
@@ -169,7 +181,8 @@ void removeLatestObserver(ObservableObject& object, ObservableObject& observer, 
             auto& paths = observation->paths;
             for (std::size_t index = paths.size(); index-- > 0;) {
                 const auto path = paths[index];
-                if (path->text != keyPath || path->observer.get() != &observer || !matchesContext(path->context))
+                if (path->text != keyPath || path->observer.get() != &observer ||
+                    !matchesContext(path->context))
                     continue;
                 paths.erase(paths.begin() + static_cast<std::ptrdiff_t>(index));
                 path->unfollow();
@@ -193,10 +206,12 @@ void ObservableObject::removeObserverForKeyPath(ObservableObject& observer, std:
     removeLatestObserver(*this, observer, keyPath, [](const void*) { return true; });
 }
 
-void ObservableObject::observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, ObservableObject& object,
+void ObservableObject::observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath,
+                                                                   ObservableObject& object,
                                                                    const KeyValueChange&, const void*) {
-    throw InternalInconsistencyException(description() + ": a change of the key path \"" + std::string(keyPath) +
-                                         "\" of " + object.description() + " was received but not handled");
+    throw InternalInconsistencyException(description() + ": a change of the key path \"" +
+                                         std::string(keyPath) + "\" of " + object.description() +
+                                         " was received but not handled");
 }
 
 } // namespace estatebook::platform

@@ -121,14 +121,17 @@ public:
                                              unsigned options, const void* context);
     /// removeObserver:forKeyPath:context: takes away the latest registration with this context; raises RangeException when there
     /// is none.
-    void removeObserverForKeyPathContext(ObservableObject& observer, std::string_view keyPath, const void* context);
+    void removeObserverForKeyPathContext(ObservableObject& observer, std::string_view keyPath,
+                                         const void* context);
     /// removeObserver:forKeyPath: the latest registration with whatever context; raises RangeException when there is none.
     void removeObserverForKeyPath(ObservableObject& observer, std::string_view keyPath);
 
     /// observeValueForKeyPath:ofObject:change:context: Called for each registration of this object. The root raises
     /// InternalInconsistencyException: nobody knew the context.
-    virtual void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, ObservableObject& object,
-                                                             const KeyValueChange& change, const void* context);
+    virtual void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath,
+                                                             ObservableObject& object,
+                                                             const KeyValueChange& change,
+                                                             const void* context);
 
 protected:
     constexpr explicit ObservableObject(Counting counting = Counting::Local) noexcept : Object(counting) {}

@@ -129,7 +129,9 @@ private:
 class ObservationEngine {
 public:
     static Observation& observationOf(ObservableObject& object);
-    static Observation* observationIfAny(const ObservableObject& object) noexcept { return object.observation_; }
+    static Observation* observationIfAny(const ObservableObject& object) noexcept {
+        return object.observation_;
+    }
     static bool isObserved(const ObservableObject& object) noexcept {
         return object.observation_ && !object.observation_->observedKeys.empty();
     }

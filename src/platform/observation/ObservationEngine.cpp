@@ -126,7 +126,9 @@ void runApart(Action action) noexcept {
     if (thrown) all.keep(std::move(thrown));
 }
 
-Value orNullObject(Value value) { return value.isAbsent() ? Value(NullObject{}) : value; }
+Value orNullObject(Value value) {
+    return value.isAbsent() ? Value(NullObject{}) : value;
+}
 
 /// Leads a dependent key through the overridable pair; the base will know it by the expectation left here.
 void announceDependent(ObservableObject& object, Key dependent, void (ObservableObject::*announce)(Key),
@@ -195,13 +197,16 @@ KeyObservers* Observation::find(Key key) noexcept {
 
 // PathObservation
 
-PathObservation::PathObservation(ObservableObject& root, std::vector<Key> path) : root_(root), path_(std::move(path)) {
+PathObservation::PathObservation(ObservableObject& root, std::vector<Key> path)
+    : root_(root), path_(std::move(path)) {
     links_.reserve(path_.size());
     for (std::size_t step = 0; step < path_.size(); ++step)
         links_.push_back(std::make_unique<PathLink>(PathLink{this, step, {}}));
 }
 
-PathObservation::~PathObservation() { unlinkFrom(0); }
+PathObservation::~PathObservation() {
+    unlinkFrom(0);
+}
 
 void PathObservation::follow() {
     isFollowing_ = true;
@@ -223,7 +228,8 @@ void PathObservation::linkFrom(std::size_t step) {
         hop = value.as<ObservableObject>().get();
         if (!hop)
             throw InvalidArgumentException("a collection or plain value cannot be observed: \"" +
-                                           std::string(path_[step - 1].name()) + "\" of " + before->description());
+                                           std::string(path_[step - 1].name()) + "\" of " +
+                                           before->description());
     }
     if (!hop) return;
     links_[step]->hop = WeakReference(*hop);
@@ -271,7 +277,8 @@ void PathObservation::stepDidChange(std::size_t step) {
     if (!told) return;
     const Ref<ObservableObject> held(&root_);
     KeyValueChange change{.oldValue = std::exchange(old_, Value())};
-    if (options & ObservingNew) change.newValue = orNullObject(ObservationEngine::readForObserver(root_, text));
+    if (options & ObservingNew)
+        change.newValue = orNullObject(ObservationEngine::readForObserver(root_, text));
     ObservationEngine::tellObserver(*told, text, root_, change, context);
 }
 
@@ -572,8 +579,9 @@ void ObservationEngine::announceFromPath(ObservableObject& object, Key key,
     announceDependent(object, key, announce, Cause::Path);
 }
 
-void ObservationEngine::tellObserver(ObservableObject& observer, std::string_view keyPath, ObservableObject& object,
-                                     const KeyValueChange& change, const void* context) {
+void ObservationEngine::tellObserver(ObservableObject& observer, std::string_view keyPath,
+                                     ObservableObject& object, const KeyValueChange& change,
+                                     const void* context) {
     runApart([&] { observer.observeValueForKeyPathOfObjectChangeContext(keyPath, object, change, context); });
 }
 

@@ -7,7 +7,8 @@
 namespace estatebook::platform {
 
 const EntityDescription*
-EntityDescription::entityForNameInManagedObjectContext(std::string_view name, const ManagedObjectContext& context) {
+EntityDescription::entityForNameInManagedObjectContext(std::string_view name,
+                                                       const ManagedObjectContext& context) {
     const auto& coordinator = context.persistentStoreCoordinator();
     if (!coordinator || !coordinator->managedObjectModel()) return nullptr;
     return coordinator->managedObjectModel()->entityNamed(name);
@@ -18,7 +19,8 @@ EntityDescription::insertNewObjectForEntityForNameInManagedObjectContext(std::st
                                                                          ManagedObjectContext& context) {
     const EntityDescription* entity = entityForNameInManagedObjectContext(name, context);
     if (!entity)
-        throw InternalInconsistencyException("the context's model has no entity \"" + std::string(name) + "\"");
+        throw InternalInconsistencyException("the context's model has no entity \"" + std::string(name) +
+                                             "\"");
     return ManagedObject::initWithEntityInsertIntoManagedObjectContext(*entity, &context);
 }
 

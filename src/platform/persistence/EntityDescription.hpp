@@ -46,8 +46,9 @@ public:
 
     /// insertNewObjectForEntityForName:inManagedObjectContext: A new object of the entity's class, its `awakeFromInsert` has
     /// run. Raises InternalInconsistencyException for a name the model does not have, or an entity that is abstract.
-    static Ref<ManagedObject> insertNewObjectForEntityForNameInManagedObjectContext(std::string_view name,
-                                                                                    ManagedObjectContext& context);
+    static Ref<ManagedObject>
+    insertNewObjectForEntityForNameInManagedObjectContext(std::string_view name,
+                                                          ManagedObjectContext& context);
 
     [[nodiscard]] std::string_view name() const noexcept { return name_; }
     [[nodiscard]] std::string_view managedObjectClassName() const noexcept { return className_; }
@@ -58,7 +59,9 @@ public:
 
     /// Own and inherited ones, inherited first.
     [[nodiscard]] std::span<const AttributeDescription> attributes() const noexcept { return attributes_; }
-    [[nodiscard]] std::span<const RelationshipDescription> relationships() const noexcept { return relationships_; }
+    [[nodiscard]] std::span<const RelationshipDescription> relationships() const noexcept {
+        return relationships_;
+    }
     /// Null when the entity has no such relationship.
     [[nodiscard]] const RelationshipDescription* relationship(Key name) const noexcept;
 

@@ -22,7 +22,14 @@ struct ToOneSlot;
 class ToManySlot;
 
 enum class PropertyKind : std::uint8_t { Attribute, ToOne, ToMany, OrderedToMany };
-enum class AttributeType : std::uint8_t { String = 1, Date = 2, Decimal = 3, Number = 4, Any = 5, Object = 6 };
+enum class AttributeType : std::uint8_t {
+    String = 1,
+    Date = 2,
+    Decimal = 3,
+    Number = 4,
+    Any = 5,
+    Object = 6
+};
 
 /// Never saved.
 inline constexpr unsigned PropertyTransient = 1;
@@ -53,7 +60,8 @@ public:
         for (std::size_t index = 0; index < N; ++index)
             places_[properties[index].key.number()] = static_cast<std::uint8_t>(index + 1);
     }
-    [[nodiscard]] constexpr const ModelledProperty* find(const ModelledProperty* properties, Key key) const noexcept {
+    [[nodiscard]] constexpr const ModelledProperty* find(const ModelledProperty* properties,
+                                                         Key key) const noexcept {
         if (key.number() >= places_.size() || places_[key.number()] == 0) return nullptr;
         return properties + (places_[key.number()] - 1);
     }

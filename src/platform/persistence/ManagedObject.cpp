@@ -54,8 +54,9 @@ void ManagedObject::endManaging() const noexcept {
     RelationshipUpkeep::sever(const_cast<ManagedObject&>(*this));
 }
 
-Ref<ManagedObject> ManagedObject::initWithEntityInsertIntoManagedObjectContext(const EntityDescription& entity,
-                                                                               ManagedObjectContext* context) {
+Ref<ManagedObject>
+ManagedObject::initWithEntityInsertIntoManagedObjectContext(const EntityDescription& entity,
+                                                            ManagedObjectContext* context) {
     const ManagedClass& managedClass = entity.managedClass();
     if (entity.isAbstract() || !managedClass.make)
         throw InternalInconsistencyException("the entity \"" + std::string(entity.name()) +
@@ -67,7 +68,9 @@ Ref<ManagedObject> ManagedObject::initWithEntityInsertIntoManagedObjectContext(c
 
 // By key
 
-const ModelledProperty* ManagedObject::modelledProperty(Key) const noexcept { return nullptr; }
+const ModelledProperty* ManagedObject::modelledProperty(Key) const noexcept {
+    return nullptr;
+}
 
 const ModelledProperty& ManagedObject::requireModelled(Key key) const {
     if (const ModelledProperty* property = modelledProperty(key)) return *property;
@@ -138,7 +141,8 @@ void requireFit(ManagedObject& object, const ModelledProperty& attribute, const 
 
 std::vector<Value> membersGiven(const Value& value, Key key) {
     const Ref<Object> object = value.object();
-    if (const auto set = refCast<DistinctValues>(object)) return {set->members().begin(), set->members().end()};
+    if (const auto set = refCast<DistinctValues>(object))
+        return {set->members().begin(), set->members().end()};
     if (const auto array = refCast<Array>(object)) {
         OrderedSet::Builder members;
         for (std::size_t index = 0; index < array->count(); ++index) members.add(array->at(index));
@@ -172,8 +176,9 @@ void ManagedObject::setValueForKey(const Value& value, Key key) {
 MutableOrderedSet ManagedObject::mutableOrderedSetValueForKey(Key key) {
     const ModelledProperty* property = modelledProperty(key);
     if (!property || property->kind != PropertyKind::OrderedToMany)
-        throw InvalidArgumentException("\"" + std::string(key.name()) + "\" is no ordered relationship of \"" +
-                                       std::string(entity_->name()) + "\"");
+        throw InvalidArgumentException("\"" + std::string(key.name()) +
+                                       "\" is no ordered relationship of \"" + std::string(entity_->name()) +
+                                       "\"");
     return MutableOrderedSet(*this, *property);
 }
 
@@ -231,8 +236,9 @@ void ManagedObject::noteDidChange(Key key) {
     if (property->kind != PropertyKind::ToOne) return;
 
     auto& links = openLinks();
-    const auto link = std::find_if(links.rbegin(), links.rend(),
-                                   [&](const OpenLink& each) { return each.object == this && each.key == key; });
+    const auto link = std::find_if(links.rbegin(), links.rend(), [&](const OpenLink& each) {
+        return each.object == this && each.key == key;
+    });
     if (link == links.rend()) return;
     ManagedObject* before = link->before;
     links.erase(std::next(link).base());
@@ -240,16 +246,21 @@ void ManagedObject::noteDidChange(Key key) {
     // A pair further out has seen the move done.
     for (OpenLink& each : links)
         if (each.object == this && each.key == key) each.before = after;
-    if (!context_ || context_->changeProcessingOff_ == 0) RelationshipUpkeep::follow(*this, *property, before);
+    if (!context_ || context_->changeProcessingOff_ == 0)
+        RelationshipUpkeep::follow(*this, *property, before);
 }
 
 // Hooks
 
 void ManagedObject::awakeFromSnapshotEvents(unsigned) {}
 
-bool ManagedObject::validateForInsert(Ref<Error>*) { return true; }
+bool ManagedObject::validateForInsert(Ref<Error>*) {
+    return true;
+}
 
-bool ManagedObject::validateForUpdate(Ref<Error>*) { return true; }
+bool ManagedObject::validateForUpdate(Ref<Error>*) {
+    return true;
+}
 
 bool ManagedObject::validateForDelete(Ref<Error>* error) {
     if (!ManagedObjectContext::isDenied(*this)) return true;
@@ -269,6 +280,8 @@ std::string ManagedObject::description() const {
            std::to_string(creationNumber_) + ">";
 }
 
-std::string_view ManagedObject::runtimeClassName() const noexcept { return entity_->managedObjectClassName(); }
+std::string_view ManagedObject::runtimeClassName() const noexcept {
+    return entity_->managedObjectClassName();
+}
 
 } // namespace estatebook::platform

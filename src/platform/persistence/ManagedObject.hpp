@@ -106,7 +106,8 @@ public:
     template <class Visit>
     void forEachModelledProperty(Visit visit) const {
         visitModelledProperties(
-            [](const ModelledProperty& property, void* info) { (*static_cast<Visit*>(info))(property); }, &visit);
+            [](const ModelledProperty& property, void* info) { (*static_cast<Visit*>(info))(property); },
+            &visit);
     }
 
 protected:

@@ -14,7 +14,8 @@
 namespace estatebook::platform {
 
 ManagedObjectContext::ManagedObjectContext(ConcurrencyType type)
-    : Object(Counting::Local), type_(type), thread_(std::this_thread::get_id()), undoManager_(makeRef<UndoManager>()) {}
+    : Object(Counting::Local), type_(type), thread_(std::this_thread::get_id()),
+      undoManager_(makeRef<UndoManager>()) {}
 
 void ManagedObjectContext::dispose() const noexcept {
     auto* self = const_cast<ManagedObjectContext*>(this);
@@ -24,7 +25,9 @@ void ManagedObjectContext::dispose() const noexcept {
     delete self;
 }
 
-void ManagedObjectContext::assertThread() const noexcept { assert(thread_ == std::this_thread::get_id()); }
+void ManagedObjectContext::assertThread() const noexcept {
+    assert(thread_ == std::this_thread::get_id());
+}
 
 void ManagedObjectContext::setPersistentStoreCoordinator(Ref<PersistentStoreCoordinator> coordinator) {
     assert(objectCount_ == 0);
@@ -155,9 +158,13 @@ std::vector<Ref<ManagedObject>> ManagedObjectContext::insertedObjects() const {
     return changed(ManagedObject::Inserted);
 }
 
-std::vector<Ref<ManagedObject>> ManagedObjectContext::updatedObjects() const { return changed(ManagedObject::Updated); }
+std::vector<Ref<ManagedObject>> ManagedObjectContext::updatedObjects() const {
+    return changed(ManagedObject::Updated);
+}
 
-std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const { return changed(ManagedObject::Deleted); }
+std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const {
+    return changed(ManagedObject::Deleted);
+}
 
 // Deletion
 
@@ -183,16 +190,17 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
 }
 
 bool ManagedObjectContext::isDenied(ManagedObject& object) {
-    return std::ranges::any_of(object.entity().relationships(), [&](const RelationshipDescription& relationship) {
-        if (relationship.deleteRule != DeleteRule::Deny) return false;
-        const ModelledProperty& property = *object.modelledProperty(relationship.name);
-        if (property.kind == PropertyKind::ToOne) {
-            const ManagedObject* target = property.toOne(object).target;
-            return target && !target->isDeleted();
-        }
-        return std::ranges::any_of(property.toMany(object).members(),
-                                   [](const ManagedObject* member) { return !member->isDeleted(); });
-    });
+    return std::ranges::any_of(
+        object.entity().relationships(), [&](const RelationshipDescription& relationship) {
+            if (relationship.deleteRule != DeleteRule::Deny) return false;
+            const ModelledProperty& property = *object.modelledProperty(relationship.name);
+            if (property.kind == PropertyKind::ToOne) {
+                const ManagedObject* target = property.toOne(object).target;
+                return target && !target->isDeleted();
+            }
+            return std::ranges::any_of(property.toMany(object).members(),
+                                       [](const ManagedObject* member) { return !member->isDeleted(); });
+        });
 }
 
 void ManagedObjectContext::propagateDeletion(ManagedObject& object) {
@@ -237,8 +245,8 @@ void ManagedObjectContext::processPendingChanges() {
 
 // Fetching
 
-std::optional<std::vector<Ref<ManagedObject>>> ManagedObjectContext::executeFetchRequest(const FetchRequest& request,
-                                                                                         Ref<Error>* error) {
+std::optional<std::vector<Ref<ManagedObject>>>
+ManagedObjectContext::executeFetchRequest(const FetchRequest& request, Ref<Error>* error) {
     processPendingChanges();
     const EntityDescription* entity =
         EntityDescription::entityForNameInManagedObjectContext(request.entityName, *this);
@@ -281,8 +289,9 @@ void ManagedObjectContext::settleBeforeSave() {
         for (const auto& object : changedNow)
             if (object->context_ == this) object->willSave();
     }
-    throw InternalInconsistencyException("Failed to process pending changes before save. The context is still dirty "
-                                         "after 1000 attempts.");
+    throw InternalInconsistencyException(
+        "Failed to process pending changes before save. The context is still dirty "
+        "after 1000 attempts.");
 }
 
 bool ManagedObjectContext::validateAll(Ref<Error>* error) {
@@ -293,8 +302,8 @@ bool ManagedObjectContext::validateAll(Ref<Error>* error) {
         for (const auto& object : objects) {
             Ref<Error> reason;
             if (((*object).*hook)(error ? &reason : nullptr)) continue;
-            failures.push_back(reason ? reason
-                                      : Error::make("Persistence", 1550, object->description() + " is not valid"));
+            failures.push_back(
+                reason ? reason : Error::make("Persistence", 1550, object->description() + " is not valid"));
             if (!error) return false;
         }
         return true;
@@ -309,10 +318,11 @@ bool ManagedObjectContext::validateAll(Ref<Error>* error) {
         return false;
     }
     std::vector<Value> details(failures.begin(), failures.end());
-    *error = makeRef<Error>(
-        "Persistence", 1560,
-        Dictionary::make({{std::string(LocalizedDescriptionKey), String::make("Multiple validation errors occurred.")},
-                          {std::string(DetailedErrorsKey), Array::make(std::move(details))}}));
+    *error =
+        makeRef<Error>("Persistence", 1560,
+                       Dictionary::make({{std::string(LocalizedDescriptionKey),
+                                          String::make("Multiple validation errors occurred.")},
+                                         {std::string(DetailedErrorsKey), Array::make(std::move(details))}}));
     return false;
 }
 

@@ -71,8 +71,8 @@ public:
 
     /// executeFetchRequest:error: The objects that match, in the order of their creation: inserted ones in, deleted
     /// ones out, unsaved changes seen. None when the fetch failed. Linear in the objects of the entity.
-    [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>> executeFetchRequest(const FetchRequest& request,
-                                                                                     Ref<Error>* error = nullptr);
+    [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>>
+    executeFetchRequest(const FetchRequest& request, Ref<Error>* error = nullptr);
     /// All objects of an entity, typed; empty when there is no such entity.
     template <class T>
     [[nodiscard]] std::vector<Ref<T>> fetchAll(std::string_view entityName) {
@@ -102,7 +102,9 @@ public:
     /// Forgets every object and every unsaved change. Awake objects are told as at the end of the context.
     void reset();
 
-    [[nodiscard]] std::string_view runtimeClassName() const noexcept override { return "ManagedObjectContext"; }
+    [[nodiscard]] std::string_view runtimeClassName() const noexcept override {
+        return "ManagedObjectContext";
+    }
 
 private:
     friend class ManagedObject;
@@ -139,7 +141,8 @@ private:
     std::vector<Rows> rows_;
     std::size_t objectCount_ = 0;
     std::uint64_t lastCreationNumber_ = 0;
-    std::vector<Ref<ManagedObject>> changed_; // each object with a change once, and some that have none any more
+    std::vector<Ref<ManagedObject>>
+        changed_; // each object with a change once, and some that have none any more
     std::vector<Ref<ManagedObject>> pendingDeletions_;
     /// Above zero while fetch hooks run: changes then mark nothing and keep no inverses.
     unsigned changeProcessingOff_ = 0;

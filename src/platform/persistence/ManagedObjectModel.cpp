@@ -54,7 +54,8 @@ public:
     /// A number of a small range, such as an enumeration's.
     std::uint8_t choice(std::uint8_t first, std::uint8_t last) {
         const auto value = number<std::uint8_t>();
-        if (value < first || value > last) throw Refusal{ModelErrorCode::Damaged, "it holds a number out of range"};
+        if (value < first || value > last)
+            throw Refusal{ModelErrorCode::Damaged, "it holds a number out of range"};
         return value;
     }
     [[nodiscard]] std::span<const std::byte> rest() const noexcept { return rest_; }
@@ -92,7 +93,8 @@ public:
         const auto count = payload.number<std::uint16_t>();
         requireAtMost(MostEntities, count);
         for (std::size_t index = 0; index < count; ++index) readEntity(payload, index);
-        if (!payload.rest().empty()) throw Refusal{ModelErrorCode::Damaged, "something follows its last entity"};
+        if (!payload.rest().empty())
+            throw Refusal{ModelErrorCode::Damaged, "something follows its last entity"};
         for (const auto& entity : model_->entities_) findParent(*entity);
         inherit();
         for (const auto& entity : model_->entities_) bind(*entity);
@@ -109,7 +111,8 @@ private:
         const auto length = header.number<std::uint32_t>();
         const auto sum = header.number<std::uint64_t>();
         if (format > Format)
-            throw Refusal{ModelErrorCode::Newer, "its format " + std::to_string(format) + " is newer than this library"};
+            throw Refusal{ModelErrorCode::Newer,
+                          "its format " + std::to_string(format) + " is newer than this library"};
         if (format != Format || length != header.rest().size() || sum != sumOf(header.rest()))
             throw Refusal{ModelErrorCode::Damaged, "its length or sum is not what it says"};
         return header.rest();
@@ -200,9 +203,11 @@ private:
     static bool agrees(const EntityDescription& entity, const ModelledProperty& property) {
         if (property.isRelationship()) {
             const RelationshipDescription* relationship = entity.relationship(property.key);
-            return relationship && relationship->kind == property.kind && relationship->inverse == property.inverse;
+            return relationship && relationship->kind == property.kind &&
+                   relationship->inverse == property.inverse;
         }
-        const auto attribute = std::ranges::find(entity.attributes_, property.key, &AttributeDescription::name);
+        const auto attribute =
+            std::ranges::find(entity.attributes_, property.key, &AttributeDescription::name);
         return attribute != entity.attributes_.end() && attribute->type == property.type &&
                attribute->isTransient == ((property.flags & PropertyTransient) != 0) &&
                attribute->isWrittenBySystem == ((property.flags & PropertyWrittenBySystem) != 0);
@@ -216,13 +221,15 @@ private:
                 destination ? destination->relationship(relationship.inverse) : nullptr;
             const bool manyWithMany =
                 back && back->kind != PropertyKind::ToOne && relationship.kind != PropertyKind::ToOne;
-            if (!back || back->inverse != relationship.name || manyWithMany) mismatch(entity, relationship.name);
+            if (!back || back->inverse != relationship.name || manyWithMany)
+                mismatch(entity, relationship.name);
         }
     }
 
     [[noreturn]] static void mismatch(const EntityDescription& entity, Key key) {
         throw Refusal{ModelErrorCode::Mismatched, "the property \"" + std::string(key.name()) + "\" of \"" +
-                                                      entity.name_ + "\" is not what its class was built for"};
+                                                      entity.name_ +
+                                                      "\" is not what its class was built for"};
     }
 
     std::span<const std::byte> bytes_;
@@ -239,7 +246,8 @@ void report(Ref<Error>* error, ModelErrorCode code, const std::string& text) {
 } // namespace
 
 Ref<ManagedObjectModel> ManagedObjectModel::modelWithBytes(std::span<const std::byte> bytes,
-                                                           std::span<const ManagedClass> classes, Ref<Error>* error) {
+                                                           std::span<const ManagedClass> classes,
+                                                           Ref<Error>* error) {
     try {
         return ModelReader(bytes, classes).read();
     } catch (const Refusal& refusal) {
@@ -260,7 +268,8 @@ Ref<ManagedObjectModel> ManagedObjectModel::modelWithContentsOfFile(const std::s
     std::vector<std::byte> bytes(LargestResource + 1);
     bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file.get()));
     if (std::ferror(file.get()) || bytes.size() > LargestResource) {
-        report(error, ModelErrorCode::Unreadable, path + ": it cannot be read, or is larger than a model can be");
+        report(error, ModelErrorCode::Unreadable,
+               path + ": it cannot be read, or is larger than a model can be");
         return nullptr;
     }
     Ref<Error> reason;

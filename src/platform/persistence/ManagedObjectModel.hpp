@@ -30,9 +30,9 @@ enum class ModelErrorCode : std::int64_t {
 class ESTATEBOOK_API ManagedObjectModel final : public Object {
 public:
     /// Null on failure, with the reason stored through `error` unless that is null. The largest resource read is 1 MiB.
-    [[nodiscard]] static Ref<ManagedObjectModel> modelWithContentsOfFile(const std::string& path,
-                                                                         std::span<const ManagedClass> classes,
-                                                                         Ref<Error>* error = nullptr);
+    [[nodiscard]] static Ref<ManagedObjectModel>
+    modelWithContentsOfFile(const std::string& path, std::span<const ManagedClass> classes,
+                            Ref<Error>* error = nullptr);
     [[nodiscard]] static Ref<ManagedObjectModel> modelWithBytes(std::span<const std::byte> bytes,
                                                                 std::span<const ManagedClass> classes,
                                                                 Ref<Error>* error = nullptr);
@@ -41,7 +41,9 @@ public:
     /// Null when there is none of this name.
     [[nodiscard]] const EntityDescription* entityNamed(std::string_view name) const noexcept;
     /// In the order of the resource.
-    [[nodiscard]] std::span<const std::unique_ptr<EntityDescription>> entities() const noexcept { return entities_; }
+    [[nodiscard]] std::span<const std::unique_ptr<EntityDescription>> entities() const noexcept {
+        return entities_;
+    }
 
 private:
     friend class ModelReader;

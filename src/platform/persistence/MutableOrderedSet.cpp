@@ -31,7 +31,9 @@ bool MutableOrderedSet::containsObject(const ManagedObject& object) const {
     return inverse && inverse->kind == PropertyKind::ToOne && inverse->toOne(member).target == owner_.get();
 }
 
-void MutableOrderedSet::addObject(ManagedObject& object) { insertObjectAtIndex(object, count()); }
+void MutableOrderedSet::addObject(ManagedObject& object) {
+    insertObjectAtIndex(object, count());
+}
 
 void MutableOrderedSet::insertObjectAtIndex(ManagedObject& object, std::size_t index) {
     const ModelledProperty& inverse = back(object);

@@ -15,7 +15,9 @@ public:
         : Object(Counting::Local), model_(std::move(model)) {}
 
     [[nodiscard]] const Ref<ManagedObjectModel>& managedObjectModel() const noexcept { return model_; }
-    [[nodiscard]] std::string_view runtimeClassName() const noexcept override { return "PersistentStoreCoordinator"; }
+    [[nodiscard]] std::string_view runtimeClassName() const noexcept override {
+        return "PersistentStoreCoordinator";
+    }
 
 private:
     Ref<ManagedObjectModel> model_;

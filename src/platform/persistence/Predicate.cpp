@@ -10,8 +10,10 @@ namespace estatebook::platform {
 
 Predicate Predicate::predicateWithFormat(std::string_view format, Value argument) {
     constexpr std::string_view tail = " = %@";
-    if (!format.ends_with(tail) || format.size() == tail.size() || format.find(' ') != format.size() - tail.size())
-        throw InvalidArgumentException("\"" + std::string(format) + "\" is no condition; one is written \"key = %@\"");
+    if (!format.ends_with(tail) || format.size() == tail.size() ||
+        format.find(' ') != format.size() - tail.size())
+        throw InvalidArgumentException("\"" + std::string(format) +
+                                       "\" is no condition; one is written \"key = %@\"");
     format.remove_suffix(tail.size());
     return {Key::named(format), std::move(argument)};
 }

@@ -191,7 +191,8 @@ void RelationshipUpkeep::announceMembers(ManagedObject& owner, const ModelledPro
     }
 }
 
-void RelationshipUpkeep::follow(ManagedObject& object, const ModelledProperty& property, ManagedObject* before) {
+void RelationshipUpkeep::follow(ManagedObject& object, const ModelledProperty& property,
+                                ManagedObject* before) {
     ManagedObject* after = property.toOne(object).target;
     if (!oneWays().empty())
         std::erase_if(oneWays(), [&](const OneWay& each) {
@@ -219,7 +220,9 @@ void RelationshipUpkeep::follow(ManagedObject& object, const ModelledProperty& p
 
 void RelationshipUpkeep::move(ToManySlot& slot, std::size_t from, std::size_t to) {
     auto& objects = slot.members_->objects;
-    const auto place = [&](std::size_t index) { return objects.begin() + static_cast<std::ptrdiff_t>(index); };
+    const auto place = [&](std::size_t index) {
+        return objects.begin() + static_cast<std::ptrdiff_t>(index);
+    };
     if (from < to)
         std::rotate(place(from), place(from + 1), place(to + 1));
     else

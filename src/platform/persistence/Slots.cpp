@@ -46,13 +46,20 @@ NumberSlot& NumberSlot::operator=(const std::optional<Number>& value) {
 
 std::optional<Number> NumberSlot::get() const noexcept {
     switch (kind_) {
-    case Kind::Absent: return std::nullopt;
-    case Kind::Boolean: return Number(bits_ != 0);
-    case Kind::Signed: return Number(static_cast<std::int64_t>(bits_));
-    case Kind::Unsigned: return Number(bits_);
-    case Kind::Single: return Number(std::bit_cast<float>(static_cast<std::uint32_t>(bits_)));
-    case Kind::Double: return Number(std::bit_cast<double>(bits_));
-    case Kind::Decimal: return Number(*reinterpret_cast<const Decimal*>(bits_));
+    case Kind::Absent:
+        return std::nullopt;
+    case Kind::Boolean:
+        return Number(bits_ != 0);
+    case Kind::Signed:
+        return Number(static_cast<std::int64_t>(bits_));
+    case Kind::Unsigned:
+        return Number(bits_);
+    case Kind::Single:
+        return Number(std::bit_cast<float>(static_cast<std::uint32_t>(bits_)));
+    case Kind::Double:
+        return Number(std::bit_cast<double>(bits_));
+    case Kind::Decimal:
+        return Number(*reinterpret_cast<const Decimal*>(bits_));
     }
     return std::nullopt;
 }
@@ -78,10 +85,16 @@ void storeInSlot(Ref<String>& slot, const Value& value, Key key) {
     slot = std::move(text);
 }
 
-void storeInSlot(DateSlot& slot, const Value& value, Key key) { slot = accepted(value.date(), value, key); }
+void storeInSlot(DateSlot& slot, const Value& value, Key key) {
+    slot = accepted(value.date(), value, key);
+}
 
-void storeInSlot(DecimalSlot& slot, const Value& value, Key key) { slot = accepted(value.decimal(), value, key); }
+void storeInSlot(DecimalSlot& slot, const Value& value, Key key) {
+    slot = accepted(value.decimal(), value, key);
+}
 
-void storeInSlot(NumberSlot& slot, const Value& value, Key key) { slot = accepted(value.number(), value, key); }
+void storeInSlot(NumberSlot& slot, const Value& value, Key key) {
+    slot = accepted(value.number(), value, key);
+}
 
 } // namespace estatebook::platform

@@ -109,17 +109,27 @@ template <class T>
 void clearSlot(Ref<T>& slot) noexcept {
     slot = nullptr;
 }
-inline void clearSlot(Value& slot) noexcept { slot = Value(); }
-inline void clearSlot(DateSlot& slot) noexcept { slot = std::optional<Date>(); }
-inline void clearSlot(DecimalSlot& slot) noexcept { slot = std::optional<Decimal>(); }
-inline void clearSlot(NumberSlot& slot) noexcept { slot = std::optional<Number>(); }
+inline void clearSlot(Value& slot) noexcept {
+    slot = Value();
+}
+inline void clearSlot(DateSlot& slot) noexcept {
+    slot = std::optional<Date>();
+}
+inline void clearSlot(DecimalSlot& slot) noexcept {
+    slot = std::optional<Decimal>();
+}
+inline void clearSlot(NumberSlot& slot) noexcept {
+    slot = std::optional<Number>();
+}
 
 // How a value read from outside gets into a slot. A value of another kind raises InvalidArgumentException.
 ESTATEBOOK_API void storeInSlot(Ref<String>& slot, const Value& value, Key key);
 ESTATEBOOK_API void storeInSlot(DateSlot& slot, const Value& value, Key key);
 ESTATEBOOK_API void storeInSlot(DecimalSlot& slot, const Value& value, Key key);
 ESTATEBOOK_API void storeInSlot(NumberSlot& slot, const Value& value, Key key);
-inline void storeInSlot(Value& slot, const Value& value, Key) { slot = value; }
+inline void storeInSlot(Value& slot, const Value& value, Key) {
+    slot = value;
+}
 [[noreturn]] ESTATEBOOK_API void refuseForSlot(const Value& value, Key key);
 template <class T>
 void storeInSlot(Ref<T>& slot, const Value& value, Key key) {

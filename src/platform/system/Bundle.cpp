@@ -34,8 +34,9 @@ Bundle Bundle::containing(const void* address) {
 std::optional<std::string> Bundle::pathForResourceOfType(std::string_view name, std::string_view type) const {
     const fs::path file = std::string(name) + "." + std::string(type);
     const fs::path folder(folder_);
-    for (const fs::path& place : {folder / ResourceFolder, folder / ESTATEBOOK_LIBRARY_FROM_PROGRAM / ResourceFolder,
-                                  folder / ".." / "lib" / ResourceFolder}) {
+    for (const fs::path& place :
+         {folder / ResourceFolder, folder / ESTATEBOOK_LIBRARY_FROM_PROGRAM / ResourceFolder,
+          folder / ".." / "lib" / ResourceFolder}) {
         std::error_code error;
         if (fs::is_regular_file(place / file, error)) return (place / file).lexically_normal().string();
     }

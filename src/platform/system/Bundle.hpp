@@ -23,7 +23,8 @@ public:
     [[nodiscard]] const std::string& folder() const noexcept { return folder_; }
 
     /// pathForResource:ofType: none when there is no such file.
-    [[nodiscard]] std::optional<std::string> pathForResourceOfType(std::string_view name, std::string_view type) const;
+    [[nodiscard]] std::optional<std::string> pathForResourceOfType(std::string_view name,
+                                                                   std::string_view type) const;
 
 private:
     explicit Bundle(std::string folder) : folder_(std::move(folder)) {}

@@ -21,6 +21,8 @@ Date Clock::now() {
     return Date::fromUnixSeconds(std::chrono::duration<double>(sinceEpoch).count());
 }
 
-void Clock::setNow(std::function<Date()> now) { replacement() = std::move(now); }
+void Clock::setNow(std::function<Date()> now) {
+    replacement() = std::move(now);
+}
 
 } // namespace estatebook::platform

@@ -8,7 +8,9 @@ namespace estatebook::platform {
 
 namespace {
 
-std::uint64_t daysInCurrentCalendar(Date from, Date to) { return Calendar::current().daysFromTo(from, to); }
+std::uint64_t daysInCurrentCalendar(Date from, Date to) {
+    return Calendar::current().daysFromTo(from, to);
+}
 
 DecimalBehavior roundingToSmallestUnit(const Ref<String>& code) {
     const int digits = currencyDigits(code ? code->view() : std::string_view());
@@ -19,7 +21,8 @@ DecimalBehavior roundingToSmallestUnit(const Ref<String>& code) {
             .raiseOnDivideByZero = false};
 }
 
-Ref<Set> membersThatConform(const Set& set, bool (*operation)(const Object&, const Value&), const Value& object) {
+Ref<Set> membersThatConform(const Set& set, bool (*operation)(const Object&, const Value&),
+                            const Value& object) {
     std::vector<Value> conforming;
     for (const Value& member : set.members())
         if (const auto each = member.object(); each && operation(*each, object)) conforming.push_back(member);

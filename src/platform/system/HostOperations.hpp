@@ -28,7 +28,8 @@ struct HostOperations {
 
     /// subsetConformingTo:withObject: the members of a set of objects for which an operation, given the other object, answers
     /// true. By default asked of each member in order.
-    Ref<Set> (*subsetConformingToWithObject)(const Set& set, bool (*operation)(const Object& member, const Value& object),
+    Ref<Set> (*subsetConformingToWithObject)(const Set& set,
+                                             bool (*operation)(const Object& member, const Value& object),
                                              const Value& object);
 };
 

@@ -19,7 +19,9 @@ private:
 
 } // namespace
 
-Ref<Array> Array::make(std::vector<Value> members) { return makeRef<ArrayOfValues>(std::move(members)); }
+Ref<Array> Array::make(std::vector<Value> members) {
+    return makeRef<ArrayOfValues>(std::move(members));
+}
 
 bool Array::isEqual(const Object& other) const noexcept {
     const auto* array = dynamic_cast<const Array*>(&other);
@@ -29,7 +31,9 @@ bool Array::isEqual(const Object& other) const noexcept {
     return true;
 }
 
-std::size_t Array::hash() const noexcept { return count(); }
+std::size_t Array::hash() const noexcept {
+    return count();
+}
 
 std::string Array::description() const {
     std::string text = "(";

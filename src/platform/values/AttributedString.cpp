@@ -17,19 +17,23 @@ Ref<AttributedString> AttributedString::make(Ref<String> text, std::vector<Run> 
     for (const Run& run : runs) {
         if (run.location < end || run.length > text->size() || run.location > text->size() - run.length ||
             !run.attributes)
-            throw InvalidArgumentException("a run of attributes leaves its text, overlaps another or is empty");
+            throw InvalidArgumentException(
+                "a run of attributes leaves its text, overlaps another or is empty");
         end = run.location + run.length;
     }
     return Ref<AttributedString>(new AttributedString(std::move(text), std::move(runs)));
 }
 
-Ref<AttributedString> AttributedString::empty() { return make(String::make("")); }
+Ref<AttributedString> AttributedString::empty() {
+    return make(String::make(""));
+}
 
 bool AttributedString::isEqual(const Object& other) const noexcept {
     const auto* string = dynamic_cast<const AttributedString*>(&other);
     return string && *text_ == *string->text_ &&
            std::ranges::equal(runs_, string->runs_, [](const Run& a, const Run& b) {
-               return a.location == b.location && a.length == b.length && a.attributes->isEqual(*b.attributes);
+               return a.location == b.location && a.length == b.length &&
+                      a.attributes->isEqual(*b.attributes);
            });
 }
 

@@ -10,7 +10,9 @@ namespace estatebook::platform {
 
 Data::Data(std::vector<std::byte> bytes) noexcept : Object(Counting::Shared), bytes_(std::move(bytes)) {}
 
-Ref<Data> Data::make(std::vector<std::byte> bytes) { return Ref<Data>(new Data(std::move(bytes))); }
+Ref<Data> Data::make(std::vector<std::byte> bytes) {
+    return Ref<Data>(new Data(std::move(bytes)));
+}
 
 bool Data::isEqual(const Object& other) const noexcept {
     const auto* data = dynamic_cast<const Data*>(&other);
@@ -21,6 +23,8 @@ std::size_t Data::hash() const noexcept {
     return std::hash<std::string_view>{}({reinterpret_cast<const char*>(bytes_.data()), bytes_.size()});
 }
 
-std::string Data::description() const { return "<" + std::to_string(bytes_.size()) + " bytes>"; }
+std::string Data::description() const {
+    return "<" + std::to_string(bytes_.size()) + " bytes>";
+}
 
 } // namespace estatebook::platform

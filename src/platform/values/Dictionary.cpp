@@ -28,7 +28,8 @@ bool Dictionary::isEqual(const Object& other) const noexcept {
     const auto* dictionary = dynamic_cast<const Dictionary*>(&other);
     return dictionary && dictionary->count() == count() &&
            std::ranges::all_of(entries_, [&](const Entry& entry) {
-               return std::ranges::any_of(dictionary->entries_, [&](const Entry& theirs) { return theirs == entry; });
+               return std::ranges::any_of(dictionary->entries_,
+                                          [&](const Entry& theirs) { return theirs == entry; });
            });
 }
 

@@ -8,8 +8,8 @@ Error::Error(std::string_view domain, std::int64_t code, Ref<Dictionary> userInf
       userInfo_(userInfo ? std::move(userInfo) : Dictionary::make({})) {}
 
 Ref<Error> Error::make(std::string_view domain, std::int64_t code, std::string_view description) {
-    return makeRef<Error>(domain, code,
-                          Dictionary::make({{std::string(LocalizedDescriptionKey), String::make(description)}}));
+    return makeRef<Error>(
+        domain, code, Dictionary::make({{std::string(LocalizedDescriptionKey), String::make(description)}}));
 }
 
 std::string Error::localizedDescription() const {
@@ -18,7 +18,8 @@ std::string Error::localizedDescription() const {
 }
 
 std::string Error::description() const {
-    return "Error Domain=" + domain_ + " Code=" + std::to_string(code_) + " \"" + localizedDescription() + "\"";
+    return "Error Domain=" + domain_ + " Code=" + std::to_string(code_) + " \"" + localizedDescription() +
+           "\"";
 }
 
 } // namespace estatebook::platform

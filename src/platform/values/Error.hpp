@@ -23,7 +23,8 @@ class ESTATEBOOK_API Error final : public Object {
 public:
     Error(std::string_view domain, std::int64_t code, Ref<Dictionary> userInfo);
     /// With one sentence under LocalizedDescriptionKey.
-    [[nodiscard]] static Ref<Error> make(std::string_view domain, std::int64_t code, std::string_view description);
+    [[nodiscard]] static Ref<Error> make(std::string_view domain, std::int64_t code,
+                                         std::string_view description);
 
     [[nodiscard]] std::string_view domain() const noexcept { return domain_; }
     [[nodiscard]] std::int64_t code() const noexcept { return code_; }

@@ -18,7 +18,8 @@ Ref<String> String::make(std::string_view text) {
     void* memory = ::operator new(sizeof(String) + text.size());
     char* characters = static_cast<char*>(memory) + sizeof(String);
     if (!text.empty()) std::memcpy(characters, text.data(), text.size());
-    return Ref<String>::adopt(new (memory) String(Counted{}, characters, static_cast<std::uint32_t>(text.size())));
+    return Ref<String>::adopt(new (memory)
+                                  String(Counted{}, characters, static_cast<std::uint32_t>(text.size())));
 }
 
 void String::dispose() const noexcept {

@@ -19,12 +19,24 @@ Overloaded(Cases...) -> Overloaded<Cases...>;
 
 Value::Value(const Number& number) noexcept {
     switch (number.kind()) {
-    case Number::Kind::Boolean: content_ = number.boolValue(); break;
-    case Number::Kind::Signed: content_ = number.integerValue(); break;
-    case Number::Kind::Unsigned: content_ = number.unsignedIntegerValue(); break;
-    case Number::Kind::Single: content_ = number.floatValue(); break;
-    case Number::Kind::Double: content_ = number.doubleValue(); break;
-    case Number::Kind::Decimal: content_ = number.decimalValue(); break;
+    case Number::Kind::Boolean:
+        content_ = number.boolValue();
+        break;
+    case Number::Kind::Signed:
+        content_ = number.integerValue();
+        break;
+    case Number::Kind::Unsigned:
+        content_ = number.unsignedIntegerValue();
+        break;
+    case Number::Kind::Single:
+        content_ = number.floatValue();
+        break;
+    case Number::Kind::Double:
+        content_ = number.doubleValue();
+        break;
+    case Number::Kind::Decimal:
+        content_ = number.decimalValue();
+        break;
     }
 }
 
