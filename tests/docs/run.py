@@ -22,7 +22,9 @@ import tempfile
 
 TIMEOUT_SECONDS = 900
 MARK = re.compile(r"^<!-- test: (session|program|output)(?: (\S+))? -->$")
-ENVIRONMENT = {"TZ": "Europe/London", "LC_ALL": "en_GB.UTF-8"}
+# By LANG, since a shell complains of an LC_ALL that the machine has no locale for.
+ENVIRONMENT = {"TZ": "Europe/London", "LANG": "en_GB.UTF-8"}
+OVERRIDES = ("LC_ALL", "LC_TIME")
 
 
 class Wrong(Exception):
@@ -44,7 +46,7 @@ def examples(text):
 
 
 def printed(command, folder, program_folder, **options):
-    environment = {**os.environ, **ENVIRONMENT}
+    environment = {name: value for name, value in os.environ.items() if name not in OVERRIDES} | ENVIRONMENT
     environment["PATH"] = f"{program_folder}:{environment['PATH']}"
     done = subprocess.run(
         command, cwd=folder, env=environment, timeout=TIMEOUT_SECONDS, text=True,
