@@ -22,7 +22,8 @@ import tempfile
 
 TIMEOUT_SECONDS = 900
 MARK = re.compile(r"^<!-- test: (session|program|output)(?: (\S+))? -->$")
-ENVIRONMENT = {"TZ": "Europe/London", "LC_ALL": "en_GB.UTF-8"}
+# Not LC_ALL: a shell complains of one whose locale is not installed.
+ENVIRONMENT = {"TZ": "Europe/London", "LANG": "en_GB.UTF-8"}
 
 
 class Wrong(Exception):
@@ -44,7 +45,7 @@ def examples(text):
 
 
 def printed(command, folder, program_folder, **options):
-    environment = {**os.environ, **ENVIRONMENT}
+    environment = {name: value for name, value in os.environ.items() if not name.startswith("LC_")} | ENVIRONMENT
     environment["PATH"] = f"{program_folder}:{environment['PATH']}"
     done = subprocess.run(
         command, cwd=folder, env=environment, timeout=TIMEOUT_SECONDS, text=True,
