@@ -22,9 +22,8 @@ import tempfile
 
 TIMEOUT_SECONDS = 900
 MARK = re.compile(r"^<!-- test: (session|program|output)(?: (\S+))? -->$")
-# By LANG, since a shell complains of an LC_ALL that the machine has no locale for.
+# Not LC_ALL: a shell complains of one whose locale is not installed.
 ENVIRONMENT = {"TZ": "Europe/London", "LANG": "en_GB.UTF-8"}
-OVERRIDES = ("LC_ALL", "LC_TIME")
 
 
 class Wrong(Exception):
@@ -46,7 +45,7 @@ def examples(text):
 
 
 def printed(command, folder, program_folder, **options):
-    environment = {name: value for name, value in os.environ.items() if name not in OVERRIDES} | ENVIRONMENT
+    environment = {name: value for name, value in os.environ.items() if not name.startswith("LC_")} | ENVIRONMENT
     environment["PATH"] = f"{program_folder}:{environment['PATH']}"
     done = subprocess.run(
         command, cwd=folder, env=environment, timeout=TIMEOUT_SECONDS, text=True,
