@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -60,9 +61,9 @@ public:
         return text(name).text(className).text(parent).number(0, 1);
     }
     [[nodiscard]] Bytes finish() const {
-        Bytes bytes(24);
+        Bytes bytes(24 + bytes_.size());
         std::memcpy(bytes.data(), "EBMODEL\n\1\0\0", 12);
-        bytes.insert(bytes.end(), bytes_.begin(), bytes_.end());
+        std::ranges::copy(bytes_, bytes.begin() + 24);
         seal(bytes);
         return bytes;
     }
