@@ -46,7 +46,8 @@ std::vector<Ref<TKLedgerTransaction>> transactions(std::int64_t count, Tags tags
         if (tags == Tags::Own)
             names = TKTagNames::initWithEditableString("Rent, Flat " + std::to_string(index % 20));
         const Decimal amount = Decimal(index % 2 ? 103550 : -100000 - index % 977) / 100;
-        made.push_back(platform::makeRef<PlainTransaction>(amount, Date{index * 3600.0}, std::move(names)));
+        made.push_back(platform::makeRef<PlainTransaction>(amount, Date{static_cast<double>(index) * 3600.0},
+                                                           std::move(names)));
     }
     return made;
 }
