@@ -127,7 +127,8 @@ void runApart(Action action) noexcept {
 }
 
 Value orNullObject(Value value) {
-    return value.isAbsent() ? Value(NullObject{}) : value;
+    if (value.isAbsent()) value = NullObject{};
+    return value;
 }
 
 /// Leads a dependent key through the overridable pair; the base will know it by the expectation left here.

@@ -46,7 +46,7 @@ void ManagedObject::holdModel() noexcept {
 
 void ManagedObject::dispose() const noexcept {
     endManaging();
-    Object::dispose();
+    ObservableObject::dispose();
 }
 
 void ManagedObject::endManaging() const noexcept {
@@ -61,7 +61,7 @@ ManagedObject::initWithEntityInsertIntoManagedObjectContext(const EntityDescript
     if (entity.isAbstract() || !managedClass.make)
         throw InternalInconsistencyException("the entity \"" + std::string(entity.name()) +
                                              "\" is abstract: it has no objects of its own");
-    const Ref<ManagedObject> object(managedClass.make(ManagedObjectBirth(entity, context)));
+    Ref<ManagedObject> object(managedClass.make(ManagedObjectBirth(entity, context)));
     if (context) context->insert(*object);
     return object;
 }
