@@ -512,7 +512,7 @@ TEST(ObservableObjectTest, ADeclaredKeyWithoutAValueCanBeObserved) {
 FRESH_CLASS(WithAddedRows);
 TEST(ObservableObjectTest, RowsAddedWhileObjectsLiveServeObserversThatWereThereBefore) {
     static int runs = 0; // rows stay for as long as the program runs
-    const std::string dependent = dependent + std::to_string(++runs);
+    const std::string dependent = "addedDependent" + std::to_string(++runs);
     const auto anna = makeRef<WithAddedRows>();
     const auto watcher = makeRef<Watcher>();
     watch(*anna, *watcher, dependent);
