@@ -15,7 +15,7 @@ namespace estatebook::platform {
 
 /// Where a dying object leaves word that it is gone.
 struct WeakBlock {
-    ObservableObject* object;
+    ObservableObject* object = nullptr;
     std::uint32_t holders = 0;
 };
 
