@@ -55,6 +55,7 @@ TKState::fetchStateForNameInManagedObjectContext(const Ref<String>& name, Manage
 Ref<TKState> TKState::stateForKeyInManagedObjectContext(const Ref<String>& name,
                                                         ManagedObjectContext& context) {
     if (auto state = firstState(name, context)) return state;
+    const SystemChanges systemChanges(context);
     return insertState(name, Value(), context);
 }
 

@@ -63,6 +63,10 @@ public:
         Base::awakeFromFetch();
         Hooks::call(*this, "awakeFromFetch");
     }
+    void awakeFromSnapshotEvents(unsigned events) override {
+        Base::awakeFromSnapshotEvents(events);
+        Hooks::call(*this, "awakeFromSnapshotEvents:" + std::to_string(events));
+    }
     void willTurnIntoFault() override {
         Hooks::call(*this, "willTurnIntoFault");
         Base::willTurnIntoFault();

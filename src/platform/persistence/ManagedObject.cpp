@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/ManagedObject.hpp"
 
+#include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/persistence/MutableOrderedSet.hpp"
 #include "platform/persistence/RelationshipUpkeep.hpp"
@@ -36,12 +37,18 @@ ManagedObject::ManagedObject(const ManagedObjectBirth& birth) noexcept
 }
 
 ManagedObject::~ManagedObject() {
-    if (has(HoldsModel)) entity_->model().release();
+    dropModel();
 }
 
 void ManagedObject::holdModel() noexcept {
     entity_->model().retain();
     set(HoldsModel);
+}
+
+void ManagedObject::dropModel() noexcept {
+    if (!has(HoldsModel)) return;
+    clear(HoldsModel);
+    entity_->model().release();
 }
 
 void ManagedObject::dispose() const noexcept {
@@ -224,7 +231,9 @@ void ManagedObject::noteWillChange(Key key) {
     if (context_) context_->assertThread();
     access();
     const ModelledProperty* property = modelledProperty(key);
-    if (property && property->kind == PropertyKind::ToOne)
+    if (!property) return;
+    if (context_) context_->keepFormerValue(*this, *property);
+    if (property->kind == PropertyKind::ToOne)
         openLinks().push_back({this, key, property->toOne(*this).target});
 }
 
@@ -272,7 +281,7 @@ bool ManagedObject::validateForDelete(Ref<Error>* error) {
 }
 
 void ManagedObject::fireFault() const {
-    throw ObjectInaccessibleException(description() + " has no record any more");
+    context_->fulfilFault(const_cast<ManagedObject&>(*this));
 }
 
 std::string ManagedObject::description() const {

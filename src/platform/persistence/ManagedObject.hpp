@@ -26,6 +26,7 @@
 namespace estatebook::platform {
 
 class MutableOrderedSet;
+struct ObjectJournal;
 
 /// Why an object's state was restored; bits that may come together.
 enum SnapshotEvents : unsigned {
@@ -151,6 +152,13 @@ private:
         ChangedInRound = 64,
         /// Outside every context, an object keeps the model alive that describes it.
         HoldsModel = 128,
+        /// Inserted or deleted since changes were last processed, and to be undone as such.
+        InsertedInBatch = 256,
+        DeletedInBatch = 512,
+        /// Among the objects whose changes are to be registered for undoing.
+        InBatch = 1024,
+        /// Inserted by the system for its own sake: it stays after a rollback.
+        MadeBySystem = 2048,
     };
     [[nodiscard]] bool has(State state) const noexcept { return (state_ & state) != 0; }
     void set(State state) noexcept { state_ |= state; }
@@ -158,6 +166,7 @@ private:
 
     void fireFault() const;
     void holdModel() noexcept;
+    void dropModel() noexcept;
     [[nodiscard]] const ModelledProperty& requireModelled(Key key) const;
     [[nodiscard]] Value relationshipValue(const ModelledProperty& property) const;
 
@@ -165,7 +174,8 @@ private:
     ManagedObjectContext* context_;
     const EntityDescription* entity_;
     std::uint64_t creationNumber_ = 0;
-    std::uint32_t place_ = 0; // among the context's objects of its entity
+    std::uint32_t place_ = 0;          // among the context's objects of its entity
+    ObjectJournal* journal_ = nullptr; // null while there is nothing to take back
 };
 
 } // namespace estatebook::platform

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/ManagedObjectContext.hpp"
 
+#include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/FirstException.hpp"
 #include "platform/persistence/RelationshipUpkeep.hpp"
 #include "platform/values/Exception.hpp"
@@ -13,13 +14,17 @@
 namespace estatebook::platform {
 
 ManagedObjectContext::ManagedObjectContext(ConcurrencyType type)
-    : Object(Counting::Local), type_(type), thread_(std::this_thread::get_id()),
-      undoManager_(makeRef<UndoManager>()) {}
+    : Object(Counting::Local), type_(type), thread_(std::this_thread::get_id()) {
+    setUndoManager(makeRef<UndoManager>());
+}
+
+ManagedObjectContext::~ManagedObjectContext() = default;
 
 void ManagedObjectContext::dispose() const noexcept {
     auto* self = const_cast<ManagedObjectContext*>(this);
     // Hooks may hold on to the context while it ends.
     self->retain();
+    self->setUndoManager(nullptr);
     self->endAll();
     delete self;
 }
@@ -44,8 +49,11 @@ void ManagedObjectContext::refuseClass(std::string_view entityName) {
 // Coming and going
 
 void ManagedObjectContext::enter(ManagedObject& object) {
-    object.creationNumber_ = ++lastCreationNumber_;
     auto& rows = rows_[object.entity().index()];
+    if (object.creationNumber_ == 0)
+        object.creationNumber_ = ++lastCreationNumber_;
+    else
+        rows.inOrderOfCreation = false;
     object.place_ = static_cast<std::uint32_t>(rows.objects.size());
     rows.objects.push_back(&object);
     object.retain();
@@ -65,7 +73,18 @@ void ManagedObjectContext::insert(ManagedObject& object) {
     object.set(ManagedObject::Inserted);
     object.set(ManagedObject::Awake);
     noteChanged(object);
+    if (isRecording()) noteInBatch(object, ManagedObject::InsertedInBatch);
+    if (systemChanges_ > 0) object.set(ManagedObject::MadeBySystem);
     object.awakeFromInsert();
+}
+
+void ManagedObjectContext::Rows::tidy() {
+    std::erase(objects, nullptr);
+    holes = 0;
+    if (!inOrderOfCreation) std::ranges::sort(objects, {}, &ManagedObject::creationNumber);
+    inOrderOfCreation = true;
+    for (std::size_t place = 0; place < objects.size(); ++place)
+        objects[place]->place_ = static_cast<std::uint32_t>(place);
 }
 
 // The values and links go with it; whoever still holds the object finds it empty.
@@ -73,15 +92,12 @@ void ManagedObjectContext::leave(ManagedObject& object) {
     const Ref<ManagedObject> held(&object);
     auto& rows = rows_[object.entity().index()];
     rows.objects[object.place_] = nullptr;
-    if (++rows.holes > rows.objects.size() / 2) {
-        std::erase(rows.objects, nullptr);
-        rows.holes = 0;
-        for (std::size_t place = 0; place < rows.objects.size(); ++place)
-            rows.objects[place]->place_ = static_cast<std::uint32_t>(place);
-    }
+    if (++rows.holes > rows.objects.size() / 2) rows.tidy();
     --objectCount_;
     RelationshipUpkeep::sever(object);
     object.dropValues();
+    dropJournal(object);
+    records_.erase(&object);
     object.state_ = 0;
     object.context_ = nullptr;
     object.holdModel();
@@ -90,6 +106,7 @@ void ManagedObjectContext::leave(ManagedObject& object) {
 
 void ManagedObjectContext::endAll() noexcept {
     changed_.clear();
+    batch_.clear();
     pendingDeletions_.clear();
     const auto forEach = [&](auto action) {
         for (std::size_t entity = 0; entity < rows_.size(); ++entity)
@@ -105,8 +122,9 @@ void ManagedObjectContext::endAll() noexcept {
             // The end cannot be stopped, and nobody is left to tell.
         }
     });
-    forEach([](ManagedObject& object) {
+    forEach([this](ManagedObject& object) {
         object.dropValues();
+        dropJournal(object);
         RelationshipUpkeep::forgetAll(object);
         object.state_ = 0;
         object.context_ = nullptr;
@@ -116,7 +134,9 @@ void ManagedObjectContext::endAll() noexcept {
     rows.swap(rows_);
     objectCount_ = 0;
     changed_.clear();
+    batch_.clear();
     pendingDeletions_.clear();
+    records_.clear();
     for (const Rows& each : rows)
         for (ManagedObject* object : each.objects)
             if (object) object->release();
@@ -125,6 +145,7 @@ void ManagedObjectContext::endAll() noexcept {
 void ManagedObjectContext::reset() {
     assertThread();
     endAll();
+    if (undoManager_) undoManager_->removeAllActionsWithTarget(this);
 }
 
 // Changes
@@ -174,6 +195,7 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
     if (object.context_ != this)
         throw InvalidArgumentException(object.description() + " is no object of this context");
     const Ref<ManagedObject> held(&object);
+    object.access();
     object.set(ManagedObject::Deleted); // hooks that delete one another come to an end
     FirstException exceptions;
     exceptions.keep([&] { object.prepareForDeletion(); });
@@ -183,6 +205,7 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
     }
     if (object.context_ == this) {
         noteChanged(object);
+        if (isRecording()) noteInBatch(object, ManagedObject::DeletedInBatch);
         pendingDeletions_.emplace_back(&object);
     }
     exceptions.rethrow();
@@ -204,6 +227,8 @@ bool ManagedObjectContext::isDenied(ManagedObject& object) {
 
 void ManagedObjectContext::propagateDeletion(ManagedObject& object) {
     object.set(ManagedObject::DeletionPropagated);
+    // It may have been refused until now.
+    if (isRecording()) noteInBatch(object, ManagedObject::DeletedInBatch);
     FirstException exceptions;
     for (const RelationshipDescription& relationship : object.entity().relationships()) {
         if (relationship.deleteRule != DeleteRule::Cascade) continue;
@@ -223,7 +248,9 @@ void ManagedObjectContext::propagateDeletion(ManagedObject& object) {
 
 void ManagedObjectContext::processPendingChanges() {
     assertThread();
+    if (restoring_ > 0) return;
     std::vector<Ref<ManagedObject>> refused;
+    std::vector<Ref<ManagedObject>> leaving;
     FirstException exceptions;
     while (!pendingDeletions_.empty()) {
         for (const auto& object : std::exchange(pendingDeletions_, {})) {
@@ -234,11 +261,14 @@ void ManagedObjectContext::processPendingChanges() {
                 continue;
             }
             exceptions.keep([&] { propagateDeletion(*object); });
-            if (object->has(ManagedObject::Inserted)) leave(*object);
+            if (object->has(ManagedObject::Inserted)) leaving.push_back(object);
         }
     }
     pendingDeletions_ = std::move(refused);
-    std::erase_if(changed_, [&](const auto& object) { return object->context_ != this; });
+    exceptions.keep([&] { registerChanges(); });
+    for (const auto& object : leaving)
+        if (owns(*object) && object->isDeleted()) leave(*object);
+    if (!leaving.empty()) std::erase_if(changed_, [&](const auto& object) { return !owns(*object); });
     exceptions.rethrow();
 }
 
@@ -259,9 +289,10 @@ ManagedObjectContext::executeFetchRequest(const FetchRequest& request, Ref<Error
     std::size_t entities = 0;
     for (const auto& each : coordinator_->managedObjectModel()->entities()) {
         if (!each->isKindOfEntity(*entity)) continue;
-        const auto& objects = rows_[each->index()].objects;
-        if (!objects.empty()) ++entities;
-        for (ManagedObject* object : objects)
+        Rows& rows = rows_[each->index()];
+        if (!rows.inOrderOfCreation) rows.tidy();
+        if (!rows.objects.empty()) ++entities;
+        for (ManagedObject* object : rows.objects)
             if (object && !object->isDeleted()) found.emplace_back(object);
     }
     // Reading a key may run foreign code, which may insert and delete.

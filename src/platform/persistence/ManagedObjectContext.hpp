@@ -23,9 +23,16 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <unordered_map>
 #include <vector>
 
 namespace estatebook::platform {
+
+struct ChangeSet;
+struct ObjectChange;
+struct FormerValue;
+class FormerValues;
+struct ObjectJournal;
 
 /// How a context is bound to threads. This library makes main-queue contexts.
 enum class ConcurrencyType : unsigned { Confinement = 0, PrivateQueue = 1, MainQueue = 2 };
@@ -53,7 +60,13 @@ public:
 
     /// There is one from the start; null takes it away.
     [[nodiscard]] const Ref<UndoManager>& undoManager() const noexcept { return undoManager_; }
-    void setUndoManager(Ref<UndoManager> manager) noexcept { undoManager_ = std::move(manager); }
+    /// What the former one remembers of this context is forgotten.
+    void setUndoManager(Ref<UndoManager> manager);
+    /// undo, redo: of the undo manager; nothing happens without one. All that was one step changes at once: nobody is told before
+    /// every value is restored. Objects that return are awakened anew, with `awakeFromFetch` and then
+    /// `awakeFromSnapshotEvents`; those that go are deleted.
+    void undo();
+    void redo();
 
     /// As EntityDescription's insertion by name, typed. Raises InvalidArgumentException when the entity's class is no T.
     template <class T>
@@ -83,7 +96,8 @@ public:
         return all;
     }
 
-    /// Carries out what deletions entail. Called by fetches and saves.
+    /// Carries out what deletions entail, and registers all changes since the last time for undoing. Called by fetches,
+    /// saves, and whatever asks the undo manager for something.
     void processPendingChanges();
 
     /// Whether anything was inserted, deleted or changed since the last save; setting a value to itself counts.
@@ -99,8 +113,18 @@ public:
     /// failure ends the validation. Raises InternalInconsistencyException when `willSave` never comes to rest.
     bool save(Ref<Error>* error = nullptr);
 
-    /// Forgets every object and every unsaved change. Awake objects are told as at the end of the context.
+    /// Takes back everything since the last save: inserted objects go, deleted ones return, values are what they
+    /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more.
+    void rollback();
+
+    /// Forgets every object, every unsaved change and what could be undone. Awake objects are told as at the end of the context.
     void reset();
+
+    /// refreshObject:mergeChanges: Without merging, unsaved changes of the object are dropped and it becomes a fault: its
+    /// values go, after `willTurnIntoFault`, and come back with `awakeFromFetch` when it is next read. With merging it keeps
+    /// its changes and hears of the refresh. Nothing happens to a fault, nor to an object that is inserted or deleted:
+    /// there is nothing to read it from. Raises InvalidArgumentException for an object of another context.
+    void refreshObjectMergeChanges(ManagedObject& object, bool mergeChanges);
 
     [[nodiscard]] std::string_view runtimeClassName() const noexcept override {
         return "ManagedObjectContext";
@@ -109,14 +133,24 @@ public:
 private:
     friend class ManagedObject;
     friend class RelationshipUpkeep;
+    friend class SystemChanges;
 
-    /// The objects of one entity in the order of creation; those that left leave holes, closed when they are many.
+    /// The objects of one entity; those that left leave holes, closed when they are many.
     struct Rows {
         std::vector<ManagedObject*> objects;
         std::size_t holes = 0;
+        /// Lost when an object returns.
+        bool inOrderOfCreation = true;
+
+        void tidy();
+    };
+    /// What objects hear when their state was restored.
+    struct RestoringEvents {
+        unsigned returned = 0;
+        unsigned updated = 0;
     };
 
-    ~ManagedObjectContext() override = default;
+    ~ManagedObjectContext() override;
     void dispose() const noexcept override;
     void assertThread() const noexcept;
     [[noreturn]] static void refuseClass(std::string_view entityName);
@@ -126,6 +160,26 @@ private:
     void leave(ManagedObject& object);
     void noteChanged(ManagedObject& object);
     void endAll() noexcept;
+    [[nodiscard]] bool owns(const ManagedObject& object) const noexcept { return object.context_ == this; }
+
+    /// Whether the object can be linked with others here: one whose deletion was refused still can.
+    [[nodiscard]] bool isWithin(const ManagedObject& object) const noexcept {
+        return owns(object) && !object.has(ManagedObject::DeletionPropagated);
+    }
+
+    // Taking back
+
+    [[nodiscard]] bool isRecording() const noexcept { return undoManager_ && recordingOff_ == 0; }
+    void keepFormerValue(ManagedObject& object, const ModelledProperty& property);
+    void noteInBatch(ManagedObject& object, ManagedObject::State how);
+    void registerChanges();
+    [[nodiscard]] static std::vector<FormerValue> allFormerValues(ManagedObject& object,
+                                                                  FormerValues ObjectJournal::*since);
+    void restore(const ChangeSet& set, RestoringEvents events);
+    void takeBack(ManagedObject& object);
+    void awakeReturned(const ObjectChange& change);
+    void dropJournal(ManagedObject& object) noexcept;
+    void fulfilFault(ManagedObject& object);
     [[nodiscard]] std::vector<Ref<ManagedObject>> changed(ManagedObject::State state) const;
 
     void propagateDeletion(ManagedObject& object);
@@ -144,8 +198,31 @@ private:
     std::vector<Ref<ManagedObject>>
         changed_; // each object with a change once, and some that have none any more
     std::vector<Ref<ManagedObject>> pendingDeletions_;
+    /// Objects with changes that are not registered for undoing yet.
+    std::vector<Ref<ManagedObject>> batch_;
+    /// The values of faults.
+    std::unordered_map<const ManagedObject*, std::vector<FormerValue>> records_;
     /// Above zero while fetch hooks run: changes then mark nothing and keep no inverses.
     unsigned changeProcessingOff_ = 0;
+    /// Above zero while what happens leaves no undo entry.
+    unsigned recordingOff_ = 0;
+    /// Above zero while what is inserted is the system's own.
+    unsigned systemChanges_ = 0;
+    /// Above zero while values are being restored: half of it is nothing to register.
+    unsigned restoring_ = 0;
+};
+
+/// While one lives, what happens in the context is the system's own doing: it leaves no undo entry, and an object
+/// that is inserted stays after a rollback.
+class ESTATEBOOK_API SystemChanges {
+public:
+    explicit SystemChanges(ManagedObjectContext& context) noexcept;
+    ~SystemChanges();
+    SystemChanges(const SystemChanges&) = delete;
+    SystemChanges& operator=(const SystemChanges&) = delete;
+
+private:
+    ManagedObjectContext& context_;
 };
 
 } // namespace estatebook::platform

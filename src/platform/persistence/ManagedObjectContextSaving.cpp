@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/FirstException.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/Raised.hpp"
 #include "platform/values/Array.hpp"
 #include "platform/values/Exception.hpp"
 
@@ -9,6 +11,9 @@
 namespace estatebook::platform {
 
 void ManagedObjectContext::settleBeforeSave() {
+    processPendingChanges();
+    // What the hooks do follows from what the user did, and is done anew after an undo.
+    const Raised unrecorded(recordingOff_);
     // Also what an earlier save, which failed, has asked before.
     for (const auto& object : changed_) object->set(ManagedObject::ChangedInRound);
     for (std::size_t round = 0;; ++round) {
@@ -69,6 +74,8 @@ void ManagedObjectContext::commit() {
             object->clear(ManagedObject::Inserted);
             object->clear(ManagedObject::Updated);
             object->clear(ManagedObject::ChangedInRound);
+            object->clear(ManagedObject::MadeBySystem);
+            dropJournal(*object);
         }
     }
     FirstException exceptions;

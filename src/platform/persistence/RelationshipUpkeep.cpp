@@ -3,6 +3,7 @@
 
 #include "platform/persistence/FirstException.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/Raised.hpp"
 #include "platform/values/Exception.hpp"
 #include "platform/values/Set.hpp"
 
@@ -26,11 +27,6 @@ std::vector<OneWay>& oneWays() noexcept {
 
 // How many changes are being followed at once: more than one when an observer moves what is being moved.
 thread_local unsigned following = 0;
-
-struct Following {
-    Following() noexcept { ++following; }
-    ~Following() { --following; }
-};
 
 void forgetOneWays(const ManagedObject& object) noexcept {
     if (oneWays().empty()) return;
@@ -198,7 +194,7 @@ void RelationshipUpkeep::follow(ManagedObject& object, const ModelledProperty& p
         std::erase_if(oneWays(), [&](const OneWay& each) {
             return each.object == &object && each.property == &property;
         });
-    const Following guard;
+    const Raised guard(following);
     for (ManagedObject* other : {before, after}) {
         if (!other || (other == before && before == after)) continue;
         // An observer of the first side may have led the object elsewhere.

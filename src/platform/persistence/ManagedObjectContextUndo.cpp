@@ -1,0 +1,334 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/ChangeJournal.hpp"
+#include "platform/persistence/FirstException.hpp"
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/Raised.hpp"
+#include "platform/persistence/RelationshipUpkeep.hpp"
+#include "platform/values/Exception.hpp"
+#include "platform/values/Set.hpp"
+
+#include <ranges>
+#include <utility>
+
+namespace estatebook::platform {
+
+namespace {
+
+/// Whether the property's values are kept at all: what the system writes is no edit, and members of an
+/// unordered relationship follow from the other side.
+bool isKept(const ModelledProperty& property) noexcept {
+    return property.kind != PropertyKind::ToMany && !(property.flags & PropertyWrittenBySystem);
+}
+
+} // namespace
+
+SystemChanges::SystemChanges(ManagedObjectContext& context) noexcept : context_(context) {
+    ++context_.recordingOff_;
+    ++context_.systemChanges_;
+}
+
+SystemChanges::~SystemChanges() {
+    --context_.recordingOff_;
+    --context_.systemChanges_;
+}
+
+// Remembering
+
+void ManagedObjectContext::keepFormerValue(ManagedObject& object, const ModelledProperty& property) {
+    if (changeProcessingOff_ > 0 || !isKept(property)) return;
+    // What the system makes is never taken back, only what is done to it later.
+    const bool forRollback = !object.has(ManagedObject::Inserted) ||
+                             (object.has(ManagedObject::MadeBySystem) && systemChanges_ == 0);
+    const bool forUndo = isRecording() && !object.has(ManagedObject::InsertedInBatch);
+    ObjectJournal* journal = object.journal_;
+    const bool isNewForRollback = forRollback && !(journal && journal->sinceSave.has(property.key));
+    const bool isNewForUndo = forUndo && !(journal && journal->sinceProcessing.has(property.key));
+    if (!isNewForRollback && !isNewForUndo) return;
+
+    if (!journal) journal = object.journal_ = new ObjectJournal;
+    const Value former = object.primitiveValueForKey(property.key);
+    if (isNewForRollback) journal->sinceSave.keep(property, former);
+    if (isNewForUndo) {
+        journal->sinceProcessing.keep(property, former);
+        noteInBatch(object, ManagedObject::InBatch);
+    }
+}
+
+void ManagedObjectContext::noteInBatch(ManagedObject& object, ManagedObject::State how) {
+    if (!object.has(ManagedObject::InBatch)) batch_.emplace_back(&object);
+    object.set(ManagedObject::InBatch);
+    object.set(how);
+}
+
+void ManagedObjectContext::dropJournal(ManagedObject& object) noexcept {
+    delete std::exchange(object.journal_, nullptr);
+}
+
+void ManagedObjectContext::registerChanges() {
+    if (batch_.empty()) return;
+    const bool isWanted = undoManager_ && undoManager_->isUndoRegistrationEnabled();
+    ChangeSet set;
+    for (const auto& object : std::exchange(batch_, {})) {
+        if (!owns(*object)) continue;
+        const bool isInserted = object->has(ManagedObject::InsertedInBatch);
+        const bool isDeleted = object->has(ManagedObject::DeletedInBatch);
+        if (isWanted && isInserted != isDeleted) {
+            if (isInserted)
+                set.changes.push_back({ObjectChange::Kind::Insertion, object});
+            else
+                set.changes.push_back({ObjectChange::Kind::Deletion, object,
+                                       allFormerValues(*object, &ObjectJournal::sinceProcessing)});
+        } else if (isWanted && !isInserted) {
+            set.changes.push_back(
+                {ObjectChange::Kind::Update, object, object->journal_->sinceProcessing.take()});
+        }
+        if (object->journal_) object->journal_->sinceProcessing = {};
+        object->clear(ManagedObject::InBatch);
+        object->clear(ManagedObject::InsertedInBatch);
+        object->clear(ManagedObject::DeletedInBatch);
+    }
+    if (set.changes.empty()) return;
+    undoManager_->registerUndo(this, [this, changes = std::move(set)] {
+        FirstException exceptions;
+        exceptions.keep([&] {
+            restore(changes, {undoManager_->isRedoing() ? SnapshotUndoInsertion : SnapshotUndoDeletion,
+                              SnapshotUndoUpdate});
+        });
+        exceptions.keep([&] { processPendingChanges(); });
+        exceptions.rethrow();
+    });
+}
+
+/// Every value that is kept, as it was before the changes that a part of the journal tells of.
+std::vector<FormerValue> ManagedObjectContext::allFormerValues(ManagedObject& object,
+                                                               FormerValues ObjectJournal::*since) {
+    std::vector<FormerValue> all;
+    object.forEachModelledProperty([&](const ModelledProperty& property) {
+        if (!isKept(property)) return;
+        const Value* former = object.journal_ ? (object.journal_->*since).find(property.key) : nullptr;
+        all.push_back({&property, former ? *former : object.primitiveValueForKey(property.key)});
+    });
+    return all;
+}
+
+// Taking back
+
+void ManagedObjectContext::setUndoManager(Ref<UndoManager> manager) {
+    if (undoManager_) {
+        undoManager_->removeCheckpoint(this);
+        undoManager_->removeAllActionsWithTarget(this);
+    }
+    undoManager_ = std::move(manager);
+    if (undoManager_) undoManager_->addCheckpoint(this, [this] { processPendingChanges(); });
+}
+
+void ManagedObjectContext::undo() {
+    if (undoManager_) undoManager_->undo();
+}
+
+void ManagedObjectContext::redo() {
+    if (undoManager_) undoManager_->redo();
+}
+
+void ManagedObjectContext::takeBack(ManagedObject& object) {
+    if (owns(object)) {
+        object.clear(ManagedObject::Deleted);
+        object.clear(ManagedObject::DeletionPropagated);
+    } else {
+        object.dropModel();
+        object.context_ = this;
+        object.set(ManagedObject::Inserted);
+        enter(object);
+    }
+    noteChanged(object);
+    if (isRecording()) noteInBatch(object, ManagedObject::InsertedInBatch);
+}
+
+// The fetch hook derives some values from others; those that are kept are put back after it.
+void ManagedObjectContext::awakeReturned(const ObjectChange& change) {
+    const Raised off(changeProcessingOff_);
+    FirstException exceptions;
+    change.object->set(ManagedObject::Awake);
+    exceptions.keep([&] { change.object->awakeFromFetch(); });
+    for (const FormerValue& former : change.former)
+        if (former.property->kind == PropertyKind::Attribute)
+            former.property->setPrimitive(*change.object, former.value);
+    exceptions.rethrow();
+}
+
+namespace {
+
+/// A value on its way back.
+struct Restored {
+    ManagedObject* object;
+    const FormerValue* former;
+
+    [[nodiscard]] const ModelledProperty& property() const noexcept { return *former->property; }
+};
+
+void arrange(ManagedObject& owner, const ModelledProperty& ordered, const Value& former) {
+    const auto wanted = former.as<OrderedSet>();
+    if (!wanted) return;
+    std::size_t place = 0;
+    for (const Value& each : wanted->members()) {
+        const auto member = each.as<ManagedObject>();
+        if (member->modelledProperty(ordered.inverse)->toOne(*member).target != &owner) continue;
+        RelationshipUpkeep::move(ordered.toMany(owner), RelationshipUpkeep::placeOf(*member, ordered),
+                                 place++);
+    }
+}
+
+} // namespace
+
+void ManagedObjectContext::restore(const ChangeSet& set, RestoringEvents events) {
+    FirstException exceptions;
+    std::vector<Ref<ManagedObject>> leaving;
+    std::vector<const ObjectChange*> returned;
+    std::vector<const ObjectChange*> updated;
+    {
+        const Raised restoring(restoring_);
+        std::vector<Restored> attributes;
+        std::vector<Restored> orders;
+        std::vector<Restored> links;
+        const auto sortOut = [&](const ObjectChange& change) {
+            for (const FormerValue& former : change.former) {
+                const auto kind = former.property->kind;
+                (kind == PropertyKind::Attribute ? attributes
+                 : kind == PropertyKind::ToOne   ? links
+                                                 : orders)
+                    .push_back({change.object.get(), &former});
+            }
+        };
+        for (const ObjectChange& change : set.changes) {
+            ManagedObject& object = *change.object;
+            const bool isHere = isWithin(object);
+            switch (change.kind) {
+            case ObjectChange::Kind::Insertion:
+                if (isHere) leaving.push_back(change.object);
+                break;
+            case ObjectChange::Kind::Deletion:
+                if (isHere && !object.isDeleted()) break;
+                takeBack(object);
+                returned.push_back(&change);
+                sortOut(change);
+                break;
+            case ObjectChange::Kind::Update:
+                if (!isHere) break;
+                exceptions.keep([&] { object.access(); });
+                updated.push_back(&change);
+                sortOut(change);
+                break;
+            }
+        }
+
+        // Everything opens, is stored, and closes in the opposite order, so that whoever is told finds all of it done. Links close
+        // first: what is read of an owner sums over its members.
+        const auto will = [&](const Restored& each) {
+            exceptions.keep([&] { each.object->willChangeValueForKey(each.property().key); });
+        };
+        const auto did = [&](const Restored& each) {
+            exceptions.keep([&] { each.object->didChangeValueForKey(each.property().key); });
+        };
+        std::ranges::for_each(attributes, will);
+        std::ranges::for_each(orders, will);
+        std::ranges::for_each(links, will);
+        for (const Restored& each : attributes)
+            each.property().setPrimitive(*each.object, each.former->value);
+        for (const Restored& each : links) {
+            const auto target = each.former->value.as<ManagedObject>();
+            each.property().toOne(*each.object).target = target && isWithin(*target) ? target.get() : nullptr;
+        }
+        std::ranges::for_each(links | std::views::reverse, did);
+        for (const Restored& each : orders | std::views::reverse) {
+            arrange(*each.object, each.property(), each.former->value);
+            did(each);
+        }
+        for (const ObjectChange* change : returned) exceptions.keep([&] { awakeReturned(*change); });
+        std::ranges::for_each(attributes | std::views::reverse, did);
+    }
+    const auto tell = [&](const ObjectChange* change, unsigned event) {
+        if (event != 0) exceptions.keep([&] { change->object->awakeFromSnapshotEvents(event); });
+    };
+    for (const ObjectChange* change : returned) tell(change, events.returned);
+    for (const ObjectChange* change : updated) tell(change, events.updated);
+    for (const auto& object : leaving) exceptions.keep([&] { deleteObject(*object); });
+    exceptions.rethrow();
+}
+
+void ManagedObjectContext::rollback() {
+    assertThread();
+    const Raised unrecorded(recordingOff_);
+    FirstException exceptions;
+    exceptions.keep([&] { processPendingChanges(); });
+    ChangeSet set;
+    for (const auto& object : changed_) {
+        if (object->isDeleted())
+            set.changes.push_back(
+                {ObjectChange::Kind::Deletion, object, allFormerValues(*object, &ObjectJournal::sinceSave)});
+        else if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem))
+            set.changes.push_back({ObjectChange::Kind::Insertion, object});
+        else if (object->journal_)
+            set.changes.push_back({ObjectChange::Kind::Update, object, object->journal_->sinceSave.take()});
+    }
+    exceptions.keep([&] { restore(set, {SnapshotRollback, SnapshotRollback}); });
+    exceptions.keep([&] { processPendingChanges(); });
+    for (const auto& object : std::exchange(changed_, {})) {
+        dropJournal(*object);
+        if (object->has(ManagedObject::Inserted)) {
+            changed_.push_back(object);
+        } else {
+            object->clear(ManagedObject::Updated);
+            object->clear(ManagedObject::ChangedInRound);
+        }
+    }
+    if (undoManager_) undoManager_->removeAllActionsWithTarget(this);
+    exceptions.rethrow();
+}
+
+// Faults
+
+void ManagedObjectContext::refreshObjectMergeChanges(ManagedObject& object, bool mergeChanges) {
+    assertThread();
+    if (!owns(object)) throw InvalidArgumentException(object.description() + " is no object of this context");
+    processPendingChanges();
+    if (object.has(ManagedObject::Fault) || object.has(ManagedObject::Inserted) || object.isDeleted()) return;
+    if (mergeChanges) return object.awakeFromSnapshotEvents(SnapshotRefresh);
+
+    FirstException exceptions;
+    if (object.journal_) {
+        const Raised unrecorded(recordingOff_);
+        ChangeSet set;
+        set.changes.push_back(
+            {ObjectChange::Kind::Update, Ref<ManagedObject>(&object), object.journal_->sinceSave.take()});
+        exceptions.keep([&] { restore(set, {}); });
+    }
+    object.clear(ManagedObject::Updated);
+    object.clear(ManagedObject::ChangedInRound);
+    std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
+    dropJournal(object);
+    if (object.has(ManagedObject::Awake)) {
+        object.clear(ManagedObject::Awake);
+        exceptions.keep([&] { object.willTurnIntoFault(); });
+    }
+    auto& record = records_[&object];
+    object.forEachModelledProperty([&](const ModelledProperty& property) {
+        if (property.kind == PropertyKind::Attribute)
+            record.push_back({&property, property.primitive(object)});
+    });
+    object.dropValues();
+    object.set(ManagedObject::Fault);
+    exceptions.keep([&] { object.didTurnIntoFault(); });
+    exceptions.rethrow();
+}
+
+void ManagedObjectContext::fulfilFault(ManagedObject& object) {
+    auto record = records_.extract(&object);
+    if (record.empty()) throw ObjectInaccessibleException(object.description() + " has no record any more");
+    object.clear(ManagedObject::Fault);
+    for (const FormerValue& each : record.mapped()) each.property->setPrimitive(object, each.value);
+    object.set(ManagedObject::Awake);
+    const Raised off(changeProcessingOff_);
+    object.awakeFromFetch();
+}
+
+} // namespace estatebook::platform
