@@ -2,9 +2,9 @@
 #include "platform/persistence/ManagedObjectContext.hpp"
 
 #include "platform/persistence/ChangeJournal.hpp"
-#include "platform/persistence/FirstException.hpp"
 #include "platform/persistence/RelationshipUpkeep.hpp"
 #include "platform/values/Exception.hpp"
+#include "platform/values/FirstException.hpp"
 
 #include <algorithm>
 #include <cassert>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/ChangeJournal.hpp"
-#include "platform/persistence/FirstException.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/persistence/Raised.hpp"
 #include "platform/persistence/RelationshipUpkeep.hpp"
 #include "platform/values/Exception.hpp"
+#include "platform/values/FirstException.hpp"
 #include "platform/values/Set.hpp"
 
 #include <ranges>

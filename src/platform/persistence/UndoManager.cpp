@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/UndoManager.hpp"
 
-#include "platform/persistence/FirstException.hpp"
 #include "platform/values/Exception.hpp"
+#include "platform/values/FirstException.hpp"
 
 #include <algorithm>
 #include <utility>
