@@ -41,11 +41,14 @@ FOREIGN = {
     "CLI/": ["programs"],
     # The operating system's.
     "dlfcn.h": ["src/platform/system"],
+    "poll.h": ["src/platform/system"],
+    "sys/epoll.h": ["src/platform/system"],
+    "sys/timerfd.h": ["src/platform/system"],
     "syslog.h": ["src/platform/system"],
     "fcntl.h": ["programs"],
     "locale.h": ["programs"],
     "sys/ioctl.h": ["programs"],
-    "unistd.h": ["programs"],
+    "unistd.h": ["programs", "src/platform/system"],
 }
 
 # (file, what it includes) -> why. Each must be in use; one that is not is an error, too.

@@ -39,6 +39,16 @@ TEST(ClockTest, TheSystemsClockDoesNotStandStillAtWholeSeconds) {
     EXPECT_TRUE(sawFraction);
 }
 
+TEST(ClockTest, UptimeNeverGoesBackAndMayBeReplacedAsWell) {
+    const double before = Clock::uptime();
+    EXPECT_GT(before, 0);
+    EXPECT_GE(Clock::uptime(), before);
+    Clock::setUptime([] { return 5.0; });
+    EXPECT_EQ(Clock::uptime(), 5);
+    Clock::setUptime({});
+    EXPECT_GE(Clock::uptime(), before);
+}
+
 TEST(LogTest, EachEntryIsOneLine) {
     std::vector<std::string> lines;
     Log::setSink([&](std::string_view line) { lines.emplace_back(line); });
