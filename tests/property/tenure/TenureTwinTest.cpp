@@ -71,7 +71,8 @@ protected:
         made.isFullDuration = oneIn(3);
         if (oneIn(2)) made.advancePeriod = below(4);
         made.advanceCycle = Cycles[below(4)];
-        made.rent = Decimal(1 + below(200000)) / 100;
+        // Not so small that what was paid would reach beyond the years of books.
+        made.rent = Decimal(2000 + below(200000)) / 100;
         if (oneIn(2)) made.bond = Decimal(below(300000) - 50000) / 100;
         for (int count = below(8); count > 0; --count) {
             bookkit::TwinTransaction each;
