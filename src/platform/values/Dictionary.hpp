@@ -9,6 +9,7 @@
 
 #include "platform/values/Value.hpp"
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -26,7 +27,7 @@ public:
 
     [[nodiscard]] std::size_t count() const noexcept { return entries_.size(); }
     [[nodiscard]] std::span<const Entry> entries() const noexcept { return entries_; }
-    /// The value of the key; absent when there is none. Linear in the number of entries.
+    /// The value of the key; absent when there is none. Logarithmic in the number of entries.
     [[nodiscard]] Value find(std::string_view key) const noexcept;
 
     [[nodiscard]] bool isEqual(const Object& other) const noexcept override;
@@ -36,7 +37,12 @@ public:
 
 private:
     explicit Dictionary(std::vector<Entry> entries);
+    [[nodiscard]] const Entry* entry(std::string_view key) const noexcept;
+
+    // Few entries are searched in line; the places in the order of their keys are kept for more only.
+    static constexpr std::size_t IndexedFrom = 9;
     std::vector<Entry> entries_;
+    std::vector<std::size_t> placesByKey_;
 };
 
 } // namespace estatebook::platform

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -152,6 +153,24 @@ TEST(DataTest, BytesAreComparedOneByOne) {
     EXPECT_EQ(bytes({1, 2, 3})->description(), "<3 bytes>");
 }
 
+TEST(DictionaryTest, ManyEntriesAreFoundAndRepeatedOnesMergedAsFewAre) {
+    std::vector<Dictionary::Entry> entries;
+    for (int number = 0; number < 300; ++number) entries.emplace_back(std::to_string(number % 100), number);
+    const auto dictionary = Dictionary::make(entries);
+    ASSERT_EQ(dictionary->count(), 100u);
+    for (int number = 0; number < 100; ++number) {
+        const auto place = static_cast<std::size_t>(number);
+        EXPECT_EQ(dictionary->entries()[place].first, std::to_string(number));
+        EXPECT_EQ(dictionary->find(std::to_string(number)), Value(number + 200));
+    }
+    EXPECT_TRUE(dictionary->find("100").isAbsent());
+    EXPECT_TRUE(dictionary->find("").isAbsent());
+    std::ranges::reverse(entries);
+    EXPECT_FALSE(dictionary->isEqual(*Dictionary::make(entries)));
+    EXPECT_TRUE(
+        dictionary->isEqual(*Dictionary::make({dictionary->entries().begin(), dictionary->entries().end()})));
+}
+
 TEST(AttributedStringTest, RunsLieWithinTheTextAndDoNotOverlap) {
     const auto bold = Dictionary::make({{"bold", Value(true)}});
     const auto made = AttributedString::make(text("abcdef"), {{0, 2, bold}, {2, 1, bold}, {5, 1, bold}});
@@ -170,6 +189,22 @@ TEST(AttributedStringTest, RunsLieWithinTheTextAndDoNotOverlap) {
     refuse({{3, 1, bold}, {0, 1, bold}});
     refuse({{0, 1, nullptr}});
     EXPECT_THROW(static_cast<void>(AttributedString::make(nullptr)), InvalidArgumentException);
+}
+
+TEST(AttributedStringTest, ARunDoesNotCutACharacterInTwo) {
+    const auto bold = Dictionary::make({{"bold", Value(true)}});
+    const auto house = text("a\U0001F3E0b");
+    EXPECT_EQ(AttributedString::make(house, {{1, 4, bold}})->runs().size(), 1u);
+    for (const AttributedString::Run& run : {AttributedString::Run{2, 3, bold}, {0, 2, bold}, {1, 3, bold}})
+        EXPECT_THROW(static_cast<void>(AttributedString::make(house, {run})), InvalidArgumentException);
+}
+
+TEST(AttributedStringTest, ARunThatSaysNothingIsLeftOut) {
+    const auto bold = Dictionary::make({{"bold", Value(true)}});
+    const auto made =
+        AttributedString::make(text("abc"), {{0, 0, bold}, {0, 1, Dictionary::make({})}, {1, 1, bold}});
+    ASSERT_EQ(made->runs().size(), 1u);
+    EXPECT_EQ(made->runs().front().location, 1u);
 }
 
 TEST(AttributedStringTest, EqualityIsOfTextAndRuns) {
