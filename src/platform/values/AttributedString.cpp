@@ -8,6 +8,14 @@
 
 namespace estatebook::platform {
 
+namespace {
+
+bool isInsideCharacter(std::string_view text, std::size_t place) {
+    return place < text.size() && (static_cast<unsigned char>(text[place]) & 0xC0) == 0x80;
+}
+
+} // namespace
+
 AttributedString::AttributedString(Ref<String> text, std::vector<Run> runs) noexcept
     : Object(Counting::Shared), text_(std::move(text)), runs_(std::move(runs)) {}
 
@@ -18,9 +26,12 @@ Ref<AttributedString> AttributedString::make(Ref<String> text, std::vector<Run> 
         if (run.location < end || run.length > text->size() || run.location > text->size() - run.length ||
             !run.attributes)
             throw InvalidArgumentException(
-                "a run of attributes leaves its text, overlaps another or is empty");
+                "a run of attributes leaves its text, overlaps another or has none");
         end = run.location + run.length;
+        if (isInsideCharacter(text->view(), run.location) || isInsideCharacter(text->view(), end))
+            throw InvalidArgumentException("a run of attributes cuts a character in two");
     }
+    std::erase_if(runs, [](const Run& run) { return run.length == 0 || run.attributes->count() == 0; });
     return Ref<AttributedString>(new AttributedString(std::move(text), std::move(runs)));
 }
 

@@ -3,8 +3,8 @@
 
 /// AttributedString: immutable text with attributes on runs of it, such as the body of a note.
 ///
-/// A run gives attributes to `length` bytes of the text from `location`; runs do not overlap and stand in order. Text outside
-/// every run has no attributes.
+/// A run gives attributes to `length` bytes of the text from `location`. Runs begin and end between characters, do not
+/// overlap and stand in order. Text outside every run has no attributes.
 
 #include "platform/values/Dictionary.hpp"
 #include "platform/values/String.hpp"
@@ -23,7 +23,9 @@ public:
         Ref<Dictionary> attributes;
     };
 
-    /// Raises InvalidArgumentException when a run leaves the text, overlaps the one before it or has no attributes.
+    /// A run of no bytes, or whose attributes are an empty dictionary, says nothing and is left out. Raises
+    /// InvalidArgumentException when a run leaves the text, cuts a character in two, overlaps the one before it or
+    /// has no dictionary.
     [[nodiscard]] static Ref<AttributedString> make(Ref<String> text, std::vector<Run> runs = {});
     /// Without text and without attributes.
     [[nodiscard]] static Ref<AttributedString> empty();
