@@ -6,6 +6,7 @@
 #include <unicode/uchar.h>
 #include <unicode/ucurr.h>
 #include <unicode/uenum.h>
+#include <unicode/ustring.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -196,6 +197,32 @@ bool isWellFormedUtf8(std::string_view text) noexcept {
         if (character < 0) return false;
     }
     return true;
+}
+
+std::optional<std::u16string> toUtf16(std::string_view text) {
+    if (text.size() > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
+    // No character takes more units than bytes.
+    std::u16string units(text.size(), u'\0');
+    std::int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strFromUTF8(units.data(), static_cast<std::int32_t>(units.size()), &length, text.data(),
+                  static_cast<std::int32_t>(text.size()), &status);
+    if (U_FAILURE(status)) return std::nullopt;
+    units.resize(static_cast<std::size_t>(length));
+    return units;
+}
+
+std::optional<std::string> fromUtf16(std::u16string_view units) {
+    constexpr std::size_t MostBytesOfAUnit = 3;
+    if (units.size() > std::numeric_limits<std::int32_t>::max() / MostBytesOfAUnit) return std::nullopt;
+    std::string text(units.size() * MostBytesOfAUnit, '\0');
+    std::int32_t length = 0;
+    UErrorCode status = U_ZERO_ERROR;
+    u_strToUTF8(text.data(), static_cast<std::int32_t>(text.size()), &length, units.data(),
+                static_cast<std::int32_t>(units.size()), &status);
+    if (U_FAILURE(status)) return std::nullopt;
+    text.resize(static_cast<std::size_t>(length));
+    return text;
 }
 
 std::size_t columnWidth(std::string_view text) noexcept {

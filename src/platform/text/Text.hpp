@@ -21,6 +21,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -60,6 +61,11 @@ struct CanonicalEqual {
 
 /// Whether the bytes are UTF-8 as Unicode defines it: shortest forms, no surrogates, nothing above U+10FFFF.
 [[nodiscard]] ESTATEBOOK_API bool isWellFormedUtf8(std::string_view text) noexcept;
+
+/// The text in UTF-16 code units; none when it is not well formed.
+[[nodiscard]] ESTATEBOOK_API std::optional<std::u16string> toUtf16(std::string_view text);
+/// The text of UTF-16 code units; none when a surrogate stands alone.
+[[nodiscard]] ESTATEBOOK_API std::optional<std::string> fromUtf16(std::u16string_view units);
 
 /// The columns that a text takes in a terminal: 2 for wide and full-width characters, 0 for marks that join
 /// the character before them, for invisible and for control characters, 1 for all others and for each byte

@@ -199,6 +199,26 @@ TEST(TextTest, TextThatIsNotWellFormedIsTold) {
         EXPECT_FALSE(isWellFormedUtf8(text));
 }
 
+// UTF-16
+
+TEST(TextTest, TextIsConvertedToUtf16AndBack) {
+    for (const auto& [text, units] : std::initializer_list<std::pair<std::string_view, std::u16string_view>>{
+             {"", u""},
+             {"Rent", u"Rent"},
+             {"Caf\u00e9", u"Caf\u00e9"},
+             {"\U0001F3E0\uffff", u"\U0001F3E0\uffff"}}) {
+        EXPECT_EQ(toUtf16(text), units);
+        EXPECT_EQ(fromUtf16(units), text);
+    }
+}
+
+TEST(TextTest, WhatIsNotWellFormedIsNotConverted) {
+    for (const std::string_view text : {"\x80", "\xc3", "\xed\xa0\x80", "\xf4\x90\x80\x80"})
+        EXPECT_FALSE(toUtf16(text));
+    for (const std::u16string& units : {std::u16string{0xD83C}, {0xDFE0}, {0xDFE0, 0xD83C}, {0xD83C, u'a'}})
+        EXPECT_FALSE(fromUtf16(units));
+}
+
 // Columns
 
 TEST(TextTest, TextTakesTheColumnsThatATerminalGivesIt) {
