@@ -17,6 +17,7 @@ LAYERS = [
     "platform/values",
     "platform/calendar",
     "platform/text",
+    "platform/archive",
     "platform/system",
     "platform/observation",
     "platform/persistence",

@@ -17,5 +17,7 @@ RangeException::~RangeException() = default;
 UndefinedKeyException::~UndefinedKeyException() = default;
 InternalInconsistencyException::~InternalInconsistencyException() = default;
 ObjectInaccessibleException::~ObjectInaccessibleException() = default;
+InvalidArchiveOperationException::~InvalidArchiveOperationException() = default;
+InvalidUnarchiveOperationException::~InvalidUnarchiveOperationException() = default;
 
 } // namespace estatebook::platform

@@ -49,6 +49,8 @@ ESTATEBOOK_EXCEPTION(RangeException, "NSRangeException");
 ESTATEBOOK_EXCEPTION(UndefinedKeyException, "NSUnknownKeyException");
 ESTATEBOOK_EXCEPTION(InternalInconsistencyException, "NSInternalInconsistencyException");
 ESTATEBOOK_EXCEPTION(ObjectInaccessibleException, "NSObjectInaccessibleException");
+ESTATEBOOK_EXCEPTION(InvalidArchiveOperationException, "NSInvalidArchiveOperationException");
+ESTATEBOOK_EXCEPTION(InvalidUnarchiveOperationException, "NSInvalidUnarchiveOperationException");
 
 #undef ESTATEBOOK_EXCEPTION
 
