@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tags/TKTagNames.hpp"
 
+#include "platform/archive/KeyedArchiver.hpp"
+#include "platform/archive/KeyedUnarchiver.hpp"
 #include "platform/text/Text.hpp"
 
 #include <algorithm>
@@ -22,7 +24,7 @@ namespace {
 /// A value class is never made of nothing: a caller that tries has lost its data.
 void stopUnless(bool holds, const char* operation) {
     if (holds) return;
-    std::fprintf(stderr, "EstateBook_Model.TKTagNames: %s needs names, not null\n", operation);
+    std::fprintf(stderr, "EstateBook_Model.TKTagNames: %s needs names\n", operation);
     std::abort();
 }
 
@@ -59,6 +61,27 @@ Ref<TKTagNames> TKTagNames::initWithEditableString(std::string_view text) {
         start = comma + 1;
     }
     return initWithOrderedSet(std::move(items).finish());
+}
+
+Ref<TKTagNames> TKTagNames::initWithCoder(platform::KeyedUnarchiver& coder) {
+    const auto items = coder.decodeObject().as<OrderedSet>();
+    stopUnless(items != nullptr, "initWithCoder:");
+    return initWithOrderedSet(items);
+}
+
+void TKTagNames::encodeWithCoder(platform::KeyedArchiver& coder) const {
+    coder.encodeObject(items_);
+}
+
+const platform::ArchivedClass& TKTagNames::archivedClass() noexcept {
+    static constexpr std::string_view Names[] = {RuntimeName, "NSObject"};
+    static constexpr platform::ArchivedClass Class{
+        RuntimeName, Names,
+        [](const Value& names, platform::KeyedArchiver& coder) {
+            names.as<TKTagNames>()->encodeWithCoder(coder);
+        },
+        [](platform::KeyedUnarchiver& coder) -> Value { return initWithCoder(coder); }};
+    return Class;
 }
 
 void TKTagNames::setItems(const Ref<OrderedSet>& items) {

@@ -15,10 +15,13 @@
 ///     names->first()->view();             // "Rent"
 ///     names->contains("RENT");            // false
 ///
+/// Archives keep a value under its class's run-time name, EstateBook_Model.TKTagNames (archivedClass).
+///
 /// A value is not changed by anything here but `setItems`; while nobody calls that it may be read from any thread.
 
 #include "EstateBook_ModelExport.hpp"
 
+#include "platform/archive/ArchivedClass.hpp"
 #include "platform/values/Array.hpp"
 #include "platform/values/Set.hpp"
 #include "platform/values/String.hpp"
@@ -48,6 +51,16 @@ public:
     /// Splits the text at its commas, trims white space (but not line breaks) from both ends of each piece, drops
     /// pieces that are empty then, and keeps the others as the list of names.
     [[nodiscard]] static platform::Ref<TKTagNames> initWithEditableString(std::string_view text);
+
+    /// initWithCoder:
+    /// Reads the names, without a key. An archive without them, or with something else in their place, was not written
+    /// here: the program stops.
+    [[nodiscard]] static platform::Ref<TKTagNames> initWithCoder(platform::KeyedUnarchiver& coder);
+    /// encodeWithCoder:
+    /// Writes the names, without a key.
+    void encodeWithCoder(platform::KeyedArchiver& coder) const;
+    /// How archives are told of the class.
+    [[nodiscard]] static const platform::ArchivedClass& archivedClass() noexcept;
 
     /// The names, never null.
     [[nodiscard]] const platform::Ref<platform::OrderedSet>& items() const noexcept { return items_; }
@@ -79,11 +92,11 @@ public:
     /// The same; the zone is of no account.
     [[nodiscard]] platform::Ref<TKTagNames> copyWithZone(const void*) const { return copy(); }
 
-    [[nodiscard]] std::string_view runtimeClassName() const noexcept override {
-        return "EstateBook_Model.TKTagNames";
-    }
+    [[nodiscard]] std::string_view runtimeClassName() const noexcept override { return RuntimeName; }
 
 private:
+    static constexpr std::string_view RuntimeName = "EstateBook_Model.TKTagNames";
+
     explicit TKTagNames(platform::Ref<platform::OrderedSet> items);
     ~TKTagNames() override = default;
 
