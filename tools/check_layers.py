@@ -43,6 +43,7 @@ FOREIGN = {
     # The operating system's.
     "dlfcn.h": ["src/platform/system"],
     "poll.h": ["src/platform/system"],
+    "pwd.h": ["src/platform/system"],
     "sys/epoll.h": ["src/platform/system"],
     "sys/timerfd.h": ["src/platform/system"],
     "syslog.h": ["src/platform/system"],
@@ -58,6 +59,7 @@ EXCEPTIONS = {
     ("src/store/TKAccount.cpp", "tenure/TKTenure.hpp"): "an account asks its tenures which are active",
     ("src/store/TKProperty.cpp", "tenure/TKTenure.hpp"): "a property asks its tenures which are active",
     ("src/store/TKTenant.cpp", "tenure/TKTenure.hpp"): "a tenant asks its tenures which are active",
+    ("src/store/TKTenureNote.cpp", "tenure/TKTenure.hpp"): "a note tells the name of its tenure",
     ("src/store/TKTenureTransaction.cpp", "tenure/TKTenure.hpp"): "a payment announces its tenure's totals",
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "store/TKPropertyNote.hpp"
 
+#include "store/TKProperty.hpp"
+
 namespace estatebook {
 
 using namespace platform;
@@ -9,5 +11,10 @@ constinit const ClassDescription TKPropertyNote::Class("TKPropertyNote", &TKNote
                                                        replacesAnnouncements<TKPropertyNote>);
 
 TKPropertyNote::~TKPropertyNote() = default;
+
+Ref<String> TKPropertyNote::regarding() const {
+    const TKProperty* subject = property();
+    return regardingKindNamed("Property", subject ? subject->fullName() : nullptr);
+}
 
 } // namespace estatebook

@@ -15,6 +15,9 @@ public:
         return Class;
     }
 
+    /// "Property: NAME", with the property's full name.
+    [[nodiscard]] platform::Ref<platform::String> regarding() const override;
+
 private:
     ~TKPropertyNote() override;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "store/TKTenantNote.hpp"
 
+#include "store/TKTenant.hpp"
+
 namespace estatebook {
 
 using namespace platform;
@@ -9,5 +11,10 @@ constinit const ClassDescription TKTenantNote::Class("TKTenantNote", &TKNote::Cl
                                                      replacesAnnouncements<TKTenantNote>);
 
 TKTenantNote::~TKTenantNote() = default;
+
+Ref<String> TKTenantNote::regarding() const {
+    const TKTenant* subject = tenant();
+    return regardingKindNamed("Tenant", subject ? subject->name() : nullptr);
+}
 
 } // namespace estatebook

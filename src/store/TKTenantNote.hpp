@@ -15,6 +15,9 @@ public:
         return Class;
     }
 
+    /// "Tenant: NAME", with the tenant's name.
+    [[nodiscard]] platform::Ref<platform::String> regarding() const override;
+
 private:
     ~TKTenantNote() override;
 };

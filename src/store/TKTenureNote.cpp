@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "store/TKTenureNote.hpp"
 
+#include "tenure/TKTenure.hpp"
+
 namespace estatebook {
 
 using namespace platform;
@@ -9,5 +11,10 @@ constinit const ClassDescription TKTenureNote::Class("TKTenureNote", &TKNote::Cl
                                                      replacesAnnouncements<TKTenureNote>);
 
 TKTenureNote::~TKTenureNote() = default;
+
+Ref<String> TKTenureNote::regarding() const {
+    const TKTenure* subject = tenure();
+    return regardingKindNamed("Tenure", subject ? subject->name() : nullptr);
+}
 
 } // namespace estatebook

@@ -15,6 +15,9 @@ public:
         return Class;
     }
 
+    /// "Tenure: NAME", with the tenure's name.
+    [[nodiscard]] platform::Ref<platform::String> regarding() const override;
+
 private:
     ~TKTenureNote() override;
 };
