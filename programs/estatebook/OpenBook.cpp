@@ -7,6 +7,7 @@
 
 #include "platform/system/Clock.hpp"
 #include "platform/text/Text.hpp"
+#include "store/TKCurrentDateController.hpp"
 #include "store/TKManagedObjectModel.hpp"
 #include "store/TKState.hpp"
 #include "tags/TKTagNames.hpp"
@@ -37,13 +38,14 @@ document::BookReading readBook(const std::string& file) {
                        : document::BookReader::readFile(file);
 }
 
-Date dateOf(std::string_view text, const platform::Calendar& calendar) {
-    if (text.empty()) return platform::Clock::now();
+/// None for an empty text.
+std::optional<Date> dateOf(std::string_view text, const platform::Calendar& calendar) {
+    if (text.empty()) return std::nullopt;
     const auto reading = document::readDate(text, calendar);
     if (!reading.date)
         throw Failure(ExitCode::WrongUsage, fmt::format("--as-of: \"{}\" {}; give a day such as 2025-03-31",
                                                         forMessage(text), document::describe(reading.fault)));
-    return *reading.date;
+    return reading.date;
 }
 
 Ref<String> textOf(const std::optional<std::string>& text) {
@@ -136,8 +138,27 @@ void fillTenant(TKTenant& object, const document::Tenant& tenant) {
     object.setTagNames(tagNamesOf(tenant.tags));
 }
 
+/// Keeps a tenure from rebuilding its schedule while it lives. Books of long lettings would not fit into memory with all
+/// schedules, and terms that cannot be reckoned are to be told of by whoever asks for a figure.
+class ScheduleAtRest {
+public:
+    explicit ScheduleAtRest(TKTenure& tenure) : tenure_(tenure) {
+        tenure_.removeObserverForKeyPathContext(tenure_, "chargablePeriods", TKChargablePeriodsChanged);
+    }
+    ~ScheduleAtRest() {
+        tenure_.addObserverForKeyPathOptionsContext(tenure_, "chargablePeriods", platform::ObservingNew,
+                                                    TKChargablePeriodsChanged);
+    }
+    ScheduleAtRest(const ScheduleAtRest&) = delete;
+    ScheduleAtRest& operator=(const ScheduleAtRest&) = delete;
+
+private:
+    TKTenure& tenure_;
+};
+
 /// The start and the cycle before the period and the amount, so that no moment has terms that cannot be reckoned.
 void fillTenure(TKTenure& object, const document::Tenure& tenure) {
+    const ScheduleAtRest atRest(object);
     object.setStartDate(tenure.startDate);
     object.setRentalBillingCycle(numberOf(tenure.rentalBillingCycle));
     object.setAdvanceBillingCycle(numberOf(tenure.advanceBillingCycle));
@@ -170,33 +191,32 @@ OpenBook OpenBook::open(const std::string& file, std::string_view asOf) {
         document.timeZone ? TimeZone::named(*document.timeZone) : TimeZone::defaultTimeZone();
     OpenBook book{platform::Calendar(zone)};
     book.file_ = forMessage(file == "-" ? "standard input" : file, 4096);
-    book.asOf_ = dateOf(asOf, book.calendar_);
+    if (const auto today = dateOf(asOf, book.calendar_)) platform::Clock::setNow([today] { return *today; });
     for (const document::BookWarning& warning : reading.warnings) std::cerr << warning.text() << '\n';
 
     TimeZone::setDefaultTimeZone(zone);
+    book.asOf_ = TKCurrentDateController::sharedInstance().currentDate().value();
     if (const auto error = TKManagedObjectModel::modelError())
         throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
                                                         forMessage(error->localizedDescription(), 400)));
     book.context_ = TKManagedObjectModel::inMemoryManagedObjectContext();
-    book.readSettings(document);
     book.addAll(document);
     return book;
 }
 
 // No name is given twice in a document, so that none has to be looked for.
-void OpenBook::readSettings(const document::BookDocument& book) {
+void OpenBook::addSettings(const document::BookDocument& book, bool areFollowed) {
     const auto add = [&](std::string_view name, const Value& value) {
         const auto state = context_->insertNewObject<TKState>("State");
         state->setName(String::make(name));
         state->setValue(value);
     };
-    if (book.timeZone) add("TimeZone", Value(String::make(*book.timeZone)));
-    for (const document::Setting& setting : book.settings) add(setting.name, valueOf(setting.value));
-    const auto valueNamed = [&](String* name) {
-        return TKState::valueForNameInManagedObjectContext(Ref<String>(name), *context_);
-    };
-    currencyCode_ = valueNamed(TKCurrencyCodeStateName).string();
-    billingMode_ = valueNamed(TKBillingModeStateName).unsignedIntegerValue();
+    for (const document::Setting& setting : book.settings) {
+        const bool isFollowed =
+            setting.name == TKCurrencyCodeStateName->view() || setting.name == TKBillingModeStateName->view();
+        if (isFollowed == areFollowed) add(setting.name, valueOf(setting.value));
+    }
+    if (book.timeZone && !areFollowed) add("TimeZone", Value(String::make(*book.timeZone)));
 }
 
 void OpenBook::addAll(const document::BookDocument& book) {
@@ -230,11 +250,15 @@ void OpenBook::addAll(const document::BookDocument& book) {
         }
     };
 
+    // Each tenure looks for the settings it follows, and finds them at once as long as there are no others.
+    addSettings(book, true);
+    currencyCode_ =
+        TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *context_).string();
+
     std::unordered_map<std::string_view, TKProperty*> propertiesById;
     for (const auto& property : book.properties) {
         const auto object = context_->insertNewObject<TKProperty>("Property");
         fillProperty(*object, property);
-        object->setCurrentDate(asOf_);
         if (property.id) propertiesById.emplace(*property.id, object.get());
         const auto setOwner = [&](auto& owned) { owned.setProperty(object.get()); };
         addTransactions("PropertyTransaction", property.transactions, setOwner,
@@ -247,7 +271,6 @@ void OpenBook::addAll(const document::BookDocument& book) {
     for (const auto& tenant : book.tenants) {
         const auto object = context_->insertNewObject<TKTenant>("Tenant");
         fillTenant(*object, tenant);
-        object->setCurrentDate(asOf_);
         if (tenant.id) tenantsById.emplace(*tenant.id, object.get());
         addNotes(
             "TenantNote", tenant.notes, [&](auto& owned) { owned.setTenant(object.get()); },
@@ -257,9 +280,6 @@ void OpenBook::addAll(const document::BookDocument& book) {
 
     for (const auto& tenure : book.tenures) {
         const auto object = context_->insertNewObject<TKTenure>("Tenure");
-        object->setCurrencyCode(currencyCode_);
-        object->setBillingMode(billingMode_);
-        object->setCurrentDate(asOf_);
         fillTenure(*object, tenure);
         object->setProperty(named(propertiesById, tenure.property));
         object->setTenant(named(tenantsById, tenure.tenant));
@@ -270,6 +290,7 @@ void OpenBook::addAll(const document::BookDocument& book) {
         lettings_.push_back({tenureIds.of(tenure.id), object});
         identifiers_.emplace(object.get(), lettings_.back().id);
     }
+    addSettings(book, false);
 }
 
 std::string OpenBook::currencyName() const {

@@ -40,8 +40,8 @@ public:
     using Letting = Entry<TKTenure>;
 
     /// Reads the file ("-" is standard input) and opens the book in its zone, which becomes the zone of the
-    /// process. `asOf` is a date as documents write it; empty means now. Warnings go to standard error. Throws
-    /// Failure.
+    /// process. `asOf` is a date as documents write it, at which the clock of the process stands still from then on; empty
+    /// means now. Warnings go to standard error. Throws Failure.
     [[nodiscard]] static OpenBook open(const std::string& file, std::string_view asOf);
 
     [[nodiscard]] const std::string& file() const noexcept { return file_; }
@@ -77,13 +77,13 @@ private:
     explicit OpenBook(const platform::Calendar& calendar) : calendar_(calendar) {}
 
     void addAll(const document::BookDocument& book);
-    void readSettings(const document::BookDocument& book);
+    /// The settings that tenures follow, or all others.
+    void addSettings(const document::BookDocument& book, bool areFollowed);
 
     std::string file_;
     platform::Calendar calendar_;
     platform::Date asOf_;
     platform::Ref<platform::String> currencyCode_;
-    std::uint64_t billingMode_ = 0;
     platform::Ref<platform::ManagedObjectContext> context_;
     std::vector<Entry<TKProperty>> properties_;
     std::vector<Entry<TKTenant>> tenants_;

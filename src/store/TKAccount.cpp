@@ -2,6 +2,7 @@
 #include "store/TKAccount.hpp"
 
 #include "platform/system/HostOperations.hpp"
+#include "store/TKCurrentDateController.hpp"
 #include "tags/TKTag.hpp"
 #include "tags/TKTagNames.hpp"
 #include "tenure/TKTenure.hpp"
@@ -40,14 +41,52 @@ TKTag* TKAccount::createTagWithName(const Ref<String>& name) {
     return insertTag("AccountTag", *this, name);
 }
 
-void TKAccount::willSave() {
-    ManagedObject::willSave();
-    if (!isDeleted()) TKTag::updateTagNamesForTaggableObject(tagNames(), *this);
+// Following the current day
+
+void TKAccount::addObservers() {
+    TKCurrentDateController::startTrackingChangesToDate(*this);
+}
+
+void TKAccount::removeObservers() {
+    TKCurrentDateController::stopTrackingChangesToDate(*this);
+}
+
+void TKAccount::observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath,
+                                                            ObservableObject& object,
+                                                            const KeyValueChange& change,
+                                                            const void* context) {
+    if (context == TKCurrentDateChanged)
+        setCurrentDate(object.valueForKey(keys::currentDate).date());
+    else
+        ManagedObject::observeValueForKeyPathOfObjectChangeContext(keyPath, object, change, context);
+}
+
+// Awakening, saving, going
+
+void TKAccount::awakeFromInsert() {
+    ManagedObject::awakeFromInsert();
+    addObservers();
 }
 
 void TKAccount::awakeFromFetch() {
     ManagedObject::awakeFromFetch();
+    addObservers();
     setTagNames(TKTag::fetchTagNamesFromTaggableObject(*this));
+}
+
+void TKAccount::awakeFromSnapshotEvents(unsigned events) {
+    ManagedObject::awakeFromSnapshotEvents(events);
+    addObservers();
+}
+
+void TKAccount::willTurnIntoFault() {
+    removeObservers();
+    ManagedObject::willTurnIntoFault();
+}
+
+void TKAccount::willSave() {
+    ManagedObject::willSave();
+    if (!isDeleted()) TKTag::updateTagNamesForTaggableObject(tagNames(), *this);
 }
 
 } // namespace estatebook

@@ -2,7 +2,10 @@
 #pragma once
 
 /// TKAccount: a party with whom the landlord keeps books: a property or a tenant. It has a name, a link to a contact
-/// card, tags and notes, and knows the current day.
+/// card, tags and notes.
+///
+/// An account of a context follows the current day from its awakening until it turns into a fault: its `currentDate` is
+/// the instant of the last update of TKCurrentDateController, not the present moment.
 
 #include "model/Keys.hpp"
 #include "model/TKAccountProperties.hpp"
@@ -43,14 +46,31 @@ public:
     /// Whether the account takes part in a current letting.
     [[nodiscard]] virtual bool isActive() const { return true; }
 
+    /// addObservers
+    /// Follows the current day, which sets `currentDate` at once.
+    void addObservers();
+    /// removeObservers
+    /// Follows it no more; raises RangeException when it did not.
+    void removeObservers();
+    /// Takes the current date over when the context is TKCurrentDateChanged.
+    void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath,
+                                                     platform::ObservableObject& object,
+                                                     const platform::KeyValueChange& change,
+                                                     const void* context) override;
+
     TKTag* createTagWithName(const platform::Ref<platform::String>& name) override;
     [[nodiscard]] platform::ToManyView<TKTag> tags() const override { return TKAccountProperties::tags(); }
     void setTags(const platform::Ref<platform::OrderedSet>& tags) override {
         TKAccountProperties::setTags(tags);
     }
 
-    void willSave() override;
+    void awakeFromInsert() override;
     void awakeFromFetch() override;
+    /// Registers once more and leaves the registration there was, so that the account is told of each day as often as it
+    /// was restored; turning into a fault takes one away.
+    void awakeFromSnapshotEvents(unsigned events) override;
+    void willTurnIntoFault() override;
+    void willSave() override;
 
 protected:
     ~TKAccount() override;

@@ -10,9 +10,12 @@
 ///     tenure->setRentalBillingCycle(Number(30u));      // the cycle before the period and the amount
 ///     tenure->setRentalPeriod(Number(1u));
 ///     tenure->setRentalAmount(Decimal(1000));
-///     tenure->setCurrentDate(today);
-///     tenure->updatePeriods();
 ///     tenure->statement()->amount();
+///
+/// A tenure of a context is awake until it turns into a fault: it follows the current day and the book's settings, rebuilds its
+/// schedule whenever what it charges may have changed, and tells its property of its balance and income. The trap: an awake
+/// tenure reckons inside each setter. Terms that cannot be reckoned, such as a period without a cycle, raise out of
+/// the setter that made them so; the value stays set.
 ///
 /// The end date is the last day of the letting: active, but never charged. Without an advance (0 or absent) rent is
 /// billed at the end of each period, with one at its start. `chargeBehaviour`: 0 charges whole periods only, 1
@@ -40,6 +43,9 @@ namespace estatebook {
 
 class TKDuePeriods;
 class TKStatement;
+
+/// The context of a tenure's observation of its own chargeable periods. Never the name of a notification.
+ESTATEBOOK_API extern platform::String* const TKChargablePeriodsChanged;
 
 /// How a part period is charged.
 enum TKChargeBehaviour : std::uint64_t {
@@ -199,7 +205,23 @@ public:
     /// Generated lines belong to no context. Raises as chargablePeriods, and then leaves undo registration disabled.
     [[nodiscard]] platform::Ref<TKStatement> statement() const;
 
-    // Announcements (TKTenureObservation.cpp)
+    // Observation (TKTenureObservation.cpp)
+
+    /// addObservers
+    /// Follows the current day, the settings "CurrencyCode" and "BillingMode" of the context, which are made when there are none,
+    /// and the tenure's own chargeable periods. Takes the day and the settings over at once.
+    void addObservers();
+    /// removeObservers
+    /// Follows them no more; raises RangeException when it did not. The settings are kept.
+    void removeObservers();
+    /// By the context alone: takes over the current date or a setting, or rebuilds the schedule.
+    void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath,
+                                                     platform::ObservableObject& object,
+                                                     const platform::KeyValueChange& change,
+                                                     const void* context) override;
+    void awakeFromInsert() override;
+    void awakeFromFetch() override;
+    void willTurnIntoFault() override;
 
     /// "balance" announces the property's "tenureBalance", and "totalIncome" its "tenureIncome".
     void willChangeValueForKey(platform::Key key) override;
@@ -209,6 +231,9 @@ protected:
     ~TKTenure() override;
 
 private:
+    /// Observes the setting of that name, which is also the context of the observation.
+    platform::Ref<TKState> observedState(platform::String* name);
+
     platform::Ref<TKState> currencyCodeState_;
     platform::Ref<platform::String> currencyCode_;
     platform::Ref<TKState> billingModeState_;

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/values/Exception.hpp"
+#include "store/TKCurrentDateController.hpp"
 #include "store/TKProperty.hpp"
 #include "tenure/TKTenure.hpp"
 
@@ -8,6 +11,8 @@ using namespace platform;
 
 namespace {
 
+constinit Constant<String> chargablePeriodsChanged{std::string_view("TKChargablePeriodsChanged")};
+
 struct PassedOn {
     Key key;
     Key ofProperty;
@@ -16,6 +21,69 @@ constexpr PassedOn passedOn[] = {{keys::balance, keys::tenureBalance},
                                  {keys::totalIncome, keys::tenureIncome}};
 
 } // namespace
+
+constinit String* const TKChargablePeriodsChanged = chargablePeriodsChanged.get();
+
+// Whom the tenure hears
+
+Ref<TKState> TKTenure::observedState(String* name) {
+    ManagedObjectContext* context = managedObjectContext();
+    if (!context)
+        throw InvalidArgumentException(description() + " is in no context and has no settings to follow");
+    auto state = TKState::stateForKeyInManagedObjectContext(Ref<String>(name), *context);
+    state->addObserverForKeyPathOptionsContext(*this, "value", ObservingNew, name);
+    return state;
+}
+
+void TKTenure::addObservers() {
+    TKCurrentDateController::startTrackingChangesToDate(*this);
+    setCurrencyCodeState(observedState(TKCurrencyCodeStateName));
+    setCurrencyCode(currencyCodeState()->value().string());
+    setBillingModeState(observedState(TKBillingModeStateName));
+    setBillingMode(billingModeState()->value().unsignedIntegerValue());
+    addObserverForKeyPathOptionsContext(*this, "chargablePeriods", ObservingNew, TKChargablePeriodsChanged);
+}
+
+void TKTenure::removeObservers() {
+    TKCurrentDateController::stopTrackingChangesToDate(*this);
+    currencyCodeState()->removeObserverForKeyPathContext(*this, "value", TKCurrencyCodeStateName);
+    billingModeState()->removeObserverForKeyPathContext(*this, "value", TKBillingModeStateName);
+    removeObserverForKeyPathContext(*this, "chargablePeriods", TKChargablePeriodsChanged);
+}
+
+void TKTenure::observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, ObservableObject& object,
+                                                           const KeyValueChange& change,
+                                                           const void* context) {
+    if (context == TKCurrentDateChanged)
+        setCurrentDate(object.valueForKey(keys::currentDate).date());
+    else if (context == TKCurrencyCodeStateName)
+        setCurrencyCode(currencyCodeState()->value().string());
+    else if (context == TKBillingModeStateName)
+        setBillingMode(billingModeState()->value().unsignedIntegerValue());
+    else if (context == TKChargablePeriodsChanged)
+        updatePeriods();
+    else
+        ManagedObject::observeValueForKeyPathOfObjectChangeContext(keyPath, object, change, context);
+}
+
+void TKTenure::awakeFromInsert() {
+    ManagedObject::awakeFromInsert();
+    addObservers();
+    updatePeriods();
+}
+
+void TKTenure::awakeFromFetch() {
+    ManagedObject::awakeFromFetch();
+    addObservers();
+    updatePeriods();
+}
+
+void TKTenure::willTurnIntoFault() {
+    removeObservers();
+    ManagedObject::willTurnIntoFault();
+}
+
+// Who hears the tenure
 
 void TKTenure::willChangeValueForKey(Key key) {
     ManagedObject::willChangeValueForKey(key);

@@ -141,22 +141,23 @@ TEST_F(ManagedObjectTest, ARefusedValueIsNeitherAnnouncedNorMarked) {
 }
 
 TEST_F(ManagedObjectTest, ANumberKeepsItsKindAndADecimalItsDigits) {
-    const auto let = tenure();
+    const auto flat = property();
     for (const Number& number :
          {Number(true), Number(-3), Number(std::numeric_limits<std::uint64_t>::max()), Number(1.5f),
           Number(0.1), Number(Decimal::parse("12345678901234567890123456789012345678"))}) {
-        let->setRentalPeriod(number);
-        ASSERT_TRUE(let->rentalPeriod());
-        EXPECT_EQ(let->rentalPeriod()->kind(), number.kind());
-        EXPECT_EQ(*let->rentalPeriod(), number);
+        flat->setRentalPeriod(number);
+        ASSERT_TRUE(flat->rentalPeriod());
+        EXPECT_EQ(flat->rentalPeriod()->kind(), number.kind());
+        EXPECT_EQ(*flat->rentalPeriod(), number);
     }
     for (const char* digits : {"0", "-0.01", "99999999999999999999999999999999999999"}) {
-        let->setRentalAmount(Decimal::parse(digits));
-        EXPECT_EQ(let->rentalAmount(), Decimal::parse(digits));
+        flat->setRentalAmount(Decimal::parse(digits));
+        EXPECT_EQ(flat->rentalAmount(), Decimal::parse(digits));
     }
-    let->setRentalAmount(Decimal::notANumber());
-    ASSERT_TRUE(let->rentalAmount()) << "what is not a number is not absent";
-    EXPECT_TRUE(let->rentalAmount()->isNaN());
+    flat->setRentalAmount(Decimal::notANumber());
+    ASSERT_TRUE(flat->rentalAmount()) << "what is not a number is not absent";
+    EXPECT_TRUE(flat->rentalAmount()->isNaN());
+    const auto let = tenure();
     for (const double seconds : {0.0, -0.0, 1e300, std::numeric_limits<double>::infinity()}) {
         let->setStartDate(Date{seconds});
         EXPECT_EQ(let->startDate(), Date{seconds});

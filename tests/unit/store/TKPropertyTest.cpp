@@ -260,13 +260,19 @@ TEST_F(TKPropertyTest, ANewTenureAnnouncesWhatIsSummedOverTenures) {
         EXPECT_EQ(listener->times(key), 1u) << key;
 }
 
-TEST_F(TKPropertyTest, AnAmountOfATenuresTransactionAnnouncesTheTenuresTotals) {
+TEST_F(TKPropertyTest, AnAmountOfATenuresTransactionAnnouncesTheTenuresTotalsAndThroughThemItsOwn) {
     const auto tenure = let({}, {});
     auto* payment = tenure->createTransaction();
-    const auto listener = makeRef<Listener>();
-    listener->listenTo(*tenure, "totalIncome");
+    const auto ofTenure = makeRef<Listener>();
+    const auto ofHouse = makeRef<Listener>();
+    for (const char* key : {"totalIncome", "totalAdjustment", "balance"}) ofTenure->listenTo(*tenure, key);
+    for (const char* key : {"tenureIncome", "tenureBalance", "balance"}) ofHouse->listenTo(*house, key);
     payment->setAmount(Decimal(1000));
-    EXPECT_EQ(listener->times("totalIncome"), 1u);
+    EXPECT_EQ(ofTenure->times("totalIncome"), 1u);
+    for (const char* key : {"totalAdjustment", "balance"}) EXPECT_GE(ofTenure->times(key), 1u) << key;
+    for (const char* key : {"tenureIncome", "tenureBalance", "balance"})
+        EXPECT_GE(ofHouse->times(key), 1u) << key;
+    EXPECT_EQ(house->balance(), Decimal(1000));
 }
 
 TEST_F(TKPropertyTest, TheFullNameAndTheTenantsNamesAreNotAnnounced) {

@@ -345,22 +345,24 @@ TEST_F(TKTenureTermsTest, WithoutAContextNothingCanBeCreated) {
 // Values that are not stored
 
 TEST_F(TKTenureTermsTest, TheSettingsATenureKnowsAreReadAndWrittenByKey) {
-    EXPECT_FALSE(tenure->currencyCodeState());
-    EXPECT_FALSE(tenure->currencyCode());
-    EXPECT_FALSE(tenure->billingModeState());
-    EXPECT_EQ(tenure->billingMode(), 0u);
+    const auto loose = refCast<TKTenure>(
+        ManagedObject::initWithEntityInsertIntoManagedObjectContext(tenure->entity(), nullptr));
+    EXPECT_FALSE(loose->currencyCodeState());
+    EXPECT_FALSE(loose->currencyCode());
+    EXPECT_FALSE(loose->billingModeState());
+    EXPECT_EQ(loose->billingMode(), 0u);
     const auto state = book.insert<TKState>("State");
     const auto code = text("EUR");
-    tenure->setValueForKey(Value(state), "currencyCodeState");
-    tenure->setValueForKey(Value(code), "currencyCode");
-    tenure->setValueForKey(Value(state), "billingModeState");
-    tenure->setValueForKey(Value(1u), "billingMode");
-    EXPECT_EQ(tenure->currencyCodeState(), state);
-    EXPECT_EQ(tenure->currencyCode(), code);
-    EXPECT_EQ(tenure->billingModeState(), state);
-    EXPECT_EQ(tenure->billingMode(), 1u);
-    EXPECT_EQ(tenure->valueForKey("currencyCode").string(), code);
-    EXPECT_EQ(tenure->valueForKey("billingMode").unsignedIntegerValue(), 1u);
+    loose->setValueForKey(Value(state), "currencyCodeState");
+    loose->setValueForKey(Value(code), "currencyCode");
+    loose->setValueForKey(Value(state), "billingModeState");
+    loose->setValueForKey(Value(1u), "billingMode");
+    EXPECT_EQ(loose->currencyCodeState(), state);
+    EXPECT_EQ(loose->currencyCode(), code);
+    EXPECT_EQ(loose->billingModeState(), state);
+    EXPECT_EQ(loose->billingMode(), 1u);
+    EXPECT_EQ(loose->valueForKey("currencyCode").string(), code);
+    EXPECT_EQ(loose->valueForKey("billingMode").unsignedIntegerValue(), 1u);
 }
 
 TEST_F(TKTenureTermsTest, TheyAreNoPartOfTheBookAndChangeNothingInIt) {
