@@ -34,7 +34,11 @@ namespace {
 /// A book that is edited at random.
 class Script {
 public:
-    Script(std::uint64_t seed, bool saves) : random_(seed), saves_(saves) {}
+    Script(std::uint64_t seed, bool saves) : random_(seed), saves_(saves) {
+        // The first look-up would make them, and an undo would leave them.
+        for (String* name : {TKCurrencyCodeStateName, TKBillingModeStateName})
+            static_cast<void>(TKState::stateForKeyInManagedObjectContext(Ref<String>(name), *context_));
+    }
 
     void edit() {
         // A step is there to be undone even when its edits come to nothing.
@@ -224,16 +228,21 @@ private:
         }
         return value.description();
     }
+    static std::string shown(const ManagedObject& object, Key key) {
+        if (!object.hasValueForKey(key)) return {};
+        try {
+            return shown(object.valueForKey(key));
+        } catch (const Exception& exception) {
+            return std::string(exception.name());
+        }
+    }
     void describe(const ManagedObject& object, std::string& text) const {
         text += std::string(object.entity().name()) + " #" + std::to_string(object.creationNumber());
+        // With terms that cannot be reckoned with, the schedule stays as it last was.
+        const bool hasSchedule = !shown(object, keys::chargablePeriods).starts_with("NS");
         const auto add = [&](Key key) {
-            if (saves_ && key == keys::tags) return;
-            std::string value;
-            try {
-                value = shown(object.valueForKey(key));
-            } catch (const Exception& exception) {
-                value = exception.name();
-            }
+            if ((saves_ && key == keys::tags) || (key == keys::periods && !hasSchedule)) return;
+            const std::string value = shown(object, key);
             text += " " + std::string(key.name()) + "=" + value;
         };
         object.forEachModelledProperty([&](const ModelledProperty& property) { add(property.key); });
@@ -254,7 +263,6 @@ private:
 void runScript(std::uint64_t seed, bool saves) {
     Script script(seed, saves);
     std::vector<std::string> memory{script.description()};
-    // What a look-up made while it was described is no step.
     for (int step = 0; step < 8; ++step) {
         script.edit();
         memory.push_back(script.description());
