@@ -40,6 +40,10 @@ struct RelationshipDescription {
 
 class ESTATEBOOK_API EntityDescription {
 public:
+    EntityDescription() = default;
+    EntityDescription(const EntityDescription&) = delete;
+    EntityDescription& operator=(const EntityDescription&) = delete;
+
     /// entityForName:inManagedObjectContext: null when the model has no entity of this name.
     [[nodiscard]] static const EntityDescription*
     entityForNameInManagedObjectContext(std::string_view name, const ManagedObjectContext& context);
@@ -69,6 +73,8 @@ public:
     [[nodiscard]] const ManagedClass& managedClass() const noexcept { return *class_; }
     /// The place of the entity within its model.
     [[nodiscard]] std::size_t index() const noexcept { return index_; }
+    /// The home of objects without a context.
+    [[nodiscard]] const ManagedObjectHome& homeOutside() const noexcept { return outside_; }
 
 private:
     friend class ModelReader;
@@ -82,6 +88,11 @@ private:
     const ManagedClass* class_ = nullptr;
     std::size_t index_ = 0;
     const ManagedObjectModel* model_ = nullptr;
+    ManagedObjectHome outside_{.entity = this};
 };
+
+inline ManagedObjectBirth ManagedObjectBirth::withoutContext(const EntityDescription& entity) noexcept {
+    return ManagedObjectBirth(entity.homeOutside());
+}
 
 } // namespace estatebook::platform

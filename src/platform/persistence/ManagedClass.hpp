@@ -72,23 +72,24 @@ private:
 
 using ModelledPropertyVisitor = void (*)(const ModelledProperty&, void* info);
 
+/// Where objects of one entity are at home: in a context, or in none. One for all of them, so that an object takes
+/// a single pointer to tell both.
+struct ManagedObjectHome {
+    const EntityDescription* entity = nullptr;
+    /// Null for objects that belong to no context.
+    ManagedObjectContext* context = nullptr;
+};
+
 /// Handed to a constructor by the engine; only the engine makes objects of entities.
 class ManagedObjectBirth {
 public:
-    [[nodiscard]] static ManagedObjectBirth withoutContext(const EntityDescription& entity) noexcept {
-        return {entity, nullptr};
-    }
-    [[nodiscard]] const EntityDescription& entity() const noexcept { return entity_; }
-    /// Null for an object that belongs to no context.
-    [[nodiscard]] ManagedObjectContext* context() const noexcept { return context_; }
+    [[nodiscard]] static ManagedObjectBirth withoutContext(const EntityDescription& entity) noexcept;
+    [[nodiscard]] const ManagedObjectHome& home() const noexcept { return home_; }
 
 private:
     friend class ManagedObject;
-    friend class ManagedObjectContext;
-    ManagedObjectBirth(const EntityDescription& entity, ManagedObjectContext* context) noexcept
-        : entity_(entity), context_(context) {}
-    const EntityDescription& entity_;
-    ManagedObjectContext* context_;
+    explicit ManagedObjectBirth(const ManagedObjectHome& home) noexcept : home_(home) {}
+    const ManagedObjectHome& home_;
 };
 
 struct ManagedClass {

@@ -31,24 +31,24 @@ std::vector<OpenLink>& openLinks() noexcept {
 
 } // namespace
 
-ManagedObject::ManagedObject(const ManagedObjectBirth& birth) noexcept
-    : context_(birth.context()), entity_(&birth.entity()) {
-    if (!context_) holdModel();
+ManagedObject::ManagedObject(const ManagedObjectBirth& birth) noexcept : home_(&birth.home()) {
+    if (!managedObjectContext()) goOutside();
 }
 
 ManagedObject::~ManagedObject() {
-    dropModel();
+    if (has(HoldsModel)) entity().model().release();
 }
 
-void ManagedObject::holdModel() noexcept {
-    entity_->model().retain();
+void ManagedObject::goOutside() noexcept {
+    home_ = &entity().homeOutside();
+    entity().model().retain();
     set(HoldsModel);
 }
 
-void ManagedObject::dropModel() noexcept {
-    if (!has(HoldsModel)) return;
+void ManagedObject::comeHome(const ManagedObjectHome& home) noexcept {
     clear(HoldsModel);
-    entity_->model().release();
+    home_ = &home;
+    entity().model().release(); // the context holds it, too
 }
 
 void ManagedObject::dispose() const noexcept {
@@ -68,7 +68,8 @@ ManagedObject::initWithEntityInsertIntoManagedObjectContext(const EntityDescript
     if (entity.isAbstract() || !managedClass.make)
         throw InternalInconsistencyException("the entity \"" + std::string(entity.name()) +
                                              "\" is abstract: it has no objects of its own");
-    Ref<ManagedObject> object(managedClass.make(ManagedObjectBirth(entity, context)));
+    Ref<ManagedObject> object(
+        managedClass.make(ManagedObjectBirth(context ? context->homeOf(entity) : entity.homeOutside())));
     if (context) context->insert(*object);
     return object;
 }
@@ -81,7 +82,7 @@ const ModelledProperty* ManagedObject::modelledProperty(Key) const noexcept {
 
 const ModelledProperty& ManagedObject::requireModelled(Key key) const {
     if (const ModelledProperty* property = modelledProperty(key)) return *property;
-    throw UndefinedKeyException("the entity \"" + std::string(entity_->name()) + "\" has no property \"" +
+    throw UndefinedKeyException("the entity \"" + std::string(entity().name()) + "\" has no property \"" +
                                 std::string(key.name()) + "\"");
 }
 
@@ -184,7 +185,7 @@ MutableOrderedSet ManagedObject::mutableOrderedSetValueForKey(Key key) {
     const ModelledProperty* property = modelledProperty(key);
     if (!property || property->kind != PropertyKind::OrderedToMany)
         throw InvalidArgumentException("\"" + std::string(key.name()) +
-                                       "\" is no ordered relationship of \"" + std::string(entity_->name()) +
+                                       "\" is no ordered relationship of \"" + std::string(entity().name()) +
                                        "\"");
     return MutableOrderedSet(*this, *property);
 }
@@ -228,11 +229,12 @@ void ManagedObject::setToMany(const ModelledProperty& property, std::span<const 
 // Changes
 
 void ManagedObject::noteWillChange(Key key) {
-    if (context_) context_->assertThread();
+    ManagedObjectContext* const context = managedObjectContext();
+    if (context) context->assertThread();
     access();
     const ModelledProperty* property = modelledProperty(key);
     if (!property) return;
-    if (context_) context_->keepFormerValue(*this, *property);
+    if (context) context->keepFormerValue(*this, *property);
     if (property->kind == PropertyKind::ToOne)
         openLinks().push_back({this, key, property->toOne(*this).target});
 }
@@ -240,8 +242,9 @@ void ManagedObject::noteWillChange(Key key) {
 void ManagedObject::noteDidChange(Key key) {
     const ModelledProperty* property = modelledProperty(key);
     if (!property) return;
-    if (context_ && context_->changeProcessingOff_ == 0 && !(property->flags & PropertyWrittenBySystem))
-        context_->noteChanged(*this);
+    ManagedObjectContext* const context = managedObjectContext();
+    const bool isProcessed = !context || context->changeProcessingOff_ == 0;
+    if (context && isProcessed && !(property->flags & PropertyWrittenBySystem)) context->noteChanged(*this);
     if (property->kind != PropertyKind::ToOne) return;
 
     auto& links = openLinks();
@@ -255,8 +258,7 @@ void ManagedObject::noteDidChange(Key key) {
     // A pair further out has seen the move done.
     for (OpenLink& each : links)
         if (each.object == this && each.key == key) each.before = after;
-    if (!context_ || context_->changeProcessingOff_ == 0)
-        RelationshipUpkeep::follow(*this, *property, before);
+    if (isProcessed) RelationshipUpkeep::follow(*this, *property, before);
 }
 
 // Hooks
@@ -275,22 +277,22 @@ bool ManagedObject::validateForDelete(Ref<Error>* error) {
     if (!ManagedObjectContext::isDenied(*this)) return true;
     if (error)
         *error = Error::make("Persistence", 1600,
-                             "The " + std::string(entity_->name()) +
+                             "The " + std::string(entity().name()) +
                                  " cannot be deleted while other objects depend on it");
     return false;
 }
 
 void ManagedObject::fireFault() const {
-    context_->fulfilFault(const_cast<ManagedObject&>(*this));
+    managedObjectContext()->fulfilFault(const_cast<ManagedObject&>(*this));
 }
 
 std::string ManagedObject::description() const {
-    return "<" + std::string(entity_->managedObjectClassName()) + " " + std::string(entity_->name()) + " " +
+    return "<" + std::string(entity().managedObjectClassName()) + " " + std::string(entity().name()) + " " +
            std::to_string(creationNumber_) + ">";
 }
 
 std::string_view ManagedObject::runtimeClassName() const noexcept {
-    return entity_->managedObjectClassName();
+    return entity().managedObjectClassName();
 }
 
 } // namespace estatebook::platform

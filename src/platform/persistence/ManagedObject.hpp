@@ -26,7 +26,6 @@
 namespace estatebook::platform {
 
 class MutableOrderedSet;
-struct ObjectJournal;
 
 /// Why an object's state was restored; bits that may come together.
 enum SnapshotEvents : unsigned {
@@ -46,8 +45,8 @@ public:
                                                                            ManagedObjectContext* context);
 
     /// Null for an object without a context, or that left it.
-    [[nodiscard]] ManagedObjectContext* managedObjectContext() const noexcept { return context_; }
-    [[nodiscard]] const EntityDescription& entity() const noexcept { return *entity_; }
+    [[nodiscard]] ManagedObjectContext* managedObjectContext() const noexcept { return home_->context; }
+    [[nodiscard]] const EntityDescription& entity() const noexcept { return *home_->entity; }
     /// Grows with each object of a context: the order of creation.
     [[nodiscard]] std::uint64_t creationNumber() const noexcept { return creationNumber_; }
 
@@ -139,7 +138,7 @@ private:
     friend class MutableOrderedSet;
     friend class RelationshipUpkeep;
 
-    enum State : std::uint32_t {
+    enum State : std::uint16_t {
         Inserted = 1,
         Updated = 2,
         Deleted = 4,
@@ -161,21 +160,21 @@ private:
         MadeBySystem = 2048,
     };
     [[nodiscard]] bool has(State state) const noexcept { return (state_ & state) != 0; }
-    void set(State state) noexcept { state_ |= state; }
-    void clear(State state) noexcept { state_ &= ~static_cast<std::uint32_t>(state); }
+    void set(State state) noexcept { state_ = static_cast<std::uint16_t>(state_ | state); }
+    void clear(State state) noexcept { state_ = static_cast<std::uint16_t>(state_ & ~state); }
 
     void fireFault() const;
-    void holdModel() noexcept;
-    void dropModel() noexcept;
+    /// From now on it belongs to no context, or to another one.
+    void goOutside() noexcept;
+    void comeHome(const ManagedObjectHome& home) noexcept;
     [[nodiscard]] const ModelledProperty& requireModelled(Key key) const;
     [[nodiscard]] Value relationshipValue(const ModelledProperty& property) const;
 
-    std::uint32_t state_ = 0;
-    ManagedObjectContext* context_;
-    const EntityDescription* entity_;
+    // In an order that fills the room behind the base's members.
+    std::uint16_t state_ = 0;
+    std::uint32_t place_ = 0; // among the context's objects of its entity
+    const ManagedObjectHome* home_;
     std::uint64_t creationNumber_ = 0;
-    std::uint32_t place_ = 0;          // among the context's objects of its entity
-    ObjectJournal* journal_ = nullptr; // null while there is nothing to take back
 };
 
 } // namespace estatebook::platform

@@ -37,8 +37,18 @@ void ManagedObjectContext::setPersistentStoreCoordinator(Ref<PersistentStoreCoor
     assert(objectCount_ == 0);
     coordinator_ = std::move(coordinator);
     rows_.clear();
-    if (coordinator_ && coordinator_->managedObjectModel())
-        rows_.resize(coordinator_->managedObjectModel()->entities().size());
+    homes_.clear();
+    if (!coordinator_ || !coordinator_->managedObjectModel()) return;
+    for (const auto& entity : coordinator_->managedObjectModel()->entities())
+        homes_.push_back({entity.get(), this});
+    rows_.resize(homes_.size());
+}
+
+const ManagedObjectHome& ManagedObjectContext::homeOf(const EntityDescription& entity) const {
+    if (!coordinator_ || coordinator_->managedObjectModel().get() != &entity.model())
+        throw InvalidArgumentException("the entity \"" + std::string(entity.name()) +
+                                       "\" is of another model than the context's");
+    return homes_[entity.index()];
 }
 
 void ManagedObjectContext::refuseClass(std::string_view entityName) {
@@ -62,13 +72,6 @@ void ManagedObjectContext::enter(ManagedObject& object) {
 
 void ManagedObjectContext::insert(ManagedObject& object) {
     assertThread();
-    if (!coordinator_ || coordinator_->managedObjectModel().get() != &object.entity().model()) {
-        // It was never here: it ends as an object without a context does.
-        object.context_ = nullptr;
-        object.holdModel();
-        throw InvalidArgumentException("the entity \"" + std::string(object.entity().name()) +
-                                       "\" is of another model than the context's");
-    }
     enter(object);
     object.set(ManagedObject::Inserted);
     object.set(ManagedObject::Awake);
@@ -96,11 +99,10 @@ void ManagedObjectContext::leave(ManagedObject& object) {
     --objectCount_;
     RelationshipUpkeep::sever(object);
     object.dropValues();
-    dropJournal(object);
+    journals_.erase(&object);
     records_.erase(&object);
     object.state_ = 0;
-    object.context_ = nullptr;
-    object.holdModel();
+    object.goOutside();
     object.release();
 }
 
@@ -122,13 +124,11 @@ void ManagedObjectContext::endAll() noexcept {
             // The end cannot be stopped, and nobody is left to tell.
         }
     });
-    forEach([this](ManagedObject& object) {
+    forEach([](ManagedObject& object) {
         object.dropValues();
-        dropJournal(object);
         RelationshipUpkeep::forgetAll(object);
         object.state_ = 0;
-        object.context_ = nullptr;
-        object.holdModel();
+        object.goOutside();
     });
     std::vector<Rows> rows(rows_.size());
     rows.swap(rows_);
@@ -136,6 +136,7 @@ void ManagedObjectContext::endAll() noexcept {
     changed_.clear();
     batch_.clear();
     pendingDeletions_.clear();
+    journals_.clear();
     records_.clear();
     for (const Rows& each : rows)
         for (ManagedObject* object : each.objects)
@@ -190,9 +191,9 @@ std::vector<Ref<ManagedObject>> ManagedObjectContext::deletedObjects() const {
 
 void ManagedObjectContext::deleteObject(ManagedObject& object) {
     assertThread();
-    const bool hasLeft = !object.context_ && object.creationNumber_ != 0;
+    const bool hasLeft = !object.managedObjectContext() && object.creationNumber_ != 0;
     if (object.isDeleted() || hasLeft) return;
-    if (object.context_ != this)
+    if (object.managedObjectContext() != this)
         throw InvalidArgumentException(object.description() + " is no object of this context");
     const Ref<ManagedObject> held(&object);
     object.access();
@@ -203,7 +204,7 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
         object.clear(ManagedObject::Awake);
         exceptions.keep([&] { object.willTurnIntoFault(); });
     }
-    if (object.context_ == this) {
+    if (object.managedObjectContext() == this) {
         noteChanged(object);
         if (isRecording()) noteInBatch(object, ManagedObject::DeletedInBatch);
         pendingDeletions_.emplace_back(&object);
@@ -254,7 +255,7 @@ void ManagedObjectContext::processPendingChanges() {
     FirstException exceptions;
     while (!pendingDeletions_.empty()) {
         for (const auto& object : std::exchange(pendingDeletions_, {})) {
-            if (object->context_ != this || !object->isDeleted()) continue;
+            if (object->managedObjectContext() != this || !object->isDeleted()) continue;
             // A refused deletion changes nothing; it is asked again when the next changes are processed.
             if (isDenied(*object)) {
                 refused.push_back(object);

@@ -155,12 +155,16 @@ private:
     void assertThread() const noexcept;
     [[noreturn]] static void refuseClass(std::string_view entityName);
 
+    /// Raises InvalidArgumentException for an entity of another model.
+    [[nodiscard]] const ManagedObjectHome& homeOf(const EntityDescription& entity) const;
     void insert(ManagedObject& object);
     void enter(ManagedObject& object);
     void leave(ManagedObject& object);
     void noteChanged(ManagedObject& object);
     void endAll() noexcept;
-    [[nodiscard]] bool owns(const ManagedObject& object) const noexcept { return object.context_ == this; }
+    [[nodiscard]] bool owns(const ManagedObject& object) const noexcept {
+        return object.managedObjectContext() == this;
+    }
 
     /// Whether the object can be linked with others here: one whose deletion was refused still can.
     [[nodiscard]] bool isWithin(const ManagedObject& object) const noexcept {
@@ -173,12 +177,13 @@ private:
     void keepFormerValue(ManagedObject& object, const ModelledProperty& property);
     void noteInBatch(ManagedObject& object, ManagedObject::State how);
     void registerChanges();
-    [[nodiscard]] static std::vector<FormerValue> allFormerValues(ManagedObject& object,
-                                                                  FormerValues ObjectJournal::*since);
+    [[nodiscard]] std::vector<FormerValue> allFormerValues(ManagedObject& object,
+                                                           FormerValues ObjectJournal::*since);
     void restore(const ChangeSet& set, RestoringEvents events);
     void takeBack(ManagedObject& object);
     void awakeReturned(const ObjectChange& change);
-    void dropJournal(ManagedObject& object) noexcept;
+    /// Null when there is nothing to take back.
+    [[nodiscard]] ObjectJournal* journalOf(const ManagedObject& object);
     void fulfilFault(ManagedObject& object);
     [[nodiscard]] std::vector<Ref<ManagedObject>> changed(ManagedObject::State state) const;
 
@@ -192,7 +197,9 @@ private:
     std::thread::id thread_;
     Ref<PersistentStoreCoordinator> coordinator_;
     Ref<UndoManager> undoManager_;
+    /// By entity.
     std::vector<Rows> rows_;
+    std::vector<ManagedObjectHome> homes_;
     std::size_t objectCount_ = 0;
     std::uint64_t lastCreationNumber_ = 0;
     std::vector<Ref<ManagedObject>>
@@ -200,6 +207,7 @@ private:
     std::vector<Ref<ManagedObject>> pendingDeletions_;
     /// Objects with changes that are not registered for undoing yet.
     std::vector<Ref<ManagedObject>> batch_;
+    std::unordered_map<const ManagedObject*, ObjectJournal> journals_;
     /// The values of faults.
     std::unordered_map<const ManagedObject*, std::vector<FormerValue>> records_;
     /// Above zero while fetch hooks run: changes then mark nothing and keep no inverses.

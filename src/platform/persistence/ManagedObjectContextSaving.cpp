@@ -25,7 +25,7 @@ void ManagedObjectContext::settleBeforeSave() {
         if (round == MaximalSaveRounds) break;
         for (const auto& object : changedNow) object->clear(ManagedObject::ChangedInRound);
         for (const auto& object : changedNow)
-            if (object->context_ == this) object->willSave();
+            if (object->managedObjectContext() == this) object->willSave();
     }
     throw InternalInconsistencyException(
         "Failed to process pending changes before save. The context is still dirty "
@@ -67,7 +67,7 @@ bool ManagedObjectContext::validateAll(Ref<Error>* error) {
 void ManagedObjectContext::commit() {
     const auto saved = std::exchange(changed_, {});
     for (const auto& object : saved) {
-        if (object->context_ != this) continue;
+        if (object->managedObjectContext() != this) continue;
         if (object->isDeleted()) {
             leave(*object);
         } else {
@@ -75,7 +75,7 @@ void ManagedObjectContext::commit() {
             object->clear(ManagedObject::Updated);
             object->clear(ManagedObject::ChangedInRound);
             object->clear(ManagedObject::MadeBySystem);
-            dropJournal(*object);
+            journals_.erase(object.get());
         }
     }
     FirstException exceptions;

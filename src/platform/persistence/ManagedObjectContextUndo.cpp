@@ -40,16 +40,15 @@ void ManagedObjectContext::keepFormerValue(ManagedObject& object, const Modelled
     const bool forRollback = !object.has(ManagedObject::Inserted) ||
                              (object.has(ManagedObject::MadeBySystem) && systemChanges_ == 0);
     const bool forUndo = isRecording() && !object.has(ManagedObject::InsertedInBatch);
-    ObjectJournal* journal = object.journal_;
-    const bool isNewForRollback = forRollback && !(journal && journal->sinceSave.has(property.key));
-    const bool isNewForUndo = forUndo && !(journal && journal->sinceProcessing.has(property.key));
+    if (!forRollback && !forUndo) return;
+    ObjectJournal& journal = journals_[&object];
+    const bool isNewForRollback = forRollback && !journal.sinceSave.has(property.key);
+    const bool isNewForUndo = forUndo && !journal.sinceProcessing.has(property.key);
     if (!isNewForRollback && !isNewForUndo) return;
-
-    if (!journal) journal = object.journal_ = new ObjectJournal;
     const Value former = object.primitiveValueForKey(property.key);
-    if (isNewForRollback) journal->sinceSave.keep(property, former);
+    if (isNewForRollback) journal.sinceSave.keep(property, former);
     if (isNewForUndo) {
-        journal->sinceProcessing.keep(property, former);
+        journal.sinceProcessing.keep(property, former);
         noteInBatch(object, ManagedObject::InBatch);
     }
 }
@@ -60,8 +59,9 @@ void ManagedObjectContext::noteInBatch(ManagedObject& object, ManagedObject::Sta
     object.set(how);
 }
 
-void ManagedObjectContext::dropJournal(ManagedObject& object) noexcept {
-    delete std::exchange(object.journal_, nullptr);
+ObjectJournal* ManagedObjectContext::journalOf(const ManagedObject& object) {
+    const auto journal = journals_.find(&object);
+    return journal == journals_.end() ? nullptr : &journal->second;
 }
 
 void ManagedObjectContext::registerChanges() {
@@ -80,9 +80,9 @@ void ManagedObjectContext::registerChanges() {
                                        allFormerValues(*object, &ObjectJournal::sinceProcessing)});
         } else if (isWanted && !isInserted) {
             set.changes.push_back(
-                {ObjectChange::Kind::Update, object, object->journal_->sinceProcessing.take()});
+                {ObjectChange::Kind::Update, object, journalOf(*object)->sinceProcessing.take()});
         }
-        if (object->journal_) object->journal_->sinceProcessing = {};
+        if (ObjectJournal* journal = journalOf(*object)) journal->sinceProcessing = {};
         object->clear(ManagedObject::InBatch);
         object->clear(ManagedObject::InsertedInBatch);
         object->clear(ManagedObject::DeletedInBatch);
@@ -102,10 +102,11 @@ void ManagedObjectContext::registerChanges() {
 /// Every value that is kept, as it was before the changes that a part of the journal tells of.
 std::vector<FormerValue> ManagedObjectContext::allFormerValues(ManagedObject& object,
                                                                FormerValues ObjectJournal::*since) {
+    const ObjectJournal* journal = journalOf(object);
     std::vector<FormerValue> all;
     object.forEachModelledProperty([&](const ModelledProperty& property) {
         if (!isKept(property)) return;
-        const Value* former = object.journal_ ? (object.journal_->*since).find(property.key) : nullptr;
+        const Value* former = journal ? (journal->*since).find(property.key) : nullptr;
         all.push_back({&property, former ? *former : object.primitiveValueForKey(property.key)});
     });
     return all;
@@ -135,8 +136,7 @@ void ManagedObjectContext::takeBack(ManagedObject& object) {
         object.clear(ManagedObject::Deleted);
         object.clear(ManagedObject::DeletionPropagated);
     } else {
-        object.dropModel();
-        object.context_ = this;
+        object.comeHome(homeOf(object.entity()));
         object.set(ManagedObject::Inserted);
         enter(object);
     }
@@ -267,13 +267,13 @@ void ManagedObjectContext::rollback() {
                 {ObjectChange::Kind::Deletion, object, allFormerValues(*object, &ObjectJournal::sinceSave)});
         else if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem))
             set.changes.push_back({ObjectChange::Kind::Insertion, object});
-        else if (object->journal_)
-            set.changes.push_back({ObjectChange::Kind::Update, object, object->journal_->sinceSave.take()});
+        else if (ObjectJournal* journal = journalOf(*object))
+            set.changes.push_back({ObjectChange::Kind::Update, object, journal->sinceSave.take()});
     }
     exceptions.keep([&] { restore(set, {SnapshotRollback, SnapshotRollback}); });
     exceptions.keep([&] { processPendingChanges(); });
     for (const auto& object : std::exchange(changed_, {})) {
-        dropJournal(*object);
+        journals_.erase(object.get());
         if (object->has(ManagedObject::Inserted)) {
             changed_.push_back(object);
         } else {
@@ -295,17 +295,17 @@ void ManagedObjectContext::refreshObjectMergeChanges(ManagedObject& object, bool
     if (mergeChanges) return object.awakeFromSnapshotEvents(SnapshotRefresh);
 
     FirstException exceptions;
-    if (object.journal_) {
+    if (ObjectJournal* journal = journalOf(object)) {
         const Raised unrecorded(recordingOff_);
         ChangeSet set;
         set.changes.push_back(
-            {ObjectChange::Kind::Update, Ref<ManagedObject>(&object), object.journal_->sinceSave.take()});
+            {ObjectChange::Kind::Update, Ref<ManagedObject>(&object), journal->sinceSave.take()});
         exceptions.keep([&] { restore(set, {}); });
     }
     object.clear(ManagedObject::Updated);
     object.clear(ManagedObject::ChangedInRound);
     std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
-    dropJournal(object);
+    journals_.erase(&object);
     if (object.has(ManagedObject::Awake)) {
         object.clear(ManagedObject::Awake);
         exceptions.keep([&] { object.willTurnIntoFault(); });

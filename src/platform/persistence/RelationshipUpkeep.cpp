@@ -41,8 +41,9 @@ void forgetOneWays(const ManagedObject& object) noexcept {
 
 // The members of a to-many relationship
 
-ToManySlot::ToManySlot() noexcept = default;
-ToManySlot::~ToManySlot() = default;
+void ToManySlot::Drop::operator()(Members* members) const noexcept {
+    delete members;
+}
 
 std::size_t ToManySlot::count() const noexcept {
     return members_ ? members_->objects.size() - members_->holes : 0;
@@ -71,7 +72,7 @@ void ToManySlot::Members::renumber(std::size_t from) {
 
 void RelationshipUpkeep::requireLinkable(const ManagedObject& object, const ModelledProperty& property,
                                          const ManagedObject& target) {
-    if (target.context_ != object.context_)
+    if (target.managedObjectContext() != object.managedObjectContext())
         throw InvalidArgumentException("\"" + std::string(property.key.name()) + "\" cannot lead from " +
                                        object.description() + " to " + target.description() +
                                        ": they are not in one context");
@@ -129,7 +130,7 @@ void RelationshipUpkeep::join(ManagedObject& owner, const ModelledProperty& toMa
         return;
     }
     if (!members) {
-        members = std::make_unique<ToManySlot::Members>();
+        members.reset(new ToManySlot::Members);
         members->isOrdered = toMany.kind == PropertyKind::OrderedToMany;
         members->slotOf = back.toOne;
     }

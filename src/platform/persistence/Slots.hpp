@@ -25,12 +25,12 @@ class ManagedObject;
 /// An optional decimal in 24 bytes: no decimal has all bits set.
 class DecimalSlot {
 public:
-    DecimalSlot() noexcept { words_.fill(Absent); }
+    DecimalSlot() noexcept = default;
     DecimalSlot& operator=(const std::optional<Decimal>& value) noexcept {
         if (value)
             words_ = std::bit_cast<std::array<std::uint64_t, 3>>(*value);
         else
-            words_.fill(Absent);
+            words_ = Nothing;
         return *this;
     }
     [[nodiscard]] std::optional<Decimal> get() const noexcept {
@@ -40,7 +40,8 @@ public:
 
 private:
     static constexpr std::uint64_t Absent = ~std::uint64_t{0};
-    std::array<std::uint64_t, 3> words_;
+    static constexpr std::array<std::uint64_t, 3> Nothing{Absent, Absent, Absent};
+    std::array<std::uint64_t, 3> words_ = Nothing;
 };
 
 /// An optional date in 8 bytes: one of the many bit patterns that are no number stands for absence.
@@ -60,22 +61,31 @@ private:
     std::uint64_t bits_ = Absent;
 };
 
-/// An optional number of any kind in 16 bytes; only a decimal takes more, elsewhere.
+/// An optional number of any kind in 8 bytes; one that does not fit beside its kind, as a decimal, is kept elsewhere.
 class ESTATEBOOK_API NumberSlot {
 public:
     NumberSlot() noexcept = default;
     NumberSlot(const NumberSlot&) = delete;
     NumberSlot& operator=(const NumberSlot&) = delete;
-    ~NumberSlot() { clear(); }
+    ~NumberSlot() {
+        if (isElsewhere()) drop();
+    }
     NumberSlot& operator=(const std::optional<Number>& value);
     [[nodiscard]] std::optional<Number> get() const noexcept;
 
 private:
-    enum class Kind : std::uint8_t { Absent, Boolean, Signed, Unsigned, Single, Double, Decimal };
-    void clear() noexcept;
+    static constexpr unsigned KindBits = 3;
+    static constexpr std::uint64_t KindMask = (std::uint64_t{1} << KindBits) - 1;
+    static_assert(static_cast<std::uint64_t>(Number::Kind::Decimal) < KindMask);
+    static_assert(__STDCPP_DEFAULT_NEW_ALIGNMENT__ > KindMask);
 
-    std::uint64_t bits_ = 0; // of the number, or the address of the decimal
-    Kind kind_ = Kind::Absent;
+    [[nodiscard]] static std::optional<std::uint64_t> raised(const Number& number) noexcept;
+    [[nodiscard]] bool isElsewhere() const noexcept { return bits_ != 0 && (bits_ & KindMask) == 0; }
+    void drop() noexcept;
+
+    // The lowest bits are 1 + the kind of the number whose bits are the others. They are 0 in an address; all bits are
+    // when there is no number.
+    std::uint64_t bits_ = 0;
 };
 
 /// The one object a to-one relationship leads to, and the place that this object has among the other side's many.
@@ -88,8 +98,7 @@ struct ToOneSlot {
 /// ordered relationship taking one out of the middle moves those behind it.
 class ESTATEBOOK_API ToManySlot {
 public:
-    ToManySlot() noexcept;
-    ~ToManySlot();
+    ToManySlot() noexcept = default;
     ToManySlot(const ToManySlot&) = delete;
     ToManySlot& operator=(const ToManySlot&) = delete;
 
@@ -102,7 +111,10 @@ private:
     friend class RelationshipUpkeep;
     friend class ManagedObject;
     struct Members;
-    std::unique_ptr<Members> members_;
+    struct ESTATEBOOK_API Drop {
+        void operator()(Members* members) const noexcept;
+    };
+    std::unique_ptr<Members, Drop> members_;
 };
 
 template <class T>
