@@ -63,8 +63,9 @@ void TKDuePeriods::readTenure(const TKTenure& tenure) {
         next_ = periods_->at(place).as<TKPeriod>();
     else
         next_ = periodAt(*tenure.rentalPeriodicBilling(), tenure.startDate(), place);
+    const auto start = next_ ? next_->startDate() : std::nullopt;
     const auto end = tenure.endDate();
-    if (end && next_ && next_->startDate() && *next_->startDate() >= *end) next_ = nullptr;
+    if (start && end && *start >= *end) next_ = nullptr;
 }
 
 } // namespace estatebook

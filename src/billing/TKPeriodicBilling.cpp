@@ -148,20 +148,24 @@ std::optional<Date>
 TKPeriodicBilling::dateWithPeriodOffsetFromStartDate(std::uint64_t periods,
                                                      std::optional<Date> startDate) const {
     if (!startDate) return {};
-    return stepped(calendar_, unitOf(cycle_), periods * period_, *startDate);
+    return dateAfter(periods, *startDate);
+}
+
+Date TKPeriodicBilling::dateAfter(std::uint64_t periods, Date start) const {
+    return stepped(calendar_, unitOf(cycle_), periods * period_, start);
 }
 
 std::uint64_t TKPeriodicBilling::daysFromDateForPeriods(std::optional<Date> date,
                                                         const std::optional<Decimal>& periods) const {
     if (!date || !periods) return 0;
-    const Date start = *dateWithZeroOffset(date);
+    const Date start = calendar_.startOfDay(*date);
     const Decimal whole = decimalNumberByFlooring(*periods);
     const Decimal fraction = *periods - whole;
     const std::uint64_t wholePeriods = whole.unsignedIntegerValue();
-    const Date running = *dateWithPeriodOffsetFromStartDate(wholePeriods, start);
+    const Date running = dateAfter(wholePeriods, start);
     std::uint64_t days = daysUntil(start, running);
     if (fraction != Decimal::zero()) {
-        const Date next = *dateWithPeriodOffsetFromStartDate(wholePeriods + 1, start);
+        const Date next = dateAfter(wholePeriods + 1, start);
         const Decimal share = fraction * decimalNumberWithUnsignedInteger(daysUntil(running, next));
         days += decimalNumberByCeiling(share).unsignedIntegerValue();
     }
@@ -177,7 +181,7 @@ std::optional<Date> TKPeriodicBilling::dateFromDateAfterPeriods(std::optional<Da
 
 Decimal TKPeriodicBilling::periodsFromDateForDays(std::optional<Date> date, std::uint64_t days) const {
     if (!date) return Decimal::zero();
-    const Date start = *dateWithZeroOffset(date);
+    const Date start = calendar_.startOfDay(*date);
     const Date end = stepped(calendar_, CalendarUnit::Day, days, start);
     const CycleRow* const row = rowOf(cycle_);
     if (!row) return decimalNumberWithNumeratorDenominator(daysUntil(start, end), 0);
@@ -187,8 +191,8 @@ Decimal TKPeriodicBilling::periodsFromDateForDays(std::optional<Date> date, std:
     if (cycle_ == TKBillingCycleDay) return quotient;
     const Decimal whole = decimalNumberByFlooring(quotient);
     const std::uint64_t wholePeriods = whole.unsignedIntegerValue();
-    const Date running = *dateWithPeriodOffsetFromStartDate(wholePeriods, start);
-    const Date next = *dateWithPeriodOffsetFromStartDate(wholePeriods + 1, start);
+    const Date running = dateAfter(wholePeriods, start);
+    const Date next = dateAfter(wholePeriods + 1, start);
     return whole + decimalNumberWithNumeratorDenominator(daysUntil(running, end), daysUntil(running, next));
 }
 

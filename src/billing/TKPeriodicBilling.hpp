@@ -164,6 +164,8 @@ protected:
     ~TKPeriodicBilling() override = default;
 
 private:
+    [[nodiscard]] Date dateAfter(std::uint64_t periods, Date start) const;
+
     platform::Calendar calendar_;
     std::uint64_t cycle_;
     std::uint64_t period_;

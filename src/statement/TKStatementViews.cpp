@@ -45,6 +45,7 @@ Ref<ArrayOf<TKStatement>> TKStatement::byPrimaryTag() const {
         groups[place->second].transactions.push_back(line.transaction());
     }
     std::vector<Ref<TKStatement>> statements;
+    statements.reserve(groups.size());
     for (const TagGroup& group : groups)
         statements.push_back(initWithTransactionsMetadata(group.transactions));
     return ArrayOf<TKStatement>::of(std::move(statements));

@@ -37,7 +37,7 @@ TKProperty::~TKProperty() = default;
 
 Ref<String> TKProperty::fullName() const {
     const auto qualifier = sublease();
-    const auto plain = name();
+    auto plain = name();
     if (!qualifier || qualifier->empty()) return plain;
     return String::make(Value(plain).description() + " - " + qualifier->string());
 }
@@ -70,15 +70,15 @@ Ref<String> TKProperty::currentTenuresNames() const {
 }
 
 Decimal TKProperty::tenureIncome() const {
-    return *valueForKeyPath("tenures.@sum.totalIncome").decimal();
+    return valueForKeyPath("tenures.@sum.totalIncome").decimal().value_or(Decimal::zero());
 }
 
 Decimal TKProperty::tenureBalance() const {
-    return *valueForKeyPath("tenures.@sum.balance").decimal();
+    return valueForKeyPath("tenures.@sum.balance").decimal().value_or(Decimal::zero());
 }
 
 Decimal TKProperty::totalIncome() const {
-    return *valueForKeyPath("transactions.@sum.amount").decimal();
+    return valueForKeyPath("transactions.@sum.amount").decimal().value_or(Decimal::zero());
 }
 
 Decimal TKProperty::balance() const {

@@ -28,15 +28,15 @@ constinit const ClassDescription TKTenant::Class("TKTenant", &TKAccount::Class, 
 TKTenant::~TKTenant() = default;
 
 Decimal TKTenant::balance() const {
-    return *valueForKeyPath("tenures.@sum.balance").decimal();
+    return valueForKeyPath("tenures.@sum.balance").decimal().value_or(Decimal::zero());
 }
 
 Decimal TKTenant::totalIncome() const {
-    return *valueForKeyPath("tenures.@sum.totalIncome").decimal();
+    return valueForKeyPath("tenures.@sum.totalIncome").decimal().value_or(Decimal::zero());
 }
 
 Decimal TKTenant::totalCost() const {
-    return *valueForKeyPath("tenures.@sum.totalCost").decimal();
+    return valueForKeyPath("tenures.@sum.totalCost").decimal().value_or(Decimal::zero());
 }
 
 Ref<Set> TKTenant::transactions() const {

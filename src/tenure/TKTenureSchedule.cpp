@@ -74,7 +74,7 @@ Ref<ArrayOf<TKPeriod>> TKTenure::updatePeriods() {
     const auto billing = rentalPeriodicBilling();
     Decimal count = chargablePeriods();
     if (unsignedValue(chargeBehaviour()) == TKChargeBehaviourPartial) count = decimalNumberByCeiling(count);
-    const auto rows = billing->periodsFromCount(startDate(), count.unsignedIntegerValue());
+    auto rows = billing->periodsFromCount(startDate(), count.unsignedIntegerValue());
     if (const auto end = endDate(); end && !rows->empty()) rows->back().setEndDate(*end);
     setPeriods(rows);
     return rows;

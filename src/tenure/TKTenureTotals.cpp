@@ -17,7 +17,8 @@ namespace {
 std::uint64_t daysBetweenMidnights(const TKPeriodicBilling& billing, const std::optional<Date>& from,
                                    const std::optional<Date>& to) {
     if (!from || !to) return 0;
-    return hostOperations().daysUntil(*billing.dateWithZeroOffset(from), *billing.dateWithZeroOffset(to));
+    const Calendar calendar = billing.calendar();
+    return hostOperations().daysUntil(calendar.startOfDay(*from), calendar.startOfDay(*to));
 }
 
 } // namespace
@@ -43,11 +44,12 @@ Number TKTenure::chargableDays() const {
 
     if (!full && advancePeriod() && today) {
         const auto advance = advancePeriodicBilling();
-        if (advance->period() != 0) {
-            const auto next = advance->dateFromDateAfterPeriods(today, Decimal::one());
+        const auto next =
+            advance->period() != 0 ? advance->dateFromDateAfterPeriods(today, Decimal::one()) : std::nullopt;
+        if (next) {
             const auto& daysUntil = hostOperations().daysUntil;
-            const std::uint64_t fromToday = daysUntil(*advance->dateWithZeroOffset(today), *next);
-            const std::uint64_t fromStart = daysUntil(*rental->dateWithZeroOffset(start), *next);
+            const std::uint64_t fromToday = daysUntil(advance->calendar().startOfDay(*today), *next);
+            const std::uint64_t fromStart = daysUntil(rental->calendar().startOfDay(*start), *next);
             days += std::min(fromToday, fromStart);
         }
     }

@@ -30,10 +30,10 @@ class ObservableObject;
 /// How a key is read and written. Without a getter the key has no value, yet it can be observed.
 struct Property {
     Key key;
-    Value (*get)(const ObservableObject&) = nullptr;
-    void (*set)(ObservableObject&, const Value&) = nullptr;
     /// Whether writing nothing to it is refused, because it holds a plain number.
     bool isScalar = false;
+    Value (*get)(const ObservableObject&) = nullptr;
+    void (*set)(ObservableObject&, const Value&) = nullptr;
 };
 
 class ESTATEBOOK_API ClassDescription {
@@ -163,7 +163,7 @@ struct FromValue<Ref<T>> {
 template <auto Getter>
 constexpr Property derived(Key key) noexcept {
     using Class = typename detail::MemberOf<decltype(Getter)>::Class;
-    return {key, [](const ObservableObject& object) -> Value {
+    return {.key = key, .get = [](const ObservableObject& object) -> Value {
                 return Value((static_cast<const Class&>(object).*Getter)());
             }};
 }

@@ -190,7 +190,7 @@ private:
 /// For class tables: whether T replaces the announcing pair of the platform classes.
 template <class T>
 inline constexpr bool replacesAnnouncements =
-    !std::is_same_v<decltype(&T::willChangeValueForKey), void (ObservableObject::*)(Key)> ||
-    !std::is_same_v<decltype(&T::didChangeValueForKey), void (ObservableObject::*)(Key)>;
+    !std::is_same_v<void (*)(decltype(&T::willChangeValueForKey), decltype(&T::didChangeValueForKey)),
+                    void (*)(void (ObservableObject::*)(Key), void (ObservableObject::*)(Key))>;
 
 } // namespace estatebook::platform

@@ -15,8 +15,9 @@ namespace estatebook::platform {
 
 /// Where a dying object leaves word that it is gone.
 struct WeakBlock {
-    ObservableObject* object = nullptr;
-    std::uint32_t holders = 0;
+    explicit WeakBlock(ObservableObject& living) noexcept : object(&living) {}
+    ObservableObject* object;
+    std::uint32_t holders = 1; // the object itself
 };
 
 class WeakReference {

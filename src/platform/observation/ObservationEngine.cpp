@@ -164,7 +164,7 @@ const KeyValueChange* takeMutation(Session& session, const ObservableObject& obj
 
 WeakReference::WeakReference(ObservableObject& object) {
     Observation& observation = ObservationEngine::observationOf(object);
-    if (!observation.weak) observation.weak = new WeakBlock{&object, 1}; // the object's own hold
+    if (!observation.weak) observation.weak = new WeakBlock(object);
     block_ = observation.weak;
     hold();
 }

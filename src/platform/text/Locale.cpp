@@ -84,6 +84,7 @@ std::vector<std::string_view> Locale::availableIdentifiers() {
     std::int32_t count = 0;
     const icu::Locale* locales = icu::DateFormat::getAvailableLocales(count);
     std::vector<std::string_view> identifiers;
+    identifiers.reserve(static_cast<std::size_t>(count));
     for (std::int32_t index = 0; index < count; ++index) identifiers.emplace_back(locales[index].getName());
     return identifiers;
 }

@@ -79,12 +79,10 @@ private:
 inline char* MediumDateTable::writeCells(char* out, CivilDay day) const noexcept {
     const YearMonthDay parts = day.yearMonthDay();
     const auto year = static_cast<unsigned>(parts.year + yearOffset_);
-    std::array<unsigned, SourceCount> index;
-    index[Always] = 0;
-    index[Day] = static_cast<unsigned>(parts.day - 1);
-    index[Month] = static_cast<unsigned>(parts.month - 1);
-    index[Century] = year / 100;
-    index[YearOfCentury] = year % 100;
+    // As the sources stand.
+    const std::array<unsigned, SourceCount> index{0, static_cast<unsigned>(parts.day - 1),
+                                                  static_cast<unsigned>(parts.month - 1), year / 100,
+                                                  year % 100};
     const Cell* cells = cells_.data();
     for (const Step step : steps_) {
         const Cell& cell = cells[step.firstCell + index[step.source]];

@@ -37,7 +37,7 @@ constexpr std::optional<std::size_t> codeIndex(std::string_view code) {
 
 /// The digits of every code, for currencies of today and of the past.
 struct CurrencyTable {
-    std::array<std::uint8_t, CodeCount> digits;
+    std::array<std::uint8_t, CodeCount> digits{};
 
     CurrencyTable() {
         digits.fill(2);

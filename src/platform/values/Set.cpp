@@ -8,12 +8,12 @@ namespace estatebook::platform {
 
 DistinctValues::DistinctValues(std::vector<Value> members) : Object(Counting::Shared) {
     members_.reserve(members.size());
-    for (const Value& member : members) append(member);
+    for (Value& member : members) append(std::move(member));
 }
 
-void DistinctValues::append(const Value& member) {
+void DistinctValues::append(Value member) {
     if (contains(member)) return;
-    members_.push_back(member);
+    members_.push_back(std::move(member));
     if (members_.size() == IndexedFrom)
         for (std::size_t place = 0; place < IndexedFrom; ++place) addToIndex(place);
     else if (members_.size() > IndexedFrom)

@@ -35,7 +35,7 @@ protected:
     DistinctValues() noexcept : Object(Counting::Shared) {}
     explicit DistinctValues(std::vector<Value> members);
     /// Puts a member at the end unless an equal one is there.
-    void append(const Value& member);
+    void append(Value member);
     [[nodiscard]] std::optional<std::size_t> indexOf(const Value& member) const noexcept;
 
 private:
@@ -65,7 +65,7 @@ public:
     public:
         Builder() : set_(new OrderedSet) {}
         /// addObject: an equal member keeps its place.
-        void add(const Value& member) { set_->append(member); }
+        void add(Value member) { set_->append(std::move(member)); }
         /// unionOrderedSet: the members that are new go to the end, in their order.
         void unionOrderedSet(const OrderedSet& other) {
             for (const Value& member : other.members()) set_->append(member);

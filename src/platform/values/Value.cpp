@@ -98,7 +98,7 @@ bool Value::boolValue() const noexcept {
 }
 
 bool Value::isEqual(const Value& other) const noexcept {
-    if (isNumber() && other.isNumber()) return *number() == *other.number();
+    if (const auto mine = number(), theirs = other.number(); mine && theirs) return *mine == *theirs;
     if (content_.index() != other.content_.index()) return false;
     return std::visit(
         [&](const auto& mine) {
@@ -131,7 +131,7 @@ bool Value::isIdentical(const Value& other) const noexcept {
 }
 
 std::size_t Value::hash() const noexcept {
-    if (isNumber()) return number()->hash();
+    if (const auto boxed = number()) return boxed->hash();
     return std::visit(
         [](const auto& content) -> std::size_t {
             using T = std::decay_t<decltype(content)>;
@@ -146,7 +146,7 @@ std::size_t Value::hash() const noexcept {
 }
 
 std::string Value::description() const {
-    if (isNumber()) return number()->description();
+    if (const auto boxed = number()) return boxed->description();
     return std::visit(
         [](const auto& content) -> std::string {
             using T = std::decay_t<decltype(content)>;
