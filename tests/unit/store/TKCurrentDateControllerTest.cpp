@@ -36,7 +36,7 @@ public:
     void setCurrentDate(const std::optional<Date>& date) override {
         date_ = date;
         received.push_back(date);
-        if (onDate) onDate();
+        if (const auto reaction = onDate) reaction(); // which may replace itself
     }
     void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, ObservableObject& object,
                                                      const KeyValueChange& change,
