@@ -235,6 +235,37 @@ TEST_F(TKAccountTest, EachSnapshotEventAddsARegistrationOfWhichAFaultTakesOne) {
     house->awakeFromFetch();
 }
 
+TEST_F(TKAccountTest, AnUndoneUpdateIsSuchAnEvent) {
+    const auto house = book.property("Elm Street");
+    book->undoManager()->endEvent();
+    house->setName(text("Oak Street"));
+    book->undo();
+    EXPECT_EQ(timesToldOnce(*house), 2u);
+    book->redo();
+    EXPECT_EQ(timesToldOnce(*house), 3u);
+}
+
+TEST_F(TKAccountTest, AnAccountThatLeftAndReturnsFollowsTheDayAgain) {
+    const auto smith = book.tenant("A. Smith");
+    book->undo();
+    moveTo(onDay(2025, 2, 17));
+    EXPECT_FALSE(smith->currentDate());
+    book->redo();
+    EXPECT_EQ(smith->currentDate(), onDay(2025, 2, 17));
+    moveTo(onDay(2025, 2, 18));
+    EXPECT_EQ(smith->currentDate(), onDay(2025, 2, 18));
+}
+
+TEST_F(TKAccountTest, AFaultAwakesWithTheNewDayWhenItIsRead) {
+    const auto house = book.property("Elm Street");
+    ASSERT_TRUE(book->save());
+    book->refreshObjectMergeChanges(*house, false);
+    moveTo(onDay(2025, 2, 17));
+    EXPECT_EQ(house->currentDate(), onDay(2025, 2, 17));
+    EXPECT_EQ(timesToldOnce(*house), 1u);
+    EXPECT_FALSE(book->hasChanges());
+}
+
 // Lives that end
 
 TEST_F(TKAccountTest, ADeletedAccountFollowsTheDayNoMore) {

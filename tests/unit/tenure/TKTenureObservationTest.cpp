@@ -360,6 +360,74 @@ TEST_F(TKTenureObservationTest, AnAwakeningReplacesTheSettingsThatAreFollowed) {
     EXPECT_EQ(shownText(tenure->currencyCode()), "EUR");
 }
 
+TEST_F(TKTenureObservationTest, ATenureThatReturnsFromItsDeletionFollowsTheDayAgain) {
+    set(TKCurrencyCodeStateName, Value(text("EUR")));
+    const auto tenure = let();
+    book->undoManager()->endEvent();
+    book->deleteObject(*tenure);
+    book->processPendingChanges();
+    moveTo(onDay(2025, 3, 2));
+    book->undo();
+    EXPECT_EQ(tenure->currentDate(), onDay(2025, 3, 2));
+    EXPECT_EQ(tenure->periods()->count(), 2u);
+    EXPECT_EQ(shownText(tenure->currencyCode()), "EUR");
+    moveTo(onDay(2025, 4, 1));
+    EXPECT_EQ(tenure->periods()->count(), 3u);
+    book->redo();
+    moveTo(onDay(2025, 4, 2));
+    EXPECT_NE(tenure->currentDate(), onDay(2025, 4, 2));
+}
+
+TEST_F(TKTenureObservationTest, ATenureWhoseInsertionIsTakenBackAndDoneAgainFollowsTheDayAgain) {
+    const auto tenure = let();
+    book->undo();
+    moveTo(onDay(2025, 3, 2));
+    EXPECT_FALSE(tenure->currentDate());
+    book->redo();
+    EXPECT_EQ(tenure->currentDate(), onDay(2025, 3, 2));
+    moveTo(onDay(2025, 4, 1));
+    EXPECT_EQ(tenure->periods()->count(), 3u);
+}
+
+TEST_F(TKTenureObservationTest, WhatAnUndoBringsBackRebuildsTheSchedule) {
+    const auto house = book.property("Elm Street");
+    const auto tenure = let();
+    tenure->setProperty(house.get());
+    book->undoManager()->endEvent();
+    tenure->setStartDate(onDay(2024, 1, 1));
+    ASSERT_EQ(tenure->periods()->count(), 13u);
+    const auto listener = makeRef<Listener>();
+    listener->listenTo(*house, "tenureBalance");
+    book->undo();
+    EXPECT_EQ(tenure->periods()->count(), 1u);
+    EXPECT_EQ(house->tenureBalance(), Decimal(-1000));
+    EXPECT_GE(listener->times("tenureBalance"), 1u);
+}
+
+TEST_F(TKTenureObservationTest, AFaultAwakesWithTheNewDayWhenItIsRead) {
+    const auto tenure = let();
+    ASSERT_TRUE(book->save());
+    book->refreshObjectMergeChanges(*tenure, false);
+    moveTo(onDay(2025, 4, 1));
+    EXPECT_EQ(tenure->periods()->count(), 3u);
+    EXPECT_EQ(tenure->currentDate(), onDay(2025, 4, 1));
+    EXPECT_FALSE(book->hasChanges());
+    moveTo(onDay(2025, 5, 1));
+    EXPECT_EQ(tenure->periods()->count(), 4u);
+}
+
+TEST_F(TKTenureObservationTest, TheNewDayIsNothingToTakeBack) {
+    const auto tenure = let();
+    book->undoManager()->endEvent();
+    tenure->setRentalAmount(Decimal(900));
+    book->undoManager()->endEvent();
+    moveTo(onDay(2025, 4, 1));
+    book->undo();
+    EXPECT_EQ(tenure->rentalAmount(), Decimal(1000));
+    EXPECT_EQ(tenure->currentDate(), onDay(2025, 4, 1));
+    EXPECT_EQ(tenure->periods()->count(), 3u);
+}
+
 TEST_F(TKTenureObservationTest, ADeletedTenureFollowsNothing) {
     const auto tenure = let();
     book->deleteObject(*tenure);
