@@ -29,6 +29,7 @@ LAYERS = [
     "store",
     "tenure",
     "ui",
+    "reports",
 ]
 
 # All foreign headers there are, by how they begin, and the folders whose sources may see them. Headers of the
