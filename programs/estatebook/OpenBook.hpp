@@ -9,34 +9,24 @@
 /// The trap: schedules are not there yet, since a book of long lettings would not fit into memory with all of
 /// them. A `Schedule` makes one for as long as it lives.
 
+#include "estatebook/BookObjects.hpp"
 #include "estatebook/Failure.hpp"
 #include "estatebook/Reckoned.hpp"
-#include "estatebook/document/BookDocument.hpp"
 
 #include "platform/calendar/Calendar.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/system/HostOperations.hpp"
-#include "store/TKProperty.hpp"
-#include "store/TKTenant.hpp"
-#include "tenure/TKTenure.hpp"
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace estatebook {
 
 class OpenBook {
 public:
-    /// An object with its identifier.
     template <class T>
-    struct Entry {
-        std::string id;
-        platform::Ref<T> object;
-    };
+    using Entry = BookObjects::Entry<T>;
     using Letting = Entry<TKTenure>;
 
     /// Reads the file ("-" is standard input) and opens the book in its zone, which becomes the zone of the
@@ -45,7 +35,8 @@ public:
     [[nodiscard]] static OpenBook open(const std::string& file, std::string_view asOf);
 
     [[nodiscard]] const std::string& file() const noexcept { return file_; }
-    [[nodiscard]] platform::Date asOf() const noexcept { return asOf_; }
+    /// The instant that counts as today.
+    [[nodiscard]] platform::Date asOf() const;
     [[nodiscard]] const platform::Calendar& calendar() const noexcept { return calendar_; }
     /// The code of the book's currency; null when the book does not tell it as a text.
     [[nodiscard]] const platform::Ref<platform::String>& currencyCode() const noexcept {
@@ -57,18 +48,22 @@ public:
     [[nodiscard]] platform::DecimalBehavior rounding() const;
 
     // In the book's order.
-    [[nodiscard]] const std::vector<Entry<TKProperty>>& properties() const noexcept { return properties_; }
-    [[nodiscard]] const std::vector<Entry<TKTenant>>& tenants() const noexcept { return tenants_; }
-    [[nodiscard]] const std::vector<Letting>& lettings() const noexcept { return lettings_; }
+    [[nodiscard]] const std::vector<Entry<TKProperty>>& properties() const noexcept {
+        return objects_.properties;
+    }
+    [[nodiscard]] const std::vector<Entry<TKTenant>>& tenants() const noexcept { return objects_.tenants; }
+    [[nodiscard]] const std::vector<Letting>& lettings() const noexcept { return objects_.lettings; }
 
-    /// The identifier of a property's or a tenure's transaction, or of a tenure.
+    /// The identifier of an account, a tenure, a transaction or a note.
     [[nodiscard]] const std::string& identifierOf(const platform::ManagedObject& object) const {
-        return identifiers_.at(&object);
+        return objects_.identifiers.at(&object);
     }
 
     /// The letting with that identifier, or else that name, or else with a name of which the text is a part.
     /// Throws Failure when there is not just one.
     [[nodiscard]] const Letting& lettingNamed(std::string_view text) const;
+    /// The same for a property.
+    [[nodiscard]] const Entry<TKProperty>& propertyNamed(std::string_view text) const;
 
     /// What to throw when a letting's rent cannot be reckoned.
     [[nodiscard]] Failure unreckonable(const Letting& letting, ReckoningError error) const;
@@ -76,19 +71,11 @@ public:
 private:
     explicit OpenBook(const platform::Calendar& calendar) : calendar_(calendar) {}
 
-    void addAll(const document::BookDocument& book);
-    /// The settings that tenures follow, or all others.
-    void addSettings(const document::BookDocument& book, bool areFollowed);
-
     std::string file_;
     platform::Calendar calendar_;
-    platform::Date asOf_;
     platform::Ref<platform::String> currencyCode_;
     platform::Ref<platform::ManagedObjectContext> context_;
-    std::vector<Entry<TKProperty>> properties_;
-    std::vector<Entry<TKTenant>> tenants_;
-    std::vector<Letting> lettings_;
-    std::unordered_map<const platform::ManagedObject*, std::string> identifiers_;
+    BookObjects objects_;
 };
 
 /// Keeps a letting's schedule up to date while it lives, and takes it away in the end.
