@@ -98,7 +98,7 @@ void RunLoop::armWakeUp() noexcept {
 }
 
 bool RunLoop::readDescriptors(FirstException& exceptions) {
-    std::array<epoll_event, 32> events;
+    std::array<epoll_event, 32> events{};
     const int count = ::epoll_wait(poll_, events.data(), static_cast<int>(events.size()), 0);
     bool wasReadable = false;
     for (int index = 0; index < count; ++index) {
