@@ -99,6 +99,7 @@ OpenBook OpenBook::open(const std::string& file, std::string_view asOf) {
         throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
                                                         forMessage(error->localizedDescription(), 400)));
     book.context_ = TKManagedObjectModel::inMemoryManagedObjectContext();
+    book.context_->setUndoManager(nullptr); // nothing is edited that somebody could undo
     book.objects_ = BookObjects::ofDocument(document, *book.context_);
     book.currencyCode_ =
         TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *book.context_)
