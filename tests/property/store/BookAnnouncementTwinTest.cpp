@@ -10,6 +10,7 @@
 #include "store/TKState.hpp"
 #include "store/TKTenureTransaction.hpp"
 #include "support/Book.hpp"
+#include "support/DeclaredDependencies.hpp"
 #include "support/HeldClock.hpp"
 #include "tags/TKTagNames.hpp"
 
@@ -35,44 +36,8 @@ using bookkit::Book;
 using bookkit::onDay;
 using bookkit::text;
 
-/// What depends on what, written down from what each class says of itself.
-struct Row {
-    const char* dependent;
-    std::vector<const char*> affecting;
-};
-using Rows = std::vector<Row>;
-
-const Rows& rowsOf(const std::string& entity) {
-    static const std::map<std::string, Rows> rows{
-        {"Property",
-         {{"tagNames", {"tags"}},
-          {"aggregateTransactions", {"tenures", "transactions"}},
-          {"balance", {"tenureIncome", "totalIncome"}},
-          {"tenureIncome", {"tenures"}},
-          {"totalIncome", {"transactions"}},
-          {"tenureBalance", {"tenures"}},
-          {"currentTenures", {"currentDate"}}}},
-        {"Tenant", {{"tagNames", {"tags"}}, {"isActive", {"currentDate"}}}},
-        {"Tenure",
-         {{"rentalPeriodicBilling", {"rentalBillingCycle", "rentalPeriod", "advancePeriod"}},
-          {"advancePeriodicBilling", {"advanceBillingCycle", "advancePeriod"}},
-          {"endDate", {"currentDate"}},
-          {"name", {"tenant", "property"}},
-          {"maximumChargableDays", {"startDate", "endDate", "rentalPeriodicBilling"}},
-          {"chargableDays", {"maximumChargableDays", "chargeFullDuration", "advancePeriodicBilling"}},
-          {"chargablePeriods", {"chargableDays", "rentalPeriod", "rentalAmount", "chargeBehaviour"}},
-          {"numberOfDays", {"startDate", "endDate"}},
-          {"numberOfPeriods", {"numberOfDays", "rentalPeriod", "rentalPeriodicBilling"}},
-          {"totalCost", {"rentalAmount", "chargablePeriods"}},
-          {"totalIncome", {"transactions"}},
-          {"totalAdjustment", {"transactions", "bondAmount"}},
-          {"balance", {"totalCost", "totalIncome", "totalAdjustment", "chargeBehaviour", "currencyCode"}},
-          {"periods", {"chargablePeriods"}}}},
-        {"PropertyTransaction", {{"categoryName", {"what"}}, {"details", {"what"}}}},
-        {"TenureTransaction", {{"categoryName", {"what"}}, {"details", {"what"}}, {"property", {"tenure"}}}},
-        {"State", {}},
-    };
-    return rows.at(entity);
+const testkit::Dependencies& dependenciesOf(const ManagedObject& object) {
+    return testkit::dependenciesOf(std::string(object.entity().managedObjectClassName()));
 }
 
 using Told = std::pair<const ManagedObject*, std::string>;
@@ -94,7 +59,7 @@ public:
         std::set<std::string> keys{"currencyCode", "billingMode"};
         object.forEachModelledProperty(
             [&](const ModelledProperty& property) { keys.emplace(property.key.name()); });
-        for (const Row& row : rowsOf(std::string(object.entity().name()))) keys.emplace(row.dependent);
+        for (const auto& [dependent, affecting] : dependenciesOf(object)) keys.insert(dependent);
         for (const std::string& key : keys)
             object.addObserverForKeyPathOptionsContext(*this, key, ObservingPrior, nullptr);
     }
@@ -133,10 +98,8 @@ private:
     void reach(const Told& told) {
         if (!reached_.insert(told).second) return;
         const auto& [object, key] = told;
-        const std::string entity(object->entity().name());
-        for (const Row& row : rowsOf(entity))
-            for (const char* affecting : row.affecting)
-                if (key == affecting) reach({object, row.dependent});
+        for (const auto& [dependent, affecting] : dependenciesOf(*object))
+            if (affecting.contains(key)) reach({object, dependent});
         if (key == "amount" || key == "adjustment") {
             if (const auto* payment = dynamic_cast<const TKTenureTransaction*>(object)) {
                 if (!payment->tenure()) return;
