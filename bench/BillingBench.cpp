@@ -3,13 +3,9 @@
 // and reused, and the zone library's own civil arithmetic. Zone: Europe/Berlin. The peers only find the dates;
 // ours makes the periods as well.
 
-#include "billing/TKPeriodicBilling.hpp"
+#include "Berlin.hpp"
 
-#include <benchmark/benchmark.h>
-#include <cctz/civil_time.h>
-#include <cctz/time_zone.h>
-#include <unicode/gregocal.h>
-#include <unicode/timezone.h>
+#include "billing/TKPeriodicBilling.hpp"
 
 #include <algorithm>
 #include <array>
@@ -24,10 +20,9 @@ using platform::Date;
 using platform::Decimal;
 using platform::TimeZone;
 
-constexpr const char* Zone = "Europe/Berlin";
-constexpr int Periods = 1200;
-/// 31 January 2025, 00:00 in Berlin.
-constexpr std::time_t Anchor = 1738278000;
+using berlin::Anchor;
+using berlin::Periods;
+using berlin::Zone;
 /// 31 January 2125, 00:00 in Berlin.
 constexpr std::time_t HundredYearsLater = 4893951600;
 
@@ -38,11 +33,6 @@ Date date(std::time_t second) {
 platform::Ref<TKPeriodicBilling> monthly() {
     TimeZone::setDefaultTimeZone(TimeZone::named(Zone));
     return TKPeriodicBilling::periodicBillingForCycleWithPeriod(TKBillingCycleMonth, 1);
-}
-
-std::unique_ptr<icu::Calendar> icuBerlin() {
-    UErrorCode status = U_ZERO_ERROR;
-    return std::make_unique<icu::GregorianCalendar>(icu::TimeZone::createTimeZone(Zone), status);
 }
 
 void row_ours(benchmark::State& state) {
@@ -57,30 +47,11 @@ void rowTo_ours(benchmark::State& state) {
 }
 
 void row_icu(benchmark::State& state) {
-    const auto calendar = icuBerlin();
-    for (auto _ : state) {
-        for (int i = 1; i <= Periods; ++i) {
-            UErrorCode status = U_ZERO_ERROR;
-            calendar->setTime(static_cast<double>(Anchor) * 1000, status);
-            calendar->add(UCAL_MONTH, i, status);
-            benchmark::DoNotOptimize(calendar->getTime(status));
-        }
-    }
+    berlin::monthsWithIcu(state);
 }
 
 void row_cctz(benchmark::State& state) {
-    cctz::time_zone zone;
-    cctz::load_time_zone(Zone, &zone);
-    const auto anchor = std::chrono::system_clock::from_time_t(Anchor);
-    for (auto _ : state) {
-        const cctz::civil_day day(cctz::convert(anchor, zone));
-        for (int i = 1; i <= Periods; ++i) {
-            const cctz::civil_month month = cctz::civil_month(day) + i;
-            const cctz::civil_day last = cctz::civil_day(month + 1) - 1;
-            const cctz::civil_day wanted(month.year(), month.month(), std::min(day.day(), last.day()));
-            benchmark::DoNotOptimize(cctz::convert(cctz::civil_second(wanted), zone));
-        }
-    }
+    berlin::monthsWithCctz(state);
 }
 
 void periodsForDays_ours(benchmark::State& state) {
@@ -94,7 +65,7 @@ void periodsForDays_ours(benchmark::State& state) {
 
 /// The whole months and the day counts only; no division.
 void periodsForDays_icu(benchmark::State& state) {
-    const auto calendar = icuBerlin();
+    const auto calendar = berlin::icuCalendar();
     int days = 0;
     for (auto _ : state) {
         UErrorCode status = U_ZERO_ERROR;

@@ -2,15 +2,10 @@
 // The calendar against two peers doing the same work in the same run: an ICU calendar that is made once and
 // reused, and the zone library's own civil arithmetic. Zone: Europe/Berlin.
 
+#include "Berlin.hpp"
+
 #include "platform/calendar/Calendar.hpp"
 #include "platform/calendar/CalendarSteps.hpp"
-
-#include <benchmark/benchmark.h>
-#include <cctz/civil_time.h>
-#include <cctz/time_zone.h>
-#include <unicode/calendar.h>
-#include <unicode/gregocal.h>
-#include <unicode/timezone.h>
 
 #include <array>
 #include <chrono>
@@ -21,24 +16,11 @@ namespace {
 
 using namespace estatebook::platform;
 
-constexpr const char* Zone = "Europe/Berlin";
-constexpr int Periods = 1200;
-/// 31 January 2025, 00:00 in Berlin.
-constexpr double AnchorUnixSecond = 1738278000;
+using berlin::Periods;
+constexpr double AnchorUnixSecond = berlin::Anchor;
 
-Calendar berlin() {
-    return Calendar(TimeZone::named(Zone));
-}
-
-std::unique_ptr<icu::Calendar> icuBerlin() {
-    UErrorCode status = U_ZERO_ERROR;
-    return std::make_unique<icu::GregorianCalendar>(icu::TimeZone::createTimeZone(Zone), status);
-}
-
-cctz::time_zone cctzBerlin() {
-    cctz::time_zone zone;
-    cctz::load_time_zone(Zone, &zone);
-    return zone;
+Calendar berlinCalendar() {
+    return Calendar(TimeZone::named(berlin::Zone));
 }
 
 /// Instants of the years 2000 to 2040, in no order.
@@ -54,7 +36,7 @@ const std::array<double, 1024>& instants() {
 }
 
 void monthlySteps_ours(benchmark::State& state) {
-    const Calendar calendar = berlin();
+    const Calendar calendar = berlinCalendar();
     for (auto _ : state) {
         CalendarSteps steps(calendar, CalendarUnit::Month, 1, Date::fromUnixSeconds(AnchorUnixSecond));
         Date date;
@@ -63,33 +45,15 @@ void monthlySteps_ours(benchmark::State& state) {
 }
 
 void monthlySteps_icu(benchmark::State& state) {
-    const auto calendar = icuBerlin();
-    for (auto _ : state) {
-        for (int i = 1; i <= Periods; ++i) {
-            UErrorCode status = U_ZERO_ERROR;
-            calendar->setTime(AnchorUnixSecond * 1000, status);
-            calendar->add(UCAL_MONTH, i, status);
-            benchmark::DoNotOptimize(calendar->getTime(status));
-        }
-    }
+    berlin::monthsWithIcu(state);
 }
 
 void monthlySteps_cctz(benchmark::State& state) {
-    const cctz::time_zone zone = cctzBerlin();
-    const auto anchor = std::chrono::system_clock::from_time_t(static_cast<std::time_t>(AnchorUnixSecond));
-    for (auto _ : state) {
-        const cctz::civil_day day(cctz::convert(anchor, zone));
-        for (int i = 1; i <= Periods; ++i) {
-            const cctz::civil_month month = cctz::civil_month(day) + i;
-            const cctz::civil_day last = cctz::civil_day(month + 1) - 1;
-            const cctz::civil_day wanted(month.year(), month.month(), std::min(day.day(), last.day()));
-            benchmark::DoNotOptimize(cctz::convert(cctz::civil_second(wanted), zone));
-        }
-    }
+    berlin::monthsWithCctz(state);
 }
 
 void daysBetween_ours(benchmark::State& state) {
-    const Calendar calendar = berlin();
+    const Calendar calendar = berlinCalendar();
     std::size_t i = 0;
     for (auto _ : state) {
         const Date a = Date::fromUnixSeconds(instants()[i & 1023]);
@@ -100,7 +64,7 @@ void daysBetween_ours(benchmark::State& state) {
 }
 
 void daysBetween_icu(benchmark::State& state) {
-    const auto calendar = icuBerlin();
+    const auto calendar = berlin::icuCalendar();
     std::size_t i = 0;
     for (auto _ : state) {
         UErrorCode status = U_ZERO_ERROR;
@@ -112,7 +76,7 @@ void daysBetween_icu(benchmark::State& state) {
 }
 
 void daysBetween_cctz(benchmark::State& state) {
-    const cctz::time_zone zone = cctzBerlin();
+    const cctz::time_zone zone = berlin::cctzZone();
     std::size_t i = 0;
     const auto day = [&](double second) {
         return cctz::civil_day(cctz::convert(
@@ -125,14 +89,14 @@ void daysBetween_cctz(benchmark::State& state) {
 }
 
 void midnight_ours(benchmark::State& state) {
-    const Calendar calendar = berlin();
+    const Calendar calendar = berlinCalendar();
     std::size_t i = 0;
     for (auto _ : state)
         benchmark::DoNotOptimize(calendar.startOfDay(Date::fromUnixSeconds(instants()[i++ & 1023])));
 }
 
 void midnight_icu(benchmark::State& state) {
-    const auto calendar = icuBerlin();
+    const auto calendar = berlin::icuCalendar();
     std::size_t i = 0;
     for (auto _ : state) {
         UErrorCode status = U_ZERO_ERROR;
@@ -144,7 +108,7 @@ void midnight_icu(benchmark::State& state) {
 }
 
 void midnight_cctz(benchmark::State& state) {
-    const cctz::time_zone zone = cctzBerlin();
+    const cctz::time_zone zone = berlin::cctzZone();
     std::size_t i = 0;
     for (auto _ : state) {
         const cctz::time_point<cctz::seconds> at(
