@@ -23,6 +23,10 @@ namespace {
 constexpr std::uint64_t MaximalCount = 1'000'000;
 constexpr std::size_t LongestUsageText = 300;
 
+Format formatNamed(std::string_view name) noexcept {
+    return name == "csv" ? Format::Csv : name == "json" ? Format::Json : Format::Text;
+}
+
 /// All commands with their options. What was parsed stays in here.
 class Program {
 public:
@@ -38,19 +42,39 @@ public:
         CLI::App* statement = add("statement", "Print a tenure's statement with its running balance",
                                   [this] { printStatement(statement_, std::cout); });
         addTenure(*statement, statement_.tenure);
-        addBook(*statement, statement_.book);
-        statement->add_option("--format", statement_.format, "text, csv or json")
-            ->check(CLI::IsMember({"text", "csv", "json"}))
-            ->option_text("FORMAT");
+        addList(*statement, statement_.list);
         statement->add_flag("--exact", statement_.exact, "Print all digits and round nothing");
+        statement->add_flag("--outstanding", statement_.outstanding,
+                            "Only the lines since the balance last was zero or more");
+        statement->add_flag("--by-tag", statement_.byTag, "A part for each primary tag");
 
-        CLI::App* tenures = add("tenures", "List all tenures with their balances",
-                                [this] { printTenures(tenures_, std::cout); });
-        addBook(*tenures, tenures_);
+        addList("tenures", "List all tenures with their balances", tenures_, printTenures);
+        addList("properties", "List all properties with what they bring in", properties_, printProperties);
+        addList("tenants", "List all tenants with what they paid and owe", tenants_, printTenants);
+        addList("due", "List what is owed, and when the next period begins", due_, printDue);
+        addList("arrears", "List who owes what, since when, and how old the debts are", arrears_,
+                printArrears);
+        addList("rent-roll", "List who rents what, paid to when, and what comes next", rentRoll_,
+                printRentRoll);
 
-        CLI::App* due = add("due", "List what is owed, and when the next period begins",
-                            [this] { printDue(due_, std::cout); });
-        addBook(*due, due_);
+        CLI::App* income = add("income", "List what came in and went out, month by month",
+                               [this] { printIncome(income_, std::cout); });
+        addList(*income, income_.list);
+        income->add_option("--property", income_.property, "Only this property: its identifier or name")
+            ->option_text("PROPERTY");
+        income->add_option("--months", income_.months, "Only so many months up to now")
+            ->check(CLI::Range(std::uint64_t{1}, MaximalCount))
+            ->option_text("N");
+
+        CLI::App* bonds = add("bonds", "List the bonds: charged, paid, released, returned and held",
+                              [this] { printBonds(bonds_, std::cout); });
+        addList(*bonds, bonds_.list);
+        bonds
+            ->add_option("--tag", bonds_.tag,
+                         "What adjustments of bonds are tagged with, else Bond; empty: all are of bonds")
+            ->option_text("NAME");
+
+        addList("notes", "Print the notes on properties, tenants and tenures", notes_, printNotes);
 
         CLI::App* schedule = add("schedule", "List the rent periods of a tenure",
                                  [this] { printSchedule(schedule_, std::cout); });
@@ -105,11 +129,32 @@ private:
             ->option_text("DATE");
     }
 
+    static void addList(CLI::App& command, ListOptions& options) {
+        addBook(command, options.book);
+        command
+            .add_option_function<std::string>(
+                "--format", [&](const std::string& name) { options.format = formatNamed(name); },
+                "text, csv or json")
+            ->check(CLI::IsMember({"text", "csv", "json"}))
+            ->option_text("FORMAT");
+    }
+    void addList(const char* name, const char* description, ListOptions& options,
+                 void (*print)(const ListOptions&, std::ostream&)) {
+        addList(*add(name, description, [&options, print] { print(options, std::cout); }), options);
+    }
+
     CLI::App app_;
     bool isVerbose_ = false;
     StatementOptions statement_;
-    BookOptions tenures_;
-    BookOptions due_;
+    ListOptions tenures_;
+    ListOptions properties_;
+    ListOptions tenants_;
+    ListOptions due_;
+    ListOptions arrears_;
+    ListOptions rentRoll_;
+    IncomeOptions income_;
+    BondOptions bonds_;
+    ListOptions notes_;
     ScheduleOptions schedule_;
     BookOptions values_;
     std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;

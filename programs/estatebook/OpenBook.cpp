@@ -6,6 +6,7 @@
 #include "estatebook/document/JsonText.hpp"
 
 #include "platform/system/Clock.hpp"
+#include "platform/text/DateFormatter.hpp"
 #include "platform/text/Text.hpp"
 #include "store/TKCurrentDateController.hpp"
 #include "store/TKManagedObjectModel.hpp"
@@ -114,6 +115,11 @@ Date OpenBook::asOf() const {
 std::string OpenBook::currencyName() const {
     return currencyCode_ && !currencyCode_->empty() ? forMessage(currencyCode_->view(), 20)
                                                     : "no currency set";
+}
+
+std::string OpenBook::heading(std::string_view opening) const {
+    const auto dates = platform::DateFormatter::medium();
+    return fmt::format("{} {}, {}", opening, dates->stringFromDate(asOf()), currencyName());
 }
 
 platform::DecimalBehavior OpenBook::rounding() const {

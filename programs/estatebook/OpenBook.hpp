@@ -44,6 +44,8 @@ public:
     }
     /// "GBP", or words for its absence.
     [[nodiscard]] std::string currencyName() const;
+    /// Opening words with the day and the currency: "Tenures on 30 Jun 2026, GBP".
+    [[nodiscard]] std::string heading(std::string_view opening) const;
     /// How amounts of the currency are rounded; the scale is the number of its digits.
     [[nodiscard]] platform::DecimalBehavior rounding() const;
 

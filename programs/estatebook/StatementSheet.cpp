@@ -41,7 +41,7 @@ public:
         if (!rounding_) return std::nullopt;
         const Decimal rounded = exact_.decimalNumberByRoundingAccordingToBehavior(*rounding_);
         if (rounded == shown_) return std::nullopt;
-        StatementSheet::Line line{std::nullopt, "Rounding", rounded - shown_, rounded, true};
+        StatementSheet::Line line{std::nullopt, "Rounding", rounded - shown_, rounded, true, true};
         shown_ = rounded;
         return line;
     }

@@ -32,6 +32,8 @@ public:
         platform::Decimal balance;
         /// Nobody recorded the line: it follows from the terms, or from rounding.
         bool isGenerated = false;
+        /// The line is the difference that rounding leaves.
+        bool isRounding = false;
     };
 
     /// Linear in the lines. Raises OverflowException for a sum that no decimal holds.

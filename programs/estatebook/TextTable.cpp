@@ -22,7 +22,6 @@ constexpr std::size_t WidestTerminal = 120;
 constexpr std::size_t NarrowestFlexible = 16;
 /// In a table that is wider than the terminal anyway.
 constexpr std::size_t ComfortableFlexible = 44;
-constexpr std::size_t MaximalLinesOfCell = 3;
 
 std::size_t bytesOfFirstCharacter(std::string_view text) noexcept {
     std::size_t bytes = 1;
@@ -164,7 +163,7 @@ void TextTable::print(std::ostream& out, std::size_t width) const {
         std::size_t flexible = columns_.size();
         for (std::size_t i = 0; i < columns_.size(); ++i)
             if (columns_[i].align == Align::Flexible && columnWidth(row[i]) > widths[i].whole) {
-                broken = wrapText(row[i], widths[i].whole, MaximalLinesOfCell);
+                broken = wrapText(row[i], widths[i].whole, columns_[i].lines);
                 flexible = i;
                 cells[i] = broken.front();
             }

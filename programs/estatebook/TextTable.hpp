@@ -23,11 +23,15 @@ class TextTable {
 public:
     enum class Align : unsigned char { Left, Right, Decimal, Flexible };
 
+    static constexpr std::size_t UsualLines = 3;
+
     struct Column {
         std::string title;
         Align align = Align::Left;
         /// Blanks before the column; none before the first.
         std::size_t gap = 2;
+        /// How many lines a text of a flexible column may take.
+        std::size_t lines = UsualLines;
     };
 
     explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/ValuesDocument.hpp"
 
+#include "estatebook/DayMembers.hpp"
 #include "estatebook/JsonWriter.hpp"
 #include "estatebook/document/DateText.hpp"
 
@@ -35,9 +36,7 @@ public:
     void write() {
         json_.beginObject();
         json_.key("schema").text(ValuesSchema);
-        member("asOf", [&] { return std::optional(book_.asOf()); });
-        json_.key("timeZone").text(book_.calendar().timeZone()->name());
-        member("currencyCode", [&] { return book_.currencyCode(); });
+        writeDayMembers(json_, book_);
         json_.key("properties");
         list(book_.properties(), [&](const auto& entry) { property(entry); });
         json_.key("tenants");

@@ -38,7 +38,7 @@ std::optional<Date> nextBilling(const TKTenure& tenure, std::uint64_t first) {
 
 } // namespace
 
-RentRollEntry RentRollEntry::ofTenure(const Ref<TKTenure>& tenure) {
+RentRollEntry RentRollEntry::ofTerms(const Ref<TKTenure>& tenure) {
     RentRollEntry entry;
     entry.tenure = tenure;
     if (const auto property = tenure->property()) entry.property = property->fullName();
@@ -46,7 +46,13 @@ RentRollEntry RentRollEntry::ofTenure(const Ref<TKTenure>& tenure) {
     entry.start = tenure->startDate();
     entry.end = tenure->endDate();
     entry.rent = tenure->rentalAmount();
+    return entry;
+}
+
+RentRollEntry RentRollEntry::ofTenure(const Ref<TKTenure>& tenure) {
+    RentRollEntry entry = ofTerms(tenure);
     entry.balance = tenure->balance();
+    if (!entry.rent) return entry;
     const auto due = tenure->duePeriods();
     const std::uint64_t paid = due->outstanding().location;
     if (paid == Range::NotFound) return entry;

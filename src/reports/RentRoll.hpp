@@ -42,6 +42,8 @@ struct ESTATEBOOK_API RentRollEntry {
     /// As the tenure has it: below zero, that much is owed.
     platform::Decimal balance;
 
+    /// Only what the terms say, with nothing reckoned: never raises, whatever the terms.
+    [[nodiscard]] static RentRollEntry ofTerms(const platform::Ref<TKTenure>& tenure);
     /// The entry of a tenure, active or not. Raises as TKTenure::duePeriods.
     [[nodiscard]] static RentRollEntry ofTenure(const platform::Ref<TKTenure>& tenure);
 };

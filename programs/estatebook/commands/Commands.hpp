@@ -3,6 +3,8 @@
 
 /// Commands: what the program can be asked to do. Each prints to the stream and throws Failure when it cannot.
 
+#include "estatebook/Format.hpp"
+
 #include <cstdint>
 #include <iosfwd>
 #include <optional>
@@ -17,13 +19,20 @@ struct BookOptions {
     std::string asOf;
 };
 
-struct StatementOptions {
+struct ListOptions {
     BookOptions book;
+    Format format = Format::Text;
+};
+
+struct StatementOptions {
+    ListOptions list;
     std::string tenure;
-    /// "text", "csv" or "json".
-    std::string format = "text";
     /// All digits, and no rounding.
     bool exact = false;
+    /// Only the lines since the balance last was zero or more.
+    bool outstanding = false;
+    /// A part for each primary tag.
+    bool byTag = false;
 };
 
 struct ScheduleOptions {
@@ -33,9 +42,30 @@ struct ScheduleOptions {
     std::optional<std::uint64_t> count;
 };
 
+struct IncomeOptions {
+    ListOptions list;
+    /// The property by its identifier or its name; absent: all.
+    std::optional<std::string> property;
+    /// How many months up to now; absent: all, and what has no date.
+    std::optional<std::uint64_t> months;
+};
+
+struct BondOptions {
+    ListOptions list;
+    /// What adjustments of bonds are tagged with; empty: every adjustment is one.
+    std::string tag = "Bond";
+};
+
 void printStatement(const StatementOptions& options, std::ostream& out);
-void printTenures(const BookOptions& options, std::ostream& out);
-void printDue(const BookOptions& options, std::ostream& out);
+void printTenures(const ListOptions& options, std::ostream& out);
+void printProperties(const ListOptions& options, std::ostream& out);
+void printTenants(const ListOptions& options, std::ostream& out);
+void printDue(const ListOptions& options, std::ostream& out);
+void printArrears(const ListOptions& options, std::ostream& out);
+void printRentRoll(const ListOptions& options, std::ostream& out);
+void printIncome(const IncomeOptions& options, std::ostream& out);
+void printBonds(const BondOptions& options, std::ostream& out);
+void printNotes(const ListOptions& options, std::ostream& out);
 void printSchedule(const ScheduleOptions& options, std::ostream& out);
 void printValues(const BookOptions& options, std::ostream& out);
 

@@ -3,6 +3,7 @@
 
 #include "estatebook/Amounts.hpp"
 #include "estatebook/OpenBook.hpp"
+#include "estatebook/RentText.hpp"
 #include "estatebook/TextTable.hpp"
 #include "estatebook/document/JsonText.hpp"
 
@@ -59,29 +60,13 @@ std::string counted(const Decimal& count, std::string_view thing) {
     return fmt::format("{} {}{}", count.toString(), thing, count == Decimal::one() ? "" : "s");
 }
 
-struct CycleWords {
-    std::uint64_t cycle;
-    std::string_view one;
-    std::string_view many;
-};
-constexpr CycleWords Cycles[] = {
-    {TKBillingCycleDay, "a day", "days"},
-    {TKBillingCycleWeek, "a week", "weeks"},
-    {TKBillingCycleMonth, "a month", "months"},
-    {TKBillingCycleYear, "a year", "years"},
-};
-
 std::string termsText(const TKTenure& tenure, const DecimalBehavior& rounding) {
     const auto amount = tenure.rentalAmount();
     if (!amount) return "No rent";
     const auto billing = tenure.rentalPeriodicBilling();
-    std::string rhythm = "for no known cycle";
-    for (const auto& [cycle, one, many] : Cycles)
-        if (cycle == billing->cycle())
-            rhythm =
-                billing->period() == 1 ? std::string(one) : fmt::format("for {} {}", billing->period(), many);
     return fmt::format("Rent {} {}, billed at the {} of each period", amountText(*amount, rounding.scale),
-                       rhythm, billing->periodBillingMode() == TKPeriodBillingModeEnd ? "end" : "start");
+                       rentRhythm(tenure),
+                       billing->periodBillingMode() == TKPeriodBillingModeEnd ? "end" : "start");
 }
 
 } // namespace

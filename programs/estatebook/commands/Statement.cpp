@@ -2,8 +2,11 @@
 #include "estatebook/commands/Commands.hpp"
 
 #include "estatebook/Amounts.hpp"
+#include "estatebook/Csv.hpp"
+#include "estatebook/DayMembers.hpp"
 #include "estatebook/JsonWriter.hpp"
 #include "estatebook/OpenBook.hpp"
+#include "estatebook/OutstandingLines.hpp"
 #include "estatebook/StatementSheet.hpp"
 #include "estatebook/TextTable.hpp"
 #include "estatebook/document/DateText.hpp"
@@ -13,8 +16,9 @@
 
 #include <fmt/format.h>
 
-#include <array>
+#include <algorithm>
 #include <ostream>
+#include <span>
 
 namespace estatebook {
 
@@ -34,15 +38,29 @@ constexpr std::string_view SheetSchema = "estatebook/statement/1";
 
 using Line = StatementSheet::Line;
 
+/// A statement, or the part of it that one tag has.
+struct Part {
+    /// The primary tag of its lines; absent for the whole statement.
+    std::optional<std::string> tag;
+    StatementSheet sheet;
+    /// Those of the lines due that are printed.
+    std::span<const Line> due;
+};
+
 /// All that the forms of a statement are made of.
 struct Statement {
     const OpenBook& book;
     const OpenBook::Letting& letting;
-    const StatementSheet& sheet;
+    const StatementOptions& options;
+    /// The whole statement, or a part for each tag.
+    std::vector<Part> parts;
+    /// Of a statement by tag: how many lines have none, and what they come to.
+    std::size_t untaggedCount = 0;
+    Decimal untaggedAmount{};
     /// The fraction digits that an amount has at least.
-    int digits;
-    bool isExact;
+    int digits = 0;
 
+    [[nodiscard]] bool hasNotYetDue() const { return !options.outstanding; }
     [[nodiscard]] std::string amount(const Decimal& amount) const { return amountText(amount, digits); }
     [[nodiscard]] std::string amount(const std::optional<Decimal>& amount) const {
         return amount ? amountText(*amount, digits) : std::string();
@@ -51,16 +69,56 @@ struct Statement {
         return date ? document::dateText(*date, book.calendar()) : std::nullopt;
     }
     [[nodiscard]] bool hasGeneratedLines() const {
-        for (const auto* lines : {&sheet.due(), &sheet.notYetDue()})
-            for (const Line& line : *lines)
-                if (line.isGenerated) return true;
-        return false;
+        return std::ranges::any_of(parts, [&](const Part& part) {
+            return std::ranges::any_of(part.due, &Line::isGenerated) ||
+                   (hasNotYetDue() && std::ranges::any_of(part.sheet.notYetDue(), &Line::isGenerated));
+        });
     }
 };
 
+// -- Reckoning ------------------------------------------------------------------------------------------------
+
+StatementSheet sheetOf(const Statement& statement, const TKStatement& lines) {
+    return StatementSheet::of(lines, statement.book.asOf(),
+                              statement.options.exact ? std::nullopt
+                                                      : std::optional(statement.book.rounding()));
+}
+
+/// The lines of the whole statement that are to be seen.
+void addWhole(Statement& statement, const TKStatement& lines) {
+    Part& part =
+        statement.parts.emplace_back(std::nullopt, sheetOf(statement, lines), std::span<const Line>());
+    part.due = part.sheet.due();
+    if (!statement.options.outstanding) return;
+    const std::size_t count = outstandingOn(lines, statement.book.asOf())->count();
+    // A line "Rounding" may follow the last one of the statement's own.
+    const auto isOwn = [](const Line& line) { return !line.isRounding; };
+    const auto own = static_cast<std::size_t>(std::ranges::count_if(part.due, isOwn));
+    part.due = count == 0 ? std::span<const Line>() : part.due.subspan(own - count);
+}
+
+void addByTag(Statement& statement, const TKStatement& lines) {
+    auto shown = transactionsOf(*lines.items());
+    if (statement.options.outstanding) shown = transactionsOf(*outstandingOn(lines, statement.book.asOf()));
+    const auto whole = TKStatement::initWithTransactionsMetadata(shown);
+    const auto tagged = whole->byPrimaryTag();
+    for (const TKStatement& ofTag : *tagged) {
+        Part& part = statement.parts.emplace_back(ofTag.primaryTag()->string(), sheetOf(statement, ofTag),
+                                                  std::span<const Line>());
+        part.due = part.sheet.due();
+    }
+    std::erase_if(shown, [](const auto& transaction) {
+        const auto names = transaction->tagNames();
+        return names && names->first();
+    });
+    statement.untaggedCount = shown.size();
+    statement.untaggedAmount =
+        sheetOf(statement, *TKStatement::initWithTransactionsMetadata(shown)).finalBalance();
+}
+
 // -- Text -----------------------------------------------------------------------------------------------------
 
-void addLines(TextTable& table, const Statement& statement, const std::vector<Line>& lines,
+void addLines(TextTable& table, const Statement& statement, std::span<const Line> lines,
               const DateFormatter& dates) {
     for (const Line& line : lines)
         table.addRow({line.when ? dates.stringFromDate(*line.when) : "", line.isGenerated ? "*" : "",
@@ -72,73 +130,79 @@ void addTotal(TextTable& table, const Statement& statement, std::string words, c
     table.addRow({"", "", std::move(words), "", statement.amount(amount)});
 }
 
-void printText(const Statement& statement, std::ostream& out) {
-    const std::size_t width = TextTable::widthOfOutput();
-    const Ref<DateFormatter> dates = DateFormatter::medium();
-    const StatementSheet& sheet = statement.sheet;
-    const std::string day = dates->stringFromDate(statement.book.asOf());
-
-    const std::string name = forMessage(statement.letting.object->name()->view(), LongestShownName);
-    for (const std::string& line : wrapText(name, width, MaximalLinesOfName)) out << line << '\n';
-    out << fmt::format("Statement as of {}, {}\n\n", day, statement.book.currencyName());
-
+void printTextOf(const Part& part, const Statement& statement, const DateFormatter& dates, std::size_t width,
+                 std::ostream& out) {
+    const StatementSheet& sheet = part.sheet;
     TextTable table({{"Date"},
                      {"", TextTable::Align::Left, 1},
                      {"Description", TextTable::Align::Flexible, 1},
                      {"Amount", TextTable::Align::Decimal},
                      {"Balance", TextTable::Align::Decimal}});
-    addLines(table, statement, sheet.due(), *dates);
-    if (!sheet.due().empty()) table.addRule();
-    addTotal(table, statement, "Balance on " + day, sheet.balance());
-    if (sheet.balance().isNegative()) addTotal(table, statement, "Outstanding", sheet.outstanding());
-    if (!sheet.notYetDue().empty()) {
+    addLines(table, statement, part.due, dates);
+    if (!part.due.empty()) table.addRule();
+    addTotal(table, statement, "Balance on " + dates.stringFromDate(statement.book.asOf()), sheet.balance());
+    if (!part.tag && sheet.balance().isNegative())
+        addTotal(table, statement, "Outstanding", sheet.outstanding());
+    if (statement.hasNotYetDue() && !sheet.notYetDue().empty()) {
         table.addRow({"", "", "", "", ""});
         table.addRow({"Not yet due", "", "", "", ""});
-        addLines(table, statement, sheet.notYetDue(), *dates);
+        addLines(table, statement, sheet.notYetDue(), dates);
         table.addRule();
         addTotal(table, statement, "Balance with what is not yet due", sheet.finalBalance());
     }
     table.print(out, width);
+}
+
+void printText(const Statement& statement, std::ostream& out) {
+    const std::size_t width = TextTable::widthOfOutput();
+    const Ref<DateFormatter> dates = DateFormatter::medium();
+    const StatementOptions& options = statement.options;
+
+    const std::string name = forMessage(statement.letting.object->name()->view(), LongestShownName);
+    for (const std::string& line : wrapText(name, width, MaximalLinesOfName)) out << line << '\n';
+    const std::string opening =
+        fmt::format("{}{} as of", options.outstanding ? "Outstanding lines" : "Statement",
+                    options.byTag ? " by tag" : "");
+    out << statement.book.heading(opening) << "\n\n";
+    for (const Part& part : statement.parts) {
+        if (part.tag) out << (part.tag->empty() ? "\"\"" : forMessage(*part.tag, LongestShownText)) << "\n\n";
+        printTextOf(part, statement, *dates, width, out);
+        if (part.tag) out << '\n';
+    }
     if (statement.hasGeneratedLines()) out << "\n* not recorded, but reckoned from the terms of the tenure\n";
+    if (options.byTag)
+        out << fmt::format("Lines without a tag: {}, which come to {}\n", statement.untaggedCount,
+                           statement.amount(statement.untaggedAmount));
 }
 
 // -- CSV ------------------------------------------------------------------------------------------------------
 
-std::string csvField(std::string_view text) {
-    if (text.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(text);
-    std::string quoted = "\"";
-    for (const char character : text) {
-        if (character == '"') quoted += '"';
-        quoted += character;
-    }
-    return quoted += '"';
-}
-
-template <std::size_t Count>
-void writeRecord(std::ostream& out, const std::array<std::string, Count>& fields) {
-    for (std::size_t i = 0; i < Count; ++i) out << (i > 0 ? "," : "") << csvField(fields[i]);
-    out << "\r\n";
-}
-
-std::string_view yesOrNo(bool flag) noexcept {
+std::string yesOrNo(bool flag) {
     return flag ? "true" : "false";
 }
 
 void printCsv(const Statement& statement, std::ostream& out) {
-    writeRecord<6>(out, {"date", "description", "amount", "balance", "generated", "due"});
-    const auto writeLines = [&](const std::vector<Line>& lines, bool isDue) {
-        for (const Line& line : lines)
-            writeRecord<6>(out, {statement.date(line.when).value_or(""), line.what,
-                                 statement.amount(line.amount), statement.amount(line.balance),
-                                 std::string(yesOrNo(line.isGenerated)), std::string(yesOrNo(isDue))});
+    const bool byTag = statement.options.byTag;
+    const auto write = [&](const std::string& tag, std::vector<std::string> fields) {
+        if (byTag) fields.insert(fields.begin(), tag);
+        writeCsvRecord(out, fields);
     };
-    writeLines(statement.sheet.due(), true);
-    writeLines(statement.sheet.notYetDue(), false);
+    write("tag", {"date", "description", "amount", "balance", "generated", "due"});
+    for (const Part& part : statement.parts) {
+        const auto writeLines = [&](std::span<const Line> lines, bool isDue) {
+            for (const Line& line : lines)
+                write(part.tag.value_or(""),
+                      {statement.date(line.when).value_or(""), line.what, statement.amount(line.amount),
+                       statement.amount(line.balance), yesOrNo(line.isGenerated), yesOrNo(isDue)});
+        };
+        writeLines(part.due, true);
+        if (statement.hasNotYetDue()) writeLines(part.sheet.notYetDue(), false);
+    }
 }
 
 // -- JSON -----------------------------------------------------------------------------------------------------
 
-void writeLines(JsonWriter& json, const Statement& statement, const std::vector<Line>& lines) {
+void writeLines(JsonWriter& json, const Statement& statement, std::span<const Line> lines) {
     json.beginList();
     for (const Line& line : lines) {
         json.beginObject(JsonWriter::Layout::Line);
@@ -152,29 +216,43 @@ void writeLines(JsonWriter& json, const Statement& statement, const std::vector<
     json.endList();
 }
 
+void writePart(JsonWriter& json, const Statement& statement, const Part& part) {
+    json.key("lines");
+    writeLines(json, statement, part.due);
+    json.key("balance").decimal(part.sheet.balance());
+    json.key("outstanding").decimal(part.sheet.outstanding());
+    if (!statement.hasNotYetDue()) return;
+    json.key("notYetDue");
+    writeLines(json, statement, part.sheet.notYetDue());
+    json.key("balanceWithNotYetDue").decimal(part.sheet.finalBalance());
+}
+
 void printJson(const Statement& statement, std::ostream& out) {
-    const OpenBook& book = statement.book;
-    const StatementSheet& sheet = statement.sheet;
     JsonWriter json(out);
     json.beginObject();
     json.key("schema").text(SheetSchema);
     json.key("tenure").text(statement.letting.id);
     json.key("name").text(statement.letting.object->name()->view());
-    json.key("asOf").textOrNull(statement.date(book.asOf()));
-    json.key("timeZone").text(book.calendar().timeZone()->name());
-    json.key("currencyCode");
-    if (book.currencyCode())
-        json.text(book.currencyCode()->view());
-    else
-        json.null();
-    json.key("exact").boolean(statement.isExact);
-    json.key("lines");
-    writeLines(json, statement, sheet.due());
-    json.key("balance").decimal(sheet.balance());
-    json.key("outstanding").decimal(sheet.outstanding());
-    json.key("notYetDue");
-    writeLines(json, statement, sheet.notYetDue());
-    json.key("balanceWithNotYetDue").decimal(sheet.finalBalance());
+    writeDayMembers(json, statement.book);
+    json.key("exact").boolean(statement.options.exact);
+    if (statement.options.byTag) {
+        json.key("byTag");
+        json.beginList();
+        for (const Part& part : statement.parts) {
+            json.beginObject();
+            json.key("tag").textOrNull(part.tag);
+            writePart(json, statement, part);
+            json.endObject();
+        }
+        json.endList();
+        json.key("untagged");
+        json.beginObject(JsonWriter::Layout::Line);
+        json.key("lines").integer(std::uint64_t{statement.untaggedCount});
+        json.key("amount").decimal(statement.untaggedAmount);
+        json.endObject();
+    } else {
+        writePart(json, statement, statement.parts.front());
+    }
     json.endObject();
     json.finish();
 }
@@ -182,25 +260,27 @@ void printJson(const Statement& statement, std::ostream& out) {
 } // namespace
 
 void printStatement(const StatementOptions& options, std::ostream& out) {
-    const OpenBook book = OpenBook::open(options.book.file, options.book.asOf);
+    const OpenBook book = OpenBook::open(options.list.book.file, options.list.book.asOf);
     const OpenBook::Letting& letting = book.lettingNamed(options.tenure);
     const Schedule schedule(*letting.object);
     if (!schedule.row()) throw book.unreckonable(letting, schedule.row().error);
 
-    const DecimalBehavior rounding = book.rounding();
-    const auto sheet = reckon([&] {
-        return StatementSheet::of(*letting.object->statement(), book.asOf(),
-                                  options.exact ? std::nullopt : std::optional(rounding));
+    const auto statement = reckon([&] {
+        Statement made{.book = book, .letting = letting, .options = options, .parts = {}};
+        made.digits = book.rounding().scale;
+        const auto lines = letting.object->statement();
+        (options.byTag ? addByTag : addWhole)(made, *lines);
+        return made;
     });
-    if (!sheet) throw book.unreckonable(letting, sheet.error);
-
-    const Statement statement{book, letting, *sheet.value, rounding.scale, options.exact};
-    if (options.format == "csv")
-        printCsv(statement, out);
-    else if (options.format == "json")
-        printJson(statement, out);
-    else
-        printText(statement, out);
+    if (!statement) throw book.unreckonable(letting, statement.error);
+    switch (options.list.format) {
+    case Format::Csv:
+        return printCsv(*statement.value, out);
+    case Format::Json:
+        return printJson(*statement.value, out);
+    case Format::Text:
+        return printText(*statement.value, out);
+    }
 }
 
 } // namespace estatebook

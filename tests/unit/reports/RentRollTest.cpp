@@ -85,6 +85,8 @@ TEST_F(RentRollTest, WithoutRentNothingIsPaidNorDue) {
     EXPECT_EQ(entry.nextDue, std::nullopt);
     EXPECT_FALSE(entry.property);
     EXPECT_FALSE(entry.tenant);
+    tenure->setRentalAmount(std::nullopt);
+    EXPECT_EQ(RentRollEntry::ofTenure(tenure).paidTo, std::nullopt);
 }
 
 TEST_F(RentRollTest, AnAbsentStartHasNoDays) {
@@ -105,6 +107,7 @@ TEST_F(RentRollTest, TermsWithoutARhythmRaise) {
     tenure->setCurrentDate(onDay(2025, 3, 1));
     EXPECT_THROW(tenure->setRentalPeriod(Number(0u)), DivideByZeroException) << "set, but without a schedule";
     EXPECT_THROW((void)RentRollEntry::ofTenure(tenure), DivideByZeroException);
+    EXPECT_EQ(RentRollEntry::ofTerms(tenure).rent, Decimal(100)) << "and still tell their rent";
 }
 
 TEST_F(RentRollTest, ARollHoldsTheTenuresOfTheDayInTheirOrder) {
