@@ -25,8 +25,12 @@ std::string DateFormatter::stringFromDay(CivilDay day) const {
     return std::string(text, table_->write(text, day));
 }
 
-char* DateFormatter::writeDay(char* out, CivilDay day) const {
-    return table_->write(out, day);
+DateFormatter::DayText DateFormatter::dayText(CivilDay day) const noexcept {
+    return DayText(table_->choicesFor(day));
+}
+
+char* DateFormatter::write(char* out, DayText text) const {
+    return table_->write(out, text.choices_);
 }
 
 } // namespace estatebook::platform

@@ -25,6 +25,7 @@
 #include "platform/values/Ref.hpp"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace estatebook::platform {
@@ -33,10 +34,22 @@ class MediumDateTable;
 
 class ESTATEBOOK_API DateFormatter final : public Object {
 public:
+    /// The text of a day, found but not written yet, for those who write it several times. Of use to the formatter that
+    /// gave it.
+    class DayText {
+    public:
+        constexpr DayText() noexcept = default;
+
+    private:
+        friend class DateFormatter;
+        constexpr explicit DayText(std::uint64_t choices) noexcept : choices_(choices) {}
+        std::uint64_t choices_ = 0;
+    };
+
     /// No date text is longer, in bytes; a longer one would be cut, and no locale of ICU has one.
     static constexpr std::size_t MaximalLength = 128;
     /// The bytes that `writeDate` and `writeDay` need; what stands behind the text is left undefined.
-    static constexpr std::size_t RoomNeeded = MaximalLength + 32;
+    static constexpr std::size_t RoomNeeded = MaximalLength + 16;
 
     /// dateStyle medium, timeStyle none, for the current locale and the default time zone of this moment.
     [[nodiscard]] static Ref<DateFormatter> medium();
@@ -53,7 +66,12 @@ public:
     /// Writes the same text at `out` and returns its end; allocates nothing for locales that write ordinary
     /// years in the civil calendar. REQUIRES: RoomNeeded bytes at `out`.
     char* writeDate(char* out, Date date) const { return writeDay(out, calendar_.civilDay(date)); }
-    char* writeDay(char* out, CivilDay day) const;
+    char* writeDay(char* out, CivilDay day) const { return write(out, dayText(day)); }
+
+    /// The same in two steps.
+    [[nodiscard]] DayText dayText(Date date) const { return dayText(calendar_.civilDay(date)); }
+    [[nodiscard]] DayText dayText(CivilDay day) const noexcept;
+    char* write(char* out, DayText text) const;
 
     [[nodiscard]] Locale locale() const noexcept { return locale_; }
     [[nodiscard]] Ref<TimeZone> timeZone() const noexcept { return calendar_.timeZone(); }

@@ -50,13 +50,19 @@ public:
     std::string text(CivilDay day) {
         constexpr double millisecondsPerDay = 86400e3;
         const std::lock_guard lock(mutex_);
+        if (day == lastDay_) return lastText_;
         icu::UnicodeString formatted;
         format_->format(static_cast<double>(day.number) * millisecondsPerDay, formatted);
-        return utf8(formatted);
+        lastText_ = utf8(formatted);
+        lastDay_ = day;
+        return lastText_;
     }
 
 private:
     std::mutex mutex_;
+    // Ranges of days meet on a day, which is then written twice.
+    std::optional<CivilDay> lastDay_;
+    std::string lastText_;
     std::unique_ptr<icu::DateFormat> format_;
 };
 
@@ -73,7 +79,10 @@ public:
         format_->toPattern(pattern);
         if (!readPattern(pattern)) return false;
         closeLiteral();
-        return longestText() <= MaximalTextLength;
+        if (longestText() > MaximalTextLength) return false;
+        shareCells();
+        coverDays();
+        return true;
     }
 
 private:
@@ -184,12 +193,12 @@ private:
 
     /// The literal before the field joins its cells where there is room, and stands alone where there is
     /// none. Texts that are too long for one cell go on in the cell of a further step.
-    bool addStep(Source source, const Texts& texts) {
+    bool addStep(Field field, const Texts& texts) {
         const std::size_t longest = std::ranges::max_element(texts, {}, &std::string::size)->size();
         if (longest == 0) return false;
         if (longest + literal_.size() > CellRoom) closeLiteral();
         for (std::size_t from = 0; from < longest; from += CellRoom) {
-            table_.steps_.push_back({source, static_cast<std::uint16_t>(table_.cells_.size())});
+            table_.steps_.push_back({field, static_cast<std::uint16_t>(table_.cells_.size())});
             for (const std::string& text : texts)
                 addCell(literal_ + text.substr(std::min(from, text.size()), CellRoom));
         }
@@ -227,6 +236,78 @@ private:
         return sum;
     }
 
+    /// Puts neighbouring steps together where one field tells the cells of both.
+    void shareCells() {
+        for (const Step step : table_.steps_) {
+            std::optional<Step> shared;
+            if (!table_.usualSteps_.empty()) shared = sharedStep(table_.usualSteps_.back(), step);
+            if (shared)
+                table_.usualSteps_.back() = *shared;
+            else
+                table_.usualSteps_.push_back(step);
+        }
+    }
+
+    std::optional<Step> sharedStep(Step first, Step second) {
+        const std::optional<Field> field = sharedField(first.field, second.field);
+        if (!field) return std::nullopt;
+        Texts texts;
+        for (const std::uint64_t choices : allChoicesOf(*field)) {
+            texts.push_back(textOf(first, choices) + textOf(second, choices));
+            if (texts.back().size() > CellRoom) return std::nullopt;
+        }
+        const Step step{*field, static_cast<std::uint16_t>(table_.cells_.size())};
+        for (const std::string& text : texts) addCell(text);
+        return step;
+    }
+
+    static std::optional<Field> sharedField(Field first, Field second) {
+        if (second == Always || first == second) return first;
+        if (first == Always) return second;
+        if ((first == Day && second == Month) || (first == Month && second == Day)) return DayAndMonth;
+        if (first == Century && second == YearOfCentury) return UsualYear;
+        return std::nullopt;
+    }
+
+    /// A day's choices for each number that may stand in the field, one after another.
+    std::vector<std::uint64_t> allChoicesOf(Field field) const {
+        std::vector<std::uint64_t> all;
+        if (field == DayAndMonth) {
+            // No month has the last of the numbers that there is room for.
+            for (unsigned month = 0; month < 12; ++month)
+                for (unsigned day = 0; day <= Day.mask; ++day)
+                    all.push_back(Month.holding(month) | Day.holding(std::min(day, 30u)));
+        } else if (field == UsualYear) {
+            for (unsigned year = 0; year <= UsualYear.mask; ++year)
+                all.push_back(table_.cellsOf(CivilDay::fromYearMonthDay(FirstUsualYear + year, 1, 1)) |
+                              UsualYear.holding(year));
+        } else {
+            const unsigned count = field == Day ? 31 : field == Month ? 12 : field == Always ? 1 : 100;
+            for (unsigned number = 0; number < count; ++number) all.push_back(field.holding(number));
+        }
+        return all;
+    }
+
+    /// Tells the table which days it has cells for.
+    void coverDays() {
+        table_.firstDay_ = CivilDay::fromYearMonthDay(1000 - table_.yearOffset_, 1, 1).number;
+        const CivilDay end = CivilDay::fromYearMonthDay(10000 - table_.yearOffset_, 1, 1);
+        table_.dayCount_ = static_cast<std::uint64_t>(end.number - table_.firstDay_);
+        for (unsigned year = 0; year <= UsualYear.mask + 1u; ++year)
+            for (int month = 1; month <= 12; ++month) {
+                const CivilDay first = CivilDay::fromYearMonthDay(FirstUsualYear + year, month, 1);
+                table_.usualMonths_.push_back(
+                    {static_cast<std::uint32_t>(first.number - FirstUsualDay),
+                     static_cast<std::uint32_t>(table_.cellsOf(first) | UsualYear.holding(year) | IsUsual)});
+            }
+        table_.usualDayCount_ = table_.usualMonths_[12 * (UsualYear.mask + 1u)].firstDay;
+    }
+
+    std::string textOf(Step step, std::uint64_t choices) const {
+        const Cell& cell = table_.cells_[step.firstCell + step.field.of(choices)];
+        return {cell.text, cell.length};
+    }
+
     MediumDateTable& table_;
     const icu::SimpleDateFormat* format_;
     CivilCalendar calendar_{};
@@ -236,10 +317,9 @@ private:
 
 MediumDateTable::MediumDateTable(const std::string& localeName)
     : fallback_(std::make_unique<Fallback>(localeName)) {
-    if (!Compiler(*this, fallback_->format()).compile() || !agreesWithFallback()) return;
-    firstDay_ = CivilDay::fromYearMonthDay(1000 - yearOffset_, 1, 1).number;
-    dayCount_ =
-        static_cast<std::uint64_t>(CivilDay::fromYearMonthDay(10000 - yearOffset_, 1, 1).number - firstDay_);
+    if (Compiler(*this, fallback_->format()).compile() && agreesWithFallback()) return;
+    dayCount_ = 0;
+    usualDayCount_ = 0;
 }
 
 MediumDateTable::~MediumDateTable() = default;
@@ -247,9 +327,11 @@ MediumDateTable::~MediumDateTable() = default;
 // A letter or a calendar that means more than its documentation says would show here, and cost speed only.
 bool MediumDateTable::agreesWithFallback() const {
     for (int month = 1; month <= 12; ++month) {
-        const CivilDay day = CivilDay::fromYearMonthDay(1583 + 173 * month, month, 2 * month + 3);
-        char text[RoomNeeded];
-        if (std::string_view(text, writeCells(text, day)) != fallback_->text(day)) return false;
+        for (const int year : {1583 + 173 * month, 1900 + 21 * month}) {
+            const CivilDay day = CivilDay::fromYearMonthDay(year, month, 2 * month + 3);
+            char text[RoomNeeded];
+            if (std::string_view(text, write(text, day)) != fallback_->text(day)) return false;
+        }
     }
     return true;
 }

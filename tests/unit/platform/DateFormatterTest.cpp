@@ -88,6 +88,16 @@ TEST(DateFormatterTest, EveryLocaleWritesItsDaysAsIcuDoes) {
     }
 }
 
+TEST(DateFormatterTest, TheFirstAndTheLastDayOfEachMonthAreWrittenAsIcuDoes) {
+    for (const char* locale : {"en_US", "de_DE", "th_TH", "ja_JP", "ru_RU"}) {
+        const Peer peer(locale);
+        const auto formatter = DateFormatter::mediumFor(Locale::named(locale));
+        for (CivilDay first = day(1899, 11, 1); first <= day(2156, 2, 1); first = first.byAddingMonths(1))
+            for (const CivilDay civilDay : {first, first + -1})
+                ASSERT_EQ(formatter->stringFromDay(civilDay), peer.text(civilDay)) << locale;
+    }
+}
+
 TEST(DateFormatterTest, OtherCalendarsAndDigitsAreWrittenAsIcuDoes) {
     for (const char* locale :
          {"th_TH@numbers=thai", "fa_IR", "ar_SA", "ar_EG@numbers=arab", "he_IL@calendar=hebrew",
@@ -153,6 +163,22 @@ TEST(DateFormatterTest, TheTextIsWrittenIntoTheCallersBytes) {
     char bytes[DateFormatter::RoomNeeded];
     EXPECT_EQ(std::string(bytes, formatter->writeDay(bytes, day(2024, 8, 31))), "31 août 2024");
     EXPECT_EQ(std::string(bytes, formatter->writeDate(bytes, Date{0})), "1 janv. 2001");
+}
+
+TEST(DateFormatterTest, ATextThatWasFoundCanBeWrittenAgainAndAgain) {
+    for (const char* locale : {"fr_FR", "fa_IR"}) {
+        const auto formatter = DateFormatter::mediumFor(Locale::named(locale));
+        const CivilDay days[] = {day(2024, 8, 31), day(2024, 9, 1), day(1456, 7, 8), day(-44, 3, 15)};
+        for (const CivilDay civilDay : days) {
+            const auto found = formatter->dayText(civilDay);
+            for (const CivilDay between : days) {
+                char bytes[DateFormatter::RoomNeeded];
+                (void)formatter->writeDay(bytes, between);
+                EXPECT_EQ(std::string(bytes, formatter->write(bytes, found)),
+                          formatter->stringFromDay(civilDay));
+            }
+        }
+    }
 }
 
 TEST(DateFormatterTest, NoTextIsLongerThanTheMaximalLength) {
