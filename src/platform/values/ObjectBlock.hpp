@@ -33,7 +33,7 @@ namespace estatebook::platform {
 template <class T>
 class ObjectBlock {
 public:
-    static constexpr std::size_t MaximalCount = (std::size_t{1} << 30) - 2;
+    static constexpr std::size_t MaximalCount = Object::MaximalPlaceInBlock;
 
     ObjectBlock() noexcept = default;
     /// Room for this many objects; none are made yet.
@@ -43,7 +43,8 @@ public:
     ObjectBlock(ObjectBlock&& other) noexcept
         : first_(std::exchange(other.first_, nullptr)), more_(std::exchange(other.more_, {})),
           size_(std::exchange(other.size_, 0)), capacity_(std::exchange(other.capacity_, 0)),
-          next_(std::exchange(other.next_, nullptr)), end_(std::exchange(other.end_, nullptr)) {}
+          next_(std::exchange(other.next_, nullptr)), end_(std::exchange(other.end_, nullptr)),
+          place_(std::exchange(other.place_, 0)) {}
     ObjectBlock& operator=(ObjectBlock&&) = delete;
     ~ObjectBlock() { clear(); }
 
@@ -55,8 +56,7 @@ public:
         T* object = new (static_cast<void*>(next_)) T(std::forward<Arguments>(arguments)...);
         ++next_;
         ++size_;
-        object->count_ = 1;
-        object->setPlaceInBlock(static_cast<std::uint32_t>((size_ - 1) % PieceCapacity + 1));
+        static_cast<Object*>(object)->standInBlock(++place_);
         return *object;
     }
 
@@ -110,6 +110,7 @@ private:
             first_ = piece;
         next_ = firstOf(piece);
         end_ = next_ + room;
+        place_ = 0;
     }
 
     void clear() noexcept {
@@ -138,9 +139,10 @@ private:
     std::vector<Header*> more_;
     std::size_t size_ = 0;
     std::size_t capacity_ = 0;
-    // Where the next object of the last piece goes, and the end of that piece.
+    // Where the next object of the last piece goes, the end of that piece, and the objects in it.
     T* next_ = nullptr;
     T* end_ = nullptr;
+    std::uint32_t place_ = 0;
 };
 
 } // namespace estatebook::platform

@@ -23,8 +23,7 @@ Ref<String> String::make(std::string_view text) {
 }
 
 void String::dispose() const noexcept {
-    // Only the text of a string that stands alone is directly behind it.
-    if (data_ != reinterpret_cast<const char*>(this + 1)) return StringBlock::endString(*this);
+    if (placeInBlock() != 0) return StringBlock::endString(*this);
     auto* self = const_cast<String*>(this);
     self->~String();
     ::operator delete(static_cast<void*>(self));

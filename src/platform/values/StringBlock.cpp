@@ -3,16 +3,13 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cassert>
 #include <cstring>
-#include <limits>
-#include <new>
 #include <stdexcept>
 #include <utility>
 
 namespace estatebook::platform {
 
-/// In memory: the piece, the strings side by side, then each string's characters, and before these the piece's address.
+/// In memory: the piece, the strings side by side, then the characters of all.
 struct StringBlock::Piece {
     // The block's hold on the memory, and one for each string that outlives it.
     std::atomic<std::size_t> outliving{1};
@@ -22,48 +19,45 @@ struct StringBlock::Piece {
     }
 };
 
-StringBlock::Builder::Builder(std::size_t count) {
+StringBlock::Builder::Builder(std::size_t count) : capacity_(count) {
     constexpr std::size_t OrdinarySize = 64;
-    sizes_.reserve(count);
-    characters_ = used_ = sizeof(Piece) + count * sizeof(String);
-    capacity_ = used_ + count * OrdinarySize;
-    memory_ = static_cast<char*>(::operator new(capacity_));
+    if (count > Object::MaximalPlaceInBlock) throw std::length_error("StringBlock: too many texts");
+    allocate(count * OrdinarySize);
 }
 
 StringBlock::Builder::~Builder() {
-    ::operator delete(memory_);
+    ::operator delete(piece_);
+}
+
+void StringBlock::Builder::allocate(std::size_t bytesOfCharacters) {
+    static_assert(sizeof(Piece) % alignof(String) == 0);
+    void* const memory = ::operator new(sizeof(Piece) + capacity_ * sizeof(String) + bytesOfCharacters);
+    piece_ = new (memory) Piece;
+    strings_ = reinterpret_cast<String*>(piece_ + 1);
+    next_ = characters_ = reinterpret_cast<char*>(strings_ + capacity_);
+    end_ = characters_ + bytesOfCharacters;
 }
 
 void StringBlock::Builder::grow(std::size_t bytes) {
-    const std::size_t capacity = std::max(2 * capacity_, used_ + bytes);
-    auto* memory = static_cast<char*>(::operator new(capacity));
-    std::memcpy(memory + characters_, memory_ + characters_, used_ - characters_);
-    ::operator delete(memory_);
-    memory_ = memory;
-    capacity_ = capacity;
-}
-
-void StringBlock::Builder::append(std::size_t size) {
-    assert(size + sizeof(Piece*) <= capacity_ - used_);
-    if (size > std::numeric_limits<std::uint32_t>::max()) throw std::length_error("String: text over 4 GiB");
-    used_ += sizeof(Piece*) + size;
-    sizes_.push_back(static_cast<std::uint32_t>(size));
-}
-
-StringBlock::StringBlock(Builder&& builder) : count_(builder.sizes_.size()) {
-    static_assert(sizeof(Piece) % alignof(String) == 0);
-    assert(sizeof(Piece) + count_ * sizeof(String) <= builder.characters_);
-    char* memory = std::exchange(builder.memory_, nullptr);
-    piece_ = new (memory) Piece;
-    strings_ = reinterpret_cast<String*>(memory + sizeof(Piece));
-    char* text = memory + builder.characters_;
-    for (std::size_t index = 0; index < count_; ++index) {
-        std::memcpy(text, &piece_, sizeof piece_);
-        text += sizeof piece_;
-        new (strings_ + index) String(String::Counted{}, text, builder.sizes_[index]);
-        text += builder.sizes_[index];
+    const auto used = static_cast<std::size_t>(next_ - characters_);
+    Piece* const former = piece_;
+    const String* const formerStrings = strings_;
+    const char* const formerCharacters = characters_;
+    allocate(std::max(2 * static_cast<std::size_t>(end_ - characters_), used + bytes));
+    std::memcpy(characters_, formerCharacters, used);
+    for (const std::size_t count = std::exchange(count_, 0); count_ < count;) {
+        make(next_, formerStrings[count_].size_);
+        next_ += formerStrings[count_ - 1].size_;
     }
+    ::operator delete(former);
 }
+
+void StringBlock::Builder::refuseSize() {
+    throw std::length_error("String: text over 4 GiB");
+}
+
+StringBlock::StringBlock(Builder&& builder) noexcept
+    : piece_(std::exchange(builder.piece_, nullptr)), strings_(builder.strings_), count_(builder.count_) {}
 
 StringBlock::~StringBlock() {
     // All count as outliving at first; those that end here are taken off in one go.
@@ -81,8 +75,8 @@ StringBlock::~StringBlock() {
 }
 
 void StringBlock::endString(const String& string) noexcept {
-    Piece* piece = nullptr;
-    std::memcpy(&piece, string.view().data() - sizeof piece, sizeof piece);
+    const String* const first = &string - (string.placeInBlock() - 1);
+    auto* const piece = reinterpret_cast<Piece*>(const_cast<String*>(first)) - 1;
     string.~String();
     Piece::release(piece, 1);
 }

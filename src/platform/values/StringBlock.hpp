@@ -17,9 +17,11 @@
 
 #include "platform/values/String.hpp"
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <limits>
+#include <new>
 
 namespace estatebook::platform {
 
@@ -35,27 +37,43 @@ public:
         Builder(const Builder&) = delete;
         Builder& operator=(const Builder&) = delete;
         ~Builder();
-        /// Where the next text is to be written: at least that many bytes, valid until the next call.
+        /// Where the next text is to be written: at least that many bytes, valid until the next call. The characters of the
+        /// texts before stand right before it.
         [[nodiscard]] char* room(std::size_t bytes) {
-            if (capacity_ - used_ < bytes + sizeof(Piece*)) [[unlikely]]
-                grow(bytes + sizeof(Piece*));
-            return memory_ + used_ + sizeof(Piece*);
+            if (static_cast<std::size_t>(end_ - next_) < bytes) [[unlikely]]
+                grow(bytes);
+            return next_;
         }
         /// Ends the text, which is the first `size` bytes of the room. REQUIRES: at most the bytes asked for.
-        void append(std::size_t size);
+        void append(std::size_t size) {
+            assert(count_ < capacity_ && size <= static_cast<std::size_t>(end_ - next_));
+            if (size > std::numeric_limits<std::uint32_t>::max()) [[unlikely]]
+                refuseSize();
+            make(next_, static_cast<std::uint32_t>(size));
+            next_ += size;
+        }
 
     private:
         friend class StringBlock;
+        [[noreturn]] static void refuseSize();
+        void allocate(std::size_t bytesOfCharacters);
         void grow(std::size_t bytes);
+        void make(const char* text, std::uint32_t size) noexcept {
+            auto* const string = new (strings_ + count_) String(String::Counted{}, text, size);
+            string->standInBlock(static_cast<std::uint32_t>(++count_));
+        }
 
-        char* memory_ = nullptr;
-        std::size_t capacity_ = 0;
-        std::size_t used_ = 0;
-        std::size_t characters_ = 0; // where those of the first text are
-        std::vector<std::uint32_t> sizes_;
+        Piece* piece_ = nullptr;
+        String* strings_ = nullptr;
+        std::size_t count_ = 0;
+        std::size_t capacity_;
+        // The characters: all there is room for, and where those of the next text go.
+        char* characters_ = nullptr;
+        char* next_ = nullptr;
+        char* end_ = nullptr;
     };
 
-    explicit StringBlock(Builder&& builder);
+    explicit StringBlock(Builder&& builder) noexcept;
     StringBlock(const StringBlock&) = delete;
     StringBlock& operator=(const StringBlock&) = delete;
     ~StringBlock();
@@ -71,9 +89,9 @@ private:
     /// A string of a block has ended.
     static void endString(const String& string) noexcept;
 
-    Piece* piece_ = nullptr;
-    String* strings_ = nullptr;
-    std::size_t count_ = 0;
+    Piece* piece_;
+    String* strings_;
+    std::size_t count_;
 };
 
 } // namespace estatebook::platform
