@@ -26,8 +26,6 @@ constinit const ClassDescription TKTenureTransaction::Class("TKTenureTransaction
                                                             properties, Dependencies, dependentsIn<closure>,
                                                             replacesAnnouncements<TKTenureTransaction>);
 
-TKTenureTransaction::~TKTenureTransaction() = default;
-
 Ref<String> TKTenureTransaction::name() const {
     const TKTenure* owner = tenure();
     const TKTenant* tenant = owner ? owner->tenant() : nullptr;

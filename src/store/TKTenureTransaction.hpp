@@ -32,7 +32,7 @@ public:
     void didChangeValueForKey(platform::Key key) override;
 
 protected:
-    ~TKTenureTransaction() override;
+    ~TKTenureTransaction() override = default;
 };
 
 } // namespace estatebook

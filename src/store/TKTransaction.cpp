@@ -20,8 +20,6 @@ constinit const ClassDescription TKTransaction::Class("TKTransaction", nullptr, 
                                                       dependentsIn<closure>,
                                                       replacesAnnouncements<TKTransaction>);
 
-TKTransaction::~TKTransaction() = default;
-
 bool TKTransaction::isAdjustment() const {
     const auto flag = adjustment();
     return flag && flag->boolValue();

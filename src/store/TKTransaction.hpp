@@ -66,7 +66,7 @@ public:
     void awakeFromFetch() override;
 
 protected:
-    ~TKTransaction() override;
+    ~TKTransaction() override = default;
 };
 
 } // namespace estatebook

@@ -26,16 +26,12 @@ std::vector<Key> stepsOf(std::string_view keyPath) {
 
 } // namespace
 
-ObservableObject::~ObservableObject() {
-    ObservationEngine::objectEnds(*this);
-}
-
 void ObservableObject::dispose() const noexcept {
     endObserving();
     Object::dispose();
 }
 
-void ObservableObject::endObserving() const noexcept {
+void ObservableObject::forgetObservers() const noexcept {
     ObservationEngine::objectEnds(const_cast<ObservableObject&>(*this));
 }
 

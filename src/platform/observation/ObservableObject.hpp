@@ -135,11 +135,13 @@ public:
 
 protected:
     constexpr explicit ObservableObject(Counting counting = Counting::Local) noexcept : Object(counting) {}
-    ~ObservableObject() override;
+    ~ObservableObject() override { endObserving(); }
     /// Observers learn that the object is gone before any part of it is.
     void dispose() const noexcept override;
     /// For classes that replace `dispose`: REQUIRES: called first in it.
-    void endObserving() const noexcept;
+    void endObserving() const noexcept {
+        if (observation_) forgetObservers();
+    }
 
     /// valueForUndefinedKey: raises UndefinedKeyException unless a class knows better.
     [[nodiscard]] virtual Value valueForUndefinedKey(Key key) const;
@@ -181,6 +183,7 @@ private:
     friend class ObservationEngine;
     enum class Announcing : std::uint8_t { Unknown, WhenObserved, Always };
     bool findAnnouncing() const noexcept;
+    void forgetObservers() const noexcept;
     void closeAfterFailure(Key key) noexcept;
 
     struct Observation* observation_ = nullptr;

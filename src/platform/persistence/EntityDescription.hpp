@@ -92,6 +92,10 @@ private:
 };
 
 inline ManagedObjectBirth ManagedObjectBirth::withoutContext(const EntityDescription& entity) noexcept {
+    return ManagedObjectBirth(entity.homeOutside(), true);
+}
+inline ManagedObjectBirth
+ManagedObjectBirth::withoutContextAndModel(const EntityDescription& entity) noexcept {
     return ManagedObjectBirth(entity.homeOutside());
 }
 

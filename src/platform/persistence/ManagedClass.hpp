@@ -84,12 +84,18 @@ struct ManagedObjectHome {
 class ManagedObjectBirth {
 public:
     [[nodiscard]] static ManagedObjectBirth withoutContext(const EntityDescription& entity) noexcept;
+    /// For an object whose maker keeps the model alive as long as the object is.
+    [[nodiscard]] static ManagedObjectBirth withoutContextAndModel(const EntityDescription& entity) noexcept;
     [[nodiscard]] const ManagedObjectHome& home() const noexcept { return home_; }
+    /// Whether nobody else keeps the entity's model for the object.
+    [[nodiscard]] bool holdsModel() const noexcept { return holdsModel_; }
 
 private:
     friend class ManagedObject;
-    explicit ManagedObjectBirth(const ManagedObjectHome& home) noexcept : home_(home) {}
+    explicit ManagedObjectBirth(const ManagedObjectHome& home, bool holdsModel = false) noexcept
+        : home_(home), holdsModel_(holdsModel) {}
     const ManagedObjectHome& home_;
+    bool holdsModel_;
 };
 
 struct ManagedClass {

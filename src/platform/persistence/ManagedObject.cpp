@@ -31,24 +31,24 @@ std::vector<OpenLink>& openLinks() noexcept {
 
 } // namespace
 
-ManagedObject::ManagedObject(const ManagedObjectBirth& birth) noexcept : home_(&birth.home()) {
-    if (!managedObjectContext()) goOutside();
-}
-
-ManagedObject::~ManagedObject() {
-    if (has(HoldsModel)) entity().model().release();
-}
-
-void ManagedObject::goOutside() noexcept {
-    home_ = &entity().homeOutside();
+void ManagedObject::holdModel() noexcept {
     entity().model().retain();
     set(HoldsModel);
 }
 
-void ManagedObject::comeHome(const ManagedObjectHome& home) noexcept {
+void ManagedObject::dropModel() noexcept {
     clear(HoldsModel);
+    entity().model().release();
+}
+
+void ManagedObject::goOutside() noexcept {
+    home_ = &entity().homeOutside();
+    holdModel();
+}
+
+void ManagedObject::comeHome(const ManagedObjectHome& home) noexcept {
     home_ = &home;
-    entity().model().release(); // the context holds it, too
+    dropModel(); // the context holds it, too
 }
 
 void ManagedObject::dispose() const noexcept {
@@ -68,8 +68,8 @@ ManagedObject::initWithEntityInsertIntoManagedObjectContext(const EntityDescript
     if (entity.isAbstract() || !managedClass.make)
         throw InternalInconsistencyException("the entity \"" + std::string(entity.name()) +
                                              "\" is abstract: it has no objects of its own");
-    Ref<ManagedObject> object(
-        managedClass.make(ManagedObjectBirth(context ? context->homeOf(entity) : entity.homeOutside())));
+    Ref<ManagedObject> object(managedClass.make(context ? ManagedObjectBirth(context->homeOf(entity))
+                                                        : ManagedObjectBirth::withoutContext(entity)));
     if (context) context->insert(*object);
     return object;
 }

@@ -111,12 +111,18 @@ public:
     }
 
 protected:
-    explicit ManagedObject(const ManagedObjectBirth& birth) noexcept;
-    ~ManagedObject() override;
+    explicit ManagedObject(const ManagedObjectBirth& birth) noexcept : home_(&birth.home()) {
+        if (birth.holdsModel()) holdModel();
+    }
+    ~ManagedObject() override {
+        if (has(HoldsModel)) dropModel();
+    }
     void dispose() const noexcept override;
     /// For classes that replace `dispose`: REQUIRES: called first in it.
     void endManaging() const noexcept;
 
+    /// Whether any other object must learn when this one ends.
+    [[nodiscard]] bool isLinked() const noexcept { return has(LinkedOneWay); }
     virtual void visitModelledProperties(ModelledPropertyVisitor, void*) const {}
     /// Forgets every attribute.
     virtual void dropValues() noexcept {}
@@ -158,15 +164,19 @@ private:
         InBatch = 1024,
         /// Inserted by the system for its own sake: it stays after a rollback.
         MadeBySystem = 2048,
+        /// A to-one property of another object was led here primitively, without its inverse.
+        LinkedOneWay = 4096,
     };
     [[nodiscard]] bool has(State state) const noexcept { return (state_ & state) != 0; }
     void set(State state) noexcept { state_ = static_cast<std::uint16_t>(state_ | state); }
     void clear(State state) noexcept { state_ = static_cast<std::uint16_t>(state_ & ~state); }
 
     void fireFault() const;
-    /// From now on it belongs to no context, or to another one.
+    /// From now on it belongs to no context, or to one.
     void goOutside() noexcept;
     void comeHome(const ManagedObjectHome& home) noexcept;
+    void holdModel() noexcept;
+    void dropModel() noexcept;
     [[nodiscard]] const ModelledProperty& requireModelled(Key key) const;
     [[nodiscard]] Value relationshipValue(const ModelledProperty& property) const;
 

@@ -97,7 +97,9 @@ void RelationshipUpkeep::storeOneWay(ManagedObject& object, const ModelledProper
     if (target == toOne.toOne(object).target) return;
     letGo(object, toOne);
     toOne.toOne(object) = {target};
-    if (target) oneWays().push_back({&object, &toOne});
+    if (!target) return;
+    oneWays().push_back({&object, &toOne});
+    target->set(ManagedObject::LinkedOneWay);
 }
 
 std::size_t RelationshipUpkeep::find(ManagedObject& owner, const ModelledProperty& toMany,

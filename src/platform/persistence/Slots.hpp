@@ -47,6 +47,8 @@ private:
 /// An optional date in 8 bytes: one of the many bit patterns that are no number stands for absence.
 class DateSlot {
 public:
+    DateSlot() noexcept = default;
+    explicit DateSlot(const std::optional<Date>& value) noexcept { *this = value; }
     DateSlot& operator=(const std::optional<Date>& value) noexcept {
         bits_ = value ? std::bit_cast<std::uint64_t>(value->secondsSinceReferenceDate) : Absent;
         return *this;
@@ -103,6 +105,7 @@ public:
     ToManySlot& operator=(const ToManySlot&) = delete;
 
     [[nodiscard]] std::size_t count() const noexcept;
+    [[nodiscard]] bool isEmpty() const noexcept { return !members_ || count() == 0; }
     /// The members: in the order of their creation, or in the relationship's own where it is ordered. Valid until a
     /// member goes.
     [[nodiscard]] std::span<ManagedObject* const> members() const;
