@@ -53,31 +53,44 @@ private:
 
 } // namespace
 
-template <class List>
-TKStatement::TKStatement(const List& transactions, Ref<Dictionary> metadata)
+// References that may be written to are taken over by the lines, others copied.
+template <class Transaction>
+TKStatement::TKStatement(std::span<Transaction> transactions, Ref<Dictionary> metadata)
     : Adopts(platform::Counting::Shared), metadata_(std::move(metadata)) {
     ArrayOf<TKStatementItem>::Builder items(transactions.size());
     TagNameUnion tagNames;
     Decimal balance;
-    for (const auto& transaction : transactions) {
-        if (const std::optional<Decimal> amount = transaction->amount()) balance += *amount;
-        items.emplace(transaction, balance);
-        tagNames.add(*transaction);
+    for (Transaction& transaction : transactions) {
+        const TKLedgerTransaction& movement = *transaction;
+        if (const std::optional<Decimal> amount = movement.amount()) balance += *amount;
+        items.emplace(std::move(transaction), balance);
+        tagNames.add(movement);
     }
     items_ = std::move(items).finish();
     tagNames_ = std::move(tagNames).finish();
 }
 
 // What a range leaves out is sorted out first, so that the block of lines has just the room it needs.
-Ref<TKStatement> TKStatement::initWithTransactionsMetadata(Transactions transactions,
-                                                           const Ref<Dictionary>& metadata) {
+template <class Transaction>
+Ref<TKStatement> TKStatement::make(std::span<Transaction> transactions, const Ref<Dictionary>& metadata) {
     const DateRange range(metadata);
     if (range.isOpen()) return Ref<TKStatement>(new TKStatement(transactions, metadata));
     std::vector<TKLedgerTransaction*> kept;
     kept.reserve(transactions.size());
     for (const Ref<TKLedgerTransaction>& transaction : transactions)
         if (range.contains(transaction->when())) kept.push_back(transaction.get());
-    return Ref<TKStatement>(new TKStatement(kept, metadata));
+    return Ref<TKStatement>(new TKStatement(std::span(kept), metadata));
+}
+
+Ref<TKStatement> TKStatement::initWithTransactionsMetadata(Transactions transactions,
+                                                           const Ref<Dictionary>& metadata) {
+    return make(transactions, metadata);
+}
+
+Ref<TKStatement>
+TKStatement::initWithTransactionsMetadata(std::vector<Ref<TKLedgerTransaction>>&& transactions,
+                                          const Ref<Dictionary>& metadata) {
+    return make(std::span(transactions), metadata);
 }
 
 std::optional<Decimal> TKStatement::amount() const {

@@ -60,6 +60,10 @@ public:
     [[nodiscard]] static platform::Ref<TKStatement>
     initWithTransactionsMetadata(Transactions transactions,
                                  const platform::Ref<platform::Dictionary>& metadata = nullptr);
+    /// The same for a list that is not needed any more: its references become the lines'.
+    [[nodiscard]] static platform::Ref<TKStatement>
+    initWithTransactionsMetadata(std::vector<platform::Ref<TKLedgerTransaction>>&& transactions,
+                                 const platform::Ref<platform::Dictionary>& metadata = nullptr);
 
     /// The same over a list of objects of a class that adopts TKLedgerTransaction.
     template <std::derived_from<TKLedgerTransaction> T>
@@ -69,7 +73,7 @@ public:
         std::vector<platform::Ref<TKLedgerTransaction>> lines;
         lines.reserve(transactions->count());
         for (T& transaction : *transactions) lines.emplace_back(&transaction);
-        return initWithTransactionsMetadata(lines, metadata);
+        return initWithTransactionsMetadata(std::move(lines), metadata);
     }
 
     /// The lines, in the order of the transactions.
@@ -119,8 +123,11 @@ private:
     template <class>
     friend class platform::ObjectBlock;
 
-    template <class List>
-    TKStatement(const List& transactions, platform::Ref<platform::Dictionary> metadata);
+    template <class Transaction>
+    TKStatement(std::span<Transaction> transactions, platform::Ref<platform::Dictionary> metadata);
+    template <class Transaction>
+    static platform::Ref<TKStatement> make(std::span<Transaction> transactions,
+                                           const platform::Ref<platform::Dictionary>& metadata);
     ~TKStatement() override = default;
 
     platform::Ref<platform::ArrayOf<TKStatementItem>> items_;
