@@ -3,7 +3,7 @@
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "statement/TKStatement.hpp"
 #include "store/OwnedObjects.hpp"
-#include "tenure/GeneratedLine.hpp"
+#include "tenure/GeneratedLines.hpp"
 #include "tenure/TKTenure.hpp"
 
 #include <algorithm>
@@ -20,52 +20,55 @@ namespace {
 
 constinit Constant<String> bondText{std::string_view("Bond Debit")};
 
-/// The lines of a statement in the making, each with the instant it sorts by. Lines without a date, or with one that is no
-/// number, stand first.
+/// Before every other; lines without a date, or with one that is no number, stand first.
+double instantOf(const std::optional<Date>& when) noexcept {
+    constexpr double First = -HUGE_VAL;
+    return when && !std::isnan(when->secondsSinceReferenceDate) ? when->secondsSinceReferenceDate : First;
+}
+
+/// The lines of a statement in the making.
 class DatedLines {
 public:
-    explicit DatedLines(std::size_t capacity) {
-        lines_.reserve(capacity);
-        instants_.reserve(capacity);
-    }
-    void add(TKLedgerTransaction& line, const std::optional<Date>& when) {
-        constexpr double First = -HUGE_VAL;
-        const double instant =
-            when && !std::isnan(when->secondsSinceReferenceDate) ? when->secondsSinceReferenceDate : First;
-        isSorted_ = isSorted_ && (instants_.empty() || instants_.back() <= instant);
-        instants_.push_back(instant);
-        lines_.emplace_back(&line);
+    explicit DatedLines(std::size_t capacity) { lines_.reserve(capacity); }
+    /// `when` is the line's own.
+    void add(Ref<TKLedgerTransaction> line, std::optional<Date> when) {
+        const double instant = instantOf(when);
+        isSorted_ = isSorted_ && last_ <= instant;
+        last_ = instant;
+        lines_.push_back(std::move(line));
     }
     /// By instant; those of one instant as they were added.
     [[nodiscard]] std::vector<Ref<TKLedgerTransaction>> sorted() && {
-        if (isSorted_) return std::move(lines_);
-        std::vector<std::size_t> places(lines_.size());
-        std::iota(places.begin(), places.end(), std::size_t{0});
-        std::ranges::stable_sort(places, {}, [&](std::size_t place) { return instants_[place]; });
-        std::vector<Ref<TKLedgerTransaction>> sorted;
-        sorted.reserve(lines_.size());
-        for (const std::size_t place : places) sorted.push_back(std::move(lines_[place]));
-        return sorted;
+        if (!isSorted_) sort();
+        return std::move(lines_);
     }
 
 private:
+    void sort() {
+        std::vector<double> instants;
+        instants.reserve(lines_.size());
+        for (const auto& line : lines_) instants.push_back(instantOf(line->when()));
+        std::vector<std::size_t> places(lines_.size());
+        std::iota(places.begin(), places.end(), std::size_t{0});
+        std::ranges::stable_sort(places, {}, [&](std::size_t place) { return instants[place]; });
+        std::vector<Ref<TKLedgerTransaction>> sorted;
+        sorted.reserve(lines_.size());
+        for (const std::size_t place : places) sorted.push_back(std::move(lines_[place]));
+        lines_ = std::move(sorted);
+    }
+
     std::vector<Ref<TKLedgerTransaction>> lines_;
-    std::vector<double> instants_;
+    double last_ = -HUGE_VAL;
     bool isSorted_ = true;
 };
 
 /// The schedule as its periods; what else somebody may have stored there is passed over.
-std::vector<const TKPeriod*> periodsOf(const Array* array) {
-    std::vector<const TKPeriod*> periods;
-    if (!array) return periods;
-    periods.reserve(array->count());
-    if (const auto* row = dynamic_cast<const ArrayOf<TKPeriod>*>(array)) {
-        for (const TKPeriod& period : *row) periods.push_back(&period);
-    } else {
-        for (std::size_t index = 0; index < array->count(); ++index)
-            if (const auto period = array->at(index).as<TKPeriod>()) periods.push_back(period.get());
-    }
-    return periods;
+Ref<ArrayOf<TKPeriod>> rowOf(const Ref<Array>& schedule) {
+    if (auto row = refCast<ArrayOf<TKPeriod>>(schedule)) return row;
+    std::vector<Ref<TKPeriod>> periods;
+    for (std::size_t index = 0; schedule && index < schedule->count(); ++index)
+        if (auto period = schedule->at(index).as<TKPeriod>()) periods.push_back(std::move(period));
+    return ArrayOf<TKPeriod>::of(std::move(periods));
 }
 
 } // namespace
@@ -84,38 +87,30 @@ Ref<TKStatement> TKTenure::statement() const {
     UndoManager* undo = managedObjectContext() ? managedObjectContext()->undoManager().get() : nullptr;
     if (undo) undo->disableUndoRegistration();
 
-    const auto birth = ManagedObjectBirth::withoutContext(*entity().model().entityNamed("TenureTransaction"));
-
     const auto recorded = transactions();
-    const Ref<Array> schedule = periods();
-    std::vector<const TKPeriod*> rows = periodsOf(schedule.get());
-    DatedLines lines(recorded.count() + rows.size() + 1);
-    for (TKTransaction& transaction : recorded) lines.add(transaction, transaction.when());
+    const auto rows = rowOf(periods());
+    DatedLines lines(recorded.count() + rows->count() + 1);
+    for (TKTransaction& transaction : recorded)
+        lines.add(Ref<TKLedgerTransaction>(&transaction), transaction.when());
 
-    const auto texts = makeRef<RentTexts>(rows.size());
-    ObjectBlock<GeneratedLine> generated(rows.size() + 1);
+    const auto generated =
+        GeneratedLines::make(*entity().model().entityNamed("TenureTransaction"), rows->count() + 1);
     if (const auto bond = bondAmount(); bond && *bond > Decimal::zero())
-        lines.add(generated.emplace(birth, decimalNumberByNegating(*bond), startDate(),
-                                    Ref<String>(bondText.get())),
+        lines.add(generated->add(decimalNumberByNegating(*bond), startDate(), Ref<String>(bondText.get())),
                   startDate());
 
     const Decimal share = fractionalPart(chargablePeriods());
-    const TKPeriod* partial = nullptr;
-    if (share != Decimal::zero() && !rows.empty()) {
-        partial = rows.back();
-        rows.pop_back();
-    }
+    const bool endsInPart = share != Decimal::zero() && !rows->empty();
     std::optional<Decimal> rent = rentalAmount();
     if (rent) rent = decimalNumberByNegating(*rent);
-    const auto addRent = [&](const TKPeriod& period, const std::optional<Decimal>& amount,
-                             RentTexts::Opening opening) {
-        const std::uint32_t place = texts->add(opening, period.startDate(), period.endDate());
-        lines.add(generated.emplace(birth, amount, period.billingDate(), texts, place), period.billingDate());
-    };
-    for (const TKPeriod* period : rows) addRent(*period, rent, RentTexts::Opening::Rent);
-    if (partial) {
-        const auto part = rent ? std::optional(rent->decimalNumberByMultiplyingBy(share)) : std::nullopt;
-        addRent(*partial, part, RentTexts::Opening::PartialRent);
+    std::optional<Decimal> partialRent;
+    if (rent && endsInPart) partialRent = rent->decimalNumberByMultiplyingBy(share);
+    for (std::size_t index = 0; index < rows->count(); ++index) {
+        const TKPeriod& period = (*rows)[index];
+        const bool isPart = endsInPart && index + 1 == rows->count();
+        lines.add(generated->addRent(isPart ? RentTexts::Opening::PartialRent : RentTexts::Opening::Rent,
+                                     period, isPart ? partialRent : rent),
+                  period.billingDate());
     }
 
     if (undo) undo->enableUndoRegistration();

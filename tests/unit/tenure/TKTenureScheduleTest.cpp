@@ -7,6 +7,7 @@
 #include "platform/values/Exception.hpp"
 #include "statement/TKStatement.hpp"
 #include "support/Book.hpp"
+#include "tags/TKTag.hpp"
 
 #include <gtest/gtest.h>
 
@@ -468,6 +469,60 @@ TEST_F(TKTenureScheduleTest, ALineOutlivesItsStatementAndItsBook) {
         line = (*other->statement()->items())[0].transaction();
     }
     EXPECT_EQ(shown(*line), "2025-02-01 -1000 Rent (Jan 1, 2025 \u2192 Feb 1, 2025)");
+}
+
+TEST_F(TKTenureScheduleTest, EachLineOutlivesTheOthers) {
+    tenure->setBondAmount(Decimal(500));
+    tenure->setCurrentDate(onDay(2025, 4, 1));
+    for (std::size_t kept = 0; kept < 4; ++kept) {
+        Ref<TKLedgerTransaction> line;
+        std::string before;
+        {
+            const auto statement = rebuilt();
+            ASSERT_EQ(statement->items()->count(), 4u);
+            line = (*statement->items())[kept].transaction();
+            before = shown(*line);
+        }
+        EXPECT_EQ(shown(*line), before);
+    }
+}
+
+TEST_F(TKTenureScheduleTest, ALineCanBeEditedAndObservedLikeAnyTransaction) {
+    const auto statement = rebuilt();
+    const auto line = refCast<TKTenureTransaction>((*statement->items())[0].transaction());
+    const auto listener = makeRef<bookkit::Listener>();
+    listener->listenTo(*line, "details");
+    line->setWhat(text("Rent, forgiven"));
+    line->setAmount(Decimal(0));
+    line->setAdjustment(Number(true));
+    line->setReceipt(text("17"));
+    EXPECT_EQ(listener->times("details"), 1u);
+    EXPECT_EQ(shown(*line), "2025-02-01 0 Rent, forgiven");
+    line->setWhat(nullptr);
+    EXPECT_EQ(shown(*line), "2025-02-01 0 Rent (Jan 1, 2025 \u2192 Feb 1, 2025)");
+}
+
+TEST_F(TKTenureScheduleTest, NothingLeadsToALineThatIsGone) {
+    const auto& model = tenure->entity().model();
+    const auto loose = [&](const char* entity) {
+        return ManagedObject::initWithEntityInsertIntoManagedObjectContext(*model.entityNamed(entity),
+                                                                           nullptr);
+    };
+    const auto owner = refCast<TKTenure>(loose("Tenure"));
+    const auto tag = refCast<TKTag>(loose("TransactionTag"));
+    const auto primitive = refCast<TKTag>(loose("TransactionTag"));
+    auto statement = rebuilt();
+    auto line = refCast<TKTenureTransaction>((*statement->items())[0].transaction());
+    line->setTenure(owner.get());
+    tag->setValueForKey(Value(line), keys::owner);
+    primitive->setPrimitiveValueForKey(Value(line), keys::owner);
+    EXPECT_EQ(owner->transactions().count(), 1u);
+    EXPECT_EQ(line->tags().count(), 1u);
+    line = nullptr;
+    statement = nullptr;
+    EXPECT_TRUE(owner->transactions().empty());
+    EXPECT_TRUE(tag->valueForKey(keys::owner).isAbsent());
+    EXPECT_TRUE(primitive->valueForKey(keys::owner).isAbsent());
 }
 
 // Three statements checked by hand.
