@@ -50,7 +50,10 @@ FOREIGN = {
     "syslog.h": ["src/platform/system"],
     "fcntl.h": ["programs"],
     "locale.h": ["programs"],
+    "signal.h": ["programs"],
+    "sys/inotify.h": ["programs"],
     "sys/ioctl.h": ["programs"],
+    "sys/signalfd.h": ["programs"],
     "unistd.h": ["programs", "src/platform/system"],
 }
 

@@ -89,6 +89,11 @@ public:
         CLI::App* values = add("values", "Print every derived value as a JSON document",
                                [this] { printValues(values_, std::cout); });
         addBook(*values, values_);
+
+        CLI::App* watch = add("watch", "Print the arrears again whenever the book or the day changes",
+                              [this] { watchArrears(watch_, std::cout); });
+        watch->add_option("BOOK", watch_.file, "The book document")->required()->option_text(" ");
+        addDay(*watch, watch_);
     }
 
     void parse(int argumentCount, const char* const* arguments) { app_.parse(argumentCount, arguments); }
@@ -123,6 +128,10 @@ private:
         command.add_option("--book", options.file, "The book document; - is standard input")
             ->required()
             ->option_text("FILE");
+        addDay(command, options);
+    }
+
+    static void addDay(CLI::App& command, BookOptions& options) {
         command
             .add_option("--as-of", options.asOf,
                         "The day that counts as today, such as 2025-03-31, or an instant; else now")
@@ -157,6 +166,7 @@ private:
     ListOptions notes_;
     ScheduleOptions schedule_;
     BookOptions values_;
+    BookOptions watch_;
     std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;
 };
 

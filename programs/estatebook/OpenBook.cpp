@@ -30,9 +30,20 @@ namespace {
 
 constexpr std::size_t MaximalChoices = 20;
 
+/// Throws Failure when there is no document in it.
 document::BookReading readBook(const std::string& file) {
-    return file == "-" ? document::BookReader::readStream(stdin, "standard input")
-                       : document::BookReader::readFile(file);
+    auto reading = file == "-" ? document::BookReader::readStream(stdin, "standard input")
+                               : document::BookReader::readFile(file);
+    if (!reading)
+        throw Failure(reading.error->kind == document::BookError::Kind::Unreadable ? ExitCode::CannotRead
+                                                                                   : ExitCode::BadData,
+                      reading.error->text());
+    return reading;
+}
+
+platform::Calendar calendarOf(const document::BookDocument& document) {
+    return platform::Calendar(document.timeZone ? TimeZone::named(*document.timeZone)
+                                                : TimeZone::defaultTimeZone());
 }
 
 /// None for an empty text.
@@ -83,29 +94,37 @@ entryNamed(const std::string& file, const std::vector<BookObjects::Entry<T>>& en
 
 OpenBook OpenBook::open(const std::string& file, std::string_view asOf) {
     const document::BookReading reading = readBook(file);
-    if (!reading)
-        throw Failure(reading.error->kind == document::BookError::Kind::Unreadable ? ExitCode::CannotRead
-                                                                                   : ExitCode::BadData,
-                      reading.error->text());
-    const document::BookDocument& document = *reading.document;
-    const Ref<TimeZone> zone =
-        document.timeZone ? TimeZone::named(*document.timeZone) : TimeZone::defaultTimeZone();
-    OpenBook book{platform::Calendar(zone)};
-    book.file_ = forMessage(file == "-" ? "standard input" : file, 4096);
+    OpenBook book(file, calendarOf(*reading.document));
     if (const auto today = dateOf(asOf, book.calendar_)) platform::Clock::setNow([today] { return *today; });
     for (const document::BookWarning& warning : reading.warnings) std::cerr << warning.text() << '\n';
 
-    TimeZone::setDefaultTimeZone(zone);
+    TimeZone::setDefaultTimeZone(book.calendar_.timeZone());
     if (const auto error = TKManagedObjectModel::modelError())
         throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
                                                         forMessage(error->localizedDescription(), 400)));
-    book.context_ = TKManagedObjectModel::inMemoryManagedObjectContext();
-    book.context_->setUndoManager(nullptr); // nothing is edited that somebody could undo
-    book.objects_ = BookObjects::ofDocument(document, *book.context_);
-    book.currencyCode_ =
-        TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *book.context_)
-            .string();
+    book.fill(*reading.document);
     return book;
+}
+
+OpenBook OpenBook::readAgain() const {
+    const document::BookReading reading = readBook(path_);
+    OpenBook book(path_, calendarOf(*reading.document));
+    if (book.calendar_ != calendar_)
+        throw Failure(ExitCode::BadData, fmt::format("{}: its time zone is {} now; start again to follow it",
+                                                     file_, book.calendar_.timeZone()->name()));
+    book.fill(*reading.document);
+    return book;
+}
+
+OpenBook::OpenBook(const std::string& path, const platform::Calendar& calendar)
+    : path_(path), file_(forMessage(path == "-" ? "standard input" : path, 4096)), calendar_(calendar) {}
+
+void OpenBook::fill(const document::BookDocument& document) {
+    context_ = TKManagedObjectModel::inMemoryManagedObjectContext();
+    context_->setUndoManager(nullptr); // nothing is edited that somebody could undo
+    objects_ = BookObjects::ofDocument(document, *context_);
+    currencyCode_ =
+        TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *context_).string();
 }
 
 Date OpenBook::asOf() const {

@@ -33,7 +33,10 @@ public:
     /// process. `asOf` is a date as documents write it, at which the clock of the process stands still from then on; empty
     /// means now. Warnings go to standard error. Throws Failure.
     [[nodiscard]] static OpenBook open(const std::string& file, std::string_view asOf);
+    /// The same file as it is now, without its warnings. Throws Failure, also when the book has come into another zone.
+    [[nodiscard]] OpenBook readAgain() const;
 
+    /// The name of the file as messages show it.
     [[nodiscard]] const std::string& file() const noexcept { return file_; }
     /// The instant that counts as today.
     [[nodiscard]] platform::Date asOf() const;
@@ -71,8 +74,10 @@ public:
     [[nodiscard]] Failure unreckonable(const Letting& letting, ReckoningError error) const;
 
 private:
-    explicit OpenBook(const platform::Calendar& calendar) : calendar_(calendar) {}
+    OpenBook(const std::string& path, const platform::Calendar& calendar);
+    void fill(const document::BookDocument& document);
 
+    std::string path_;
     std::string file_;
     platform::Calendar calendar_;
     platform::Ref<platform::String> currencyCode_;

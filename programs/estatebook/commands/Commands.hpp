@@ -68,5 +68,7 @@ void printBonds(const BondOptions& options, std::ostream& out);
 void printNotes(const ListOptions& options, std::ostream& out);
 void printSchedule(const ScheduleOptions& options, std::ostream& out);
 void printValues(const BookOptions& options, std::ostream& out);
+/// Prints the arrears again and again, until a signal ends it.
+void watchArrears(const BookOptions& options, std::ostream& out);
 
 } // namespace estatebook
