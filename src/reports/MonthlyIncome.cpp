@@ -75,13 +75,13 @@ std::vector<MonthlyIncome> MonthlyIncome::ofLedgers(std::span<const Ref<TKProper
     Months months(calendar, day);
     for (const Ref<TKProperty>& property : properties)
         months.add(property->transactions(),
-                   [](MonthlyIncome& month, const TKTransaction&, const Decimal& amount) {
-                       (amount.isNegative() ? month.ownCosts : month.ownIncome) += amount;
+                   [](MonthlyIncome& row, const TKTransaction&, const Decimal& amount) {
+                       (amount.isNegative() ? row.ownCosts : row.ownIncome) += amount;
                    });
     for (const Ref<TKTenure>& tenure : tenures)
         months.add(tenure->transactions(),
-                   [](MonthlyIncome& month, const TKTransaction& transaction, const Decimal& amount) {
-                       (transaction.isAdjustment() ? month.adjustments : month.received) += amount;
+                   [](MonthlyIncome& row, const TKTransaction& transaction, const Decimal& amount) {
+                       (transaction.isAdjustment() ? row.adjustments : row.received) += amount;
                    });
     return std::move(months).rows();
 }
