@@ -30,7 +30,11 @@ struct ClassDescription::Index {
     std::array<const Property*, 128> byNumber{};
     std::unordered_map<Key, const Property*> others;
     bool hasAddedRows = false;
-    std::unordered_map<Key, std::vector<Key>> dependents;
+    struct Followers {
+        std::vector<Key> keys;
+        KeySet set;
+    };
+    std::unordered_map<Key, Followers> dependents;
     // An announcement may still be walking the stale one.
     const Index* stale = nullptr;
 };
@@ -67,15 +71,17 @@ const ClassDescription::Index& ClassDescription::index() const {
     if (made->hasAddedRows) {
         // Breadth first as at compile time, but a way back to the start simply ends.
         const auto follow = [&](Key start) {
-            std::vector<Key> found;
+            Index::Followers found;
             const auto visit = [&](Key cause) {
-                for (const DependencyRow& row : rows)
-                    if (row.isAffectedBy(cause) && row.dependent != start &&
-                        std::ranges::find(found, row.dependent) == found.end())
-                        found.push_back(row.dependent);
+                for (const DependencyRow& row : rows) {
+                    if (!row.isAffectedBy(cause) || row.dependent == start) continue;
+                    if (std::ranges::find(found.keys, row.dependent) != found.keys.end()) continue;
+                    found.keys.push_back(row.dependent);
+                    found.set.insert(row.dependent);
+                }
             };
             visit(start);
-            for (std::size_t next = 0; next < found.size(); ++next) visit(found[next]);
+            for (std::size_t next = 0; next < found.keys.size(); ++next) visit(found.keys[next]);
             return found;
         };
         for (const DependencyRow& row : rows)
@@ -94,12 +100,13 @@ const Property* ClassDescription::property(Key key) const {
     return found == table.others.end() ? nullptr : found->second;
 }
 
-std::span<const Key> ClassDescription::dependentsOf(Key key) const {
+DependentKeys ClassDescription::dependentKeys(Key key) const {
     if (additionsMade == 0) return dependents_(key);
     const Index& table = index();
     if (!table.hasAddedRows) return dependents_(key);
     const auto found = table.dependents.find(key);
-    return found == table.dependents.end() ? std::span<const Key>() : found->second;
+    if (found == table.dependents.end()) return {};
+    return {found->second.keys, found->second.set};
 }
 
 std::vector<std::string> ClassDescription::keyPathsForValuesAffecting(Key key) const {

@@ -38,7 +38,7 @@ struct Property {
 
 class ESTATEBOOK_API ClassDescription {
 public:
-    using Dependents = std::span<const Key> (*)(Key) noexcept;
+    using Dependents = DependentKeys (*)(Key) noexcept;
 
     /// `rows` holds the inherited rows, too; `dependents` answers from their closure.
     constexpr ClassDescription(std::string_view name, const ClassDescription* parent,
@@ -56,7 +56,9 @@ public:
     [[nodiscard]] const Property* property(Key key) const;
 
     /// The keys whose values depend on this key within the same object: nearest first, each once.
-    [[nodiscard]] std::span<const Key> dependentsOf(Key key) const;
+    [[nodiscard]] std::span<const Key> dependentsOf(Key key) const { return dependentKeys(key).keys; }
+    /// The same, also as a set.
+    [[nodiscard]] DependentKeys dependentKeys(Key key) const;
 
     /// The declared rows of the class and the classes above it, as written.
     [[nodiscard]] constexpr std::span<const DependencyRow> rows() const noexcept { return rows_; }
@@ -101,11 +103,11 @@ private:
 
 /// For a class whose closure is the constant C.
 template <const auto& C>
-std::span<const Key> dependentsIn(Key key) noexcept {
-    return C.dependentsOf(key);
+DependentKeys dependentsIn(Key key) noexcept {
+    return C.dependents(key);
 }
 /// For a class without dependency rows.
-inline std::span<const Key> noDependents(Key) noexcept {
+inline DependentKeys noDependents(Key) noexcept {
     return {};
 }
 

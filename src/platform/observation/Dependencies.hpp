@@ -70,6 +70,12 @@ constexpr std::size_t followDependencies(const DependencyRow* rows, std::size_t 
 
 } // namespace detail
 
+/// The keys that depend on a key: nearest first and each once, and as a set.
+struct DependentKeys {
+    std::span<const Key> keys;
+    KeySet set;
+};
+
 /// The closure of N rows: for each affecting key the keys that depend on it, directly or through others,
 /// nearest first and each once.
 template <std::size_t N>
@@ -77,15 +83,24 @@ struct Closure {
     struct Window {
         std::uint16_t first = 0;
         std::uint16_t count = 0;
+        std::uint16_t set = 0;
     };
     // Keys of the library have small numbers, so a window is found by number.
     std::array<Window, 128> windows{};
     std::array<Key, N * N * DependencyRow::MaximalAffecting + 1> flat{};
+    std::array<KeySet, N * DependencyRow::MaximalAffecting + 1> sets{}; // the first is empty
 
     [[nodiscard]] constexpr std::span<const Key> dependentsOf(Key key) const noexcept {
-        if (key.number() >= windows.size()) return {};
-        const Window window = windows[key.number()];
+        const Window window = windowOf(key);
         return {flat.data() + window.first, window.count};
+    }
+    [[nodiscard]] constexpr DependentKeys dependents(Key key) const noexcept {
+        return {dependentsOf(key), sets[windowOf(key).set]};
+    }
+
+private:
+    [[nodiscard]] constexpr Window windowOf(Key key) const noexcept {
+        return key.number() < windows.size() ? windows[key.number()] : Window();
     }
 };
 
@@ -93,6 +108,7 @@ template <std::size_t N>
 consteval Closure<N> closureOf(const std::array<DependencyRow, N>& rows) {
     Closure<N> closure;
     std::size_t used = 0;
+    std::uint16_t setsUsed = 0;
     for (const DependencyRow& row : rows) {
         for (const Key key : row.affecting()) {
             auto& window = closure.windows[key.number()];
@@ -101,7 +117,11 @@ consteval Closure<N> closureOf(const std::array<DependencyRow, N>& rows) {
             const std::size_t count = detail::followDependencies(rows.data(), N, key, found);
             window.first = static_cast<std::uint16_t>(used);
             window.count = static_cast<std::uint16_t>(count);
-            for (std::size_t index = 0; index < count; ++index) closure.flat[used++] = found[index];
+            window.set = ++setsUsed;
+            for (std::size_t index = 0; index < count; ++index) {
+                closure.flat[used++] = found[index];
+                closure.sets[window.set].insert(found[index]);
+            }
         }
     }
     return closure;

@@ -4,17 +4,60 @@
 #include "platform/observation/KeyVocabulary.hpp"
 #include "platform/values/Exception.hpp"
 
-#include <deque>
+#include <array>
+#include <atomic>
+#include <bit>
+#include <cstring>
 #include <limits>
+#include <memory>
 #include <mutex>
-#include <shared_mutex>
 #include <string>
-#include <unordered_map>
+#include <vector>
 
 namespace estatebook::platform {
 
 namespace {
 
+/// What tells one short name from all others: its length and two words that cover up to 16 characters. Of a longer name
+/// they are the beginning and the end.
+struct Print {
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    std::size_t size = 0;
+
+    static constexpr std::size_t Covered = 16;
+
+    explicit Print(std::string_view name) noexcept : size(name.size()) {
+        if (size >= 8) {
+            first = word<std::uint64_t>(name.data());
+            last = word<std::uint64_t>(name.data() + size - 8);
+        } else if (size >= 4) {
+            first = word<std::uint32_t>(name.data());
+            last = word<std::uint32_t>(name.data() + size - 4);
+        } else if (size > 0) {
+            first = static_cast<std::uint8_t>(name.front()) |
+                    std::uint64_t{static_cast<std::uint8_t>(name.back())} << 8;
+            last = static_cast<std::uint8_t>(name[size / 2]);
+        }
+    }
+    [[nodiscard]] std::size_t hash() const noexcept {
+        constexpr std::uint64_t Odd = 0x9E37'79B9'7F4A'7C15u;
+        return static_cast<std::size_t>(((first ^ std::rotl(last, 29) ^ size) * Odd) >> 32);
+    }
+
+    friend bool operator==(const Print&, const Print&) noexcept = default;
+
+private:
+    template <class Word>
+    static Word word(const char* characters) noexcept {
+        Word word;
+        std::memcpy(&word, characters, sizeof word);
+        return word;
+    }
+};
+
+/// A table of names that many threads read, without waiting, while one adds to it. What is outgrown is kept for those who are
+/// still reading it.
 class KeyTable {
 public:
     static KeyTable& shared() {
@@ -22,57 +65,116 @@ public:
         return *table;
     }
 
-    std::optional<Key> find(std::string_view name) const {
-        const std::shared_lock lock(mutex_);
-        const auto found = numbers_.find(name);
-        if (found == numbers_.end()) return std::nullopt;
-        return Key(found->second);
+    [[nodiscard]] std::uint16_t find(std::string_view name) const noexcept {
+        const Print print(name);
+        const Rows& rows = *rows_.load(std::memory_order_acquire);
+        for (std::size_t place = print.hash();; ++place) {
+            const Row& row = rows.at(place);
+            const std::uint16_t number = row.number.load(std::memory_order_acquire);
+            if (number == 0) return 0;
+            if (row.print == print && (name.size() <= Print::Covered || this->name(number) == name))
+                return number;
+        }
     }
 
-    Key add(std::string_view name) {
-        const std::unique_lock lock(mutex_);
-        const auto found = numbers_.find(name);
-        if (found != numbers_.end()) return Key(found->second);
-        const std::size_t number = libraryKeyCount + added_.size();
+    std::uint16_t add(std::string_view name) {
+        const std::lock_guard lock(mutex_);
+        if (const std::uint16_t known = find(name)) return known;
+        const std::size_t number = libraryKeyCount + added_;
         if (number > std::numeric_limits<std::uint16_t>::max())
             throw InvalidArgumentException("there are too many keys to name \"" + std::string(name) + "\"");
-        numbers_.emplace(added_.emplace_back(name), static_cast<std::uint16_t>(number));
-        return Key(static_cast<std::uint16_t>(number));
+        keepName(name);
+        enter(name, static_cast<std::uint16_t>(number));
+        return static_cast<std::uint16_t>(number);
     }
 
-    std::string_view name(std::uint16_t number) const noexcept {
+    [[nodiscard]] std::string_view name(std::uint16_t number) const noexcept {
         if (number < libraryKeyCount) return libraryKeyNames[number];
-        const std::shared_lock lock(mutex_);
         const std::size_t index = number - libraryKeyCount;
-        return index < added_.size() ? std::string_view(added_[index]) : std::string_view();
+        const std::string* chunk = chunks_[index / ChunkSize].load(std::memory_order_acquire);
+        return chunk ? std::string_view(chunk[index % ChunkSize]) : std::string_view();
     }
 
 private:
+    struct Row {
+        Print print{{}};
+        std::atomic<std::uint16_t> number{0}; // written last; 0 while the row is free
+    };
+    struct Rows {
+        explicit Rows(std::size_t count) : rows(count) {}
+        [[nodiscard]] const Row& at(std::size_t place) const noexcept {
+            return rows[place & (rows.size() - 1)];
+        }
+        std::vector<Row> rows; // a power of two of them, half of them free at the least
+        std::size_t used = 0;
+    };
+
     KeyTable() {
+        grow(std::bit_ceil(4 * libraryKeyCount));
         for (std::size_t number = 1; number < libraryKeyCount; ++number)
-            numbers_.emplace(libraryKeyNames[number], static_cast<std::uint16_t>(number));
+            enter(libraryKeyNames[number], static_cast<std::uint16_t>(number));
     }
 
-    mutable std::shared_mutex mutex_;
-    std::unordered_map<std::string_view, std::uint16_t> numbers_;
-    std::deque<std::string> added_; // a deque never moves what it holds, so the names stay valid
+    void enter(std::string_view name, std::uint16_t number) {
+        Rows* rows = all_.back().get();
+        if (2 * (rows->used + 1) > rows->rows.size()) rows = &grow(2 * rows->rows.size());
+        put(*rows, Print(name), number);
+    }
+
+    static void put(Rows& rows, const Print& print, std::uint16_t number) {
+        std::size_t place = print.hash() & (rows.rows.size() - 1);
+        while (rows.rows[place].number.load(std::memory_order_relaxed) != 0)
+            place = (place + 1) & (rows.rows.size() - 1);
+        rows.rows[place].print = print;
+        rows.rows[place].number.store(number, std::memory_order_release);
+        ++rows.used;
+    }
+
+    Rows& grow(std::size_t count) {
+        auto grown = std::make_unique<Rows>(count);
+        if (!all_.empty())
+            for (const Row& row : all_.back()->rows)
+                if (const std::uint16_t number = row.number.load(std::memory_order_relaxed))
+                    put(*grown, row.print, number);
+        rows_.store(grown.get(), std::memory_order_release);
+        return *all_.emplace_back(std::move(grown));
+    }
+
+    void keepName(std::string_view name) {
+        std::atomic<std::string*>& chunk = chunks_[added_ / ChunkSize];
+        std::string* names = chunk.load(std::memory_order_relaxed);
+        if (!names) names = new std::string[ChunkSize];
+        names[added_++ % ChunkSize] = name;
+        chunk.store(names, std::memory_order_release);
+    }
+
+    static constexpr std::size_t ChunkSize = 256;
+
+    std::mutex mutex_;
+    std::atomic<const Rows*> rows_{nullptr};
+    std::vector<std::unique_ptr<Rows>> all_;
+    std::array<std::atomic<std::string*>, 256> chunks_{};
+    std::size_t added_ = 0;
 };
 
 } // namespace
 
 Key Key::named(std::string_view name) {
-    if (const auto known = find(name)) return *known;
+    KeyTable& table = KeyTable::shared();
+    if (const std::uint16_t known = table.find(name)) return Key(known);
     if (name.empty() || name.find('.') != std::string_view::npos)
         throw InvalidArgumentException("\"" + std::string(name) +
                                        "\" is no key: it is empty or holds a point");
-    return KeyTable::shared().add(name);
+    return Key(table.add(name));
 }
 
 std::optional<Key> Key::find(std::string_view name) {
-    return KeyTable::shared().find(name);
+    const std::uint16_t known = KeyTable::shared().find(name);
+    return known ? std::optional(Key(known)) : std::nullopt;
 }
 
 std::string_view Key::name() const noexcept {
+    if (number_ < libraryKeyCount) return libraryKeyNames[number_];
     return KeyTable::shared().name(number_);
 }
 

@@ -14,6 +14,8 @@
 
 #include "EstateBook_ModelExport.hpp"
 
+#include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -55,6 +57,26 @@ public:
         return (words_[word(key)] & bit(key)) != 0;
     }
     [[nodiscard]] constexpr bool empty() const noexcept { return (words_[0] | words_[1]) == 0; }
+    [[nodiscard]] constexpr KeySet operator&(const KeySet& other) const noexcept {
+        KeySet common;
+        common.words_[0] = words_[0] & other.words_[0];
+        common.words_[1] = words_[1] & other.words_[1];
+        return common;
+    }
+    /// The one key of the set; no key when there is none, more than one, or one without a bit of its own.
+    [[nodiscard]] constexpr Key only() const noexcept {
+        if (std::popcount(words_[0]) + std::popcount(words_[1]) != 1) return {};
+        const auto number = static_cast<std::uint16_t>(words_[0] != 0 ? std::countr_zero(words_[0])
+                                                                      : 64 + std::countr_zero(words_[1]));
+        return number == Shared ? Key() : Key(number);
+    }
+    /// How many keys with smaller numbers are in the set; of a key without a bit of its own, all that have one.
+    [[nodiscard]] constexpr std::size_t countBelow(Key key) const noexcept {
+        const std::uint64_t below = bit(key) - 1;
+        const auto count = word(key) == 0 ? std::popcount(words_[0] & below)
+                                          : std::popcount(words_[0]) + std::popcount(words_[1] & below);
+        return static_cast<std::size_t>(count);
+    }
     /// Whether the key has a bit of its own.
     [[nodiscard]] static constexpr bool isExact(Key key) noexcept { return key.number() < Shared; }
 

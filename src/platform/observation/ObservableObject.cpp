@@ -2,7 +2,7 @@
 #include "platform/observation/ObservableObject.hpp"
 
 #include "platform/observation/KeyPath.hpp"
-#include "platform/observation/Observation.hpp"
+#include "platform/observation/ObservationEngine.hpp"
 #include "platform/values/Exception.hpp"
 #include "platform/values/Set.hpp"
 
@@ -42,6 +42,14 @@ const ClassDescription& ObservableObject::classDescription() const noexcept {
 bool ObservableObject::findAnnouncing() const noexcept {
     announcing_ = classDescription().replacesAnnouncements() ? Announcing::Always : Announcing::WhenObserved;
     return announcing_ == Announcing::Always;
+}
+
+void ObservableObject::observationBegins() noexcept {
+    if (!mustAnnounce()) announcing_ = Announcing::Observed;
+}
+
+void ObservableObject::observationEnds() noexcept {
+    if (announcing_ == Announcing::Observed) announcing_ = Announcing::WhenObserved;
 }
 
 Value ObservableObject::valueForKey(Key key) const {
@@ -136,27 +144,38 @@ void ObservableObject::didChangeValuesAtIndexesForKey(ChangeKind kind, std::vect
 void ObservableObject::addObserverForKeyPathOptionsContext(ObservableObject& observer,
                                                            std::string_view keyPath, unsigned options,
                                                            const void* context) {
+    const ObservationTarget target{&observer, context};
+    ObservationEngine::observe(*this, stepsOf(keyPath), keyPath, target, options);
+    ObservationEngine::tellInitially(*this, keyPath, target, options);
+}
+
+ObservationToken ObservableObject::observe(std::string_view keyPath, ObservableObject& observer,
+                                           unsigned options, const void* context) {
+    return observeFor({&observer, context}, keyPath, options);
+}
+
+ObservationToken ObservableObject::observeWithCallback(std::string_view keyPath,
+                                                       Ref<ObserverCallback> callback, unsigned options) {
+    return observeFor({.callback = std::move(callback)}, keyPath, options);
+}
+
+ObservationToken ObservableObject::observeFor(const ObservationTarget& target, std::string_view keyPath,
+                                              unsigned options) {
     const std::vector<Key> steps = stepsOf(keyPath);
-    const auto bits = static_cast<std::uint8_t>(options);
-    if (steps.size() == 1) {
-        ObservationEngine::add(*this, steps.front(), {WeakReference(observer), context, nullptr, bits});
+    const auto path = ObservationEngine::observe(*this, steps, keyPath, target, options);
+    ObservationToken token;
+    token.object_ = WeakReference(*this).detach();
+    token.context_ = target.context;
+    token.options_ = static_cast<std::uint8_t>(options);
+    if (path) {
+        token.told_ = path;
     } else {
-        auto path = std::make_shared<PathObservation>(*this, steps);
-        path->observer = WeakReference(observer);
-        path->context = context;
-        path->options = bits;
-        path->text = keyPath;
-        path->follow();
-        ObservationEngine::observationOf(*this).paths.push_back(std::move(path));
+        token.key_ = steps.front();
+        token.told_ = target.callback;
+        if (target.observer) token.observer_ = WeakReference(*target.observer).detach();
     }
-    if (options & ObservingInitial) {
-        KeyValueChange change;
-        if (options & ObservingNew) {
-            change.newValue = ObservationEngine::valueAlong(*this, keyPath);
-            if (change.newValue.isAbsent()) change.newValue = NullObject{};
-        }
-        observer.observeValueForKeyPathOfObjectChangeContext(keyPath, *this, change, context);
-    }
+    ObservationEngine::tellInitially(*this, keyPath, target, options);
+    return token;
 }
 
 namespace {
@@ -164,27 +183,18 @@ namespace {
 template <class MatchesContext>
 void removeLatestObserver(ObservableObject& object, ObservableObject& observer, std::string_view keyPath,
                           MatchesContext matchesContext) {
-    if (Observation* observation = ObservationEngine::observationIfAny(object)) {
-        const std::vector<Key> steps = stepsOf(keyPath);
-        if (steps.size() == 1) {
-            KeyObservers* observers = observation->find(steps.front());
-            for (std::size_t index = observers ? observers->registrations.size() : 0; index-- > 0;) {
-                const Registration& each = observers->registrations[index];
-                if (each.link || each.observer.get() != &observer || !matchesContext(each.context)) continue;
-                return ObservationEngine::removeAt(object, steps.front(), index);
-            }
-        } else {
-            auto& paths = observation->paths;
-            for (std::size_t index = paths.size(); index-- > 0;) {
-                const auto path = paths[index];
-                if (path->text != keyPath || path->observer.get() != &observer ||
-                    !matchesContext(path->context))
-                    continue;
-                paths.erase(paths.begin() + static_cast<std::ptrdiff_t>(index));
-                path->unfollow();
-                return;
-            }
-        }
+    const std::vector<Key> steps = stepsOf(keyPath);
+    Observation* known = ObservationEngine::observationIfAny(observer);
+    if (const void* target = known ? known->weak : nullptr) {
+        const bool isRemoved =
+            steps.size() == 1
+                ? ObservationEngine::removeLatest(
+                      object, steps.front(), target,
+                      [&](const Registration& each) { return matchesContext(each.context); })
+                : ObservationEngine::removeLatestPath(object, target, [&](const PathObservation& each) {
+                      return each.text == keyPath && matchesContext(each.context);
+                  });
+        if (isRemoved) return;
     }
     throw RangeException("Cannot remove an observer " + observer.description() + " for the key path \"" +
                          std::string(keyPath) + "\" from " + object.description() +

@@ -17,6 +17,10 @@
 ///     tenure.addObserverForKeyPathOptionsContext(watcher, "balance", ObservingNew, token);
 ///     tenure.removeObserverForKeyPathContext(watcher, "balance", token);
 ///
+/// or, as long as a token lives that the call hands out,
+///
+///     ObservationToken balance = tenure.observe("balance", [&] { redraw(); });
+///
 /// Neither observer nor observed is kept alive: an observer that died is passed over, and what was registered on
 /// an object dies with it. Observers may come and go during a notification: one that is removed hears nothing
 /// more, one that is added hears of the next change.
@@ -29,7 +33,10 @@
 
 #include "platform/observation/ClassDescription.hpp"
 #include "platform/observation/Key.hpp"
+#include "platform/observation/ObservationToken.hpp"
+#include "platform/observation/ObserverCallback.hpp"
 #include "platform/values/Object.hpp"
+#include "platform/values/Ref.hpp"
 #include "platform/values/Value.hpp"
 
 #include <cstddef>
@@ -37,6 +44,7 @@
 #include <memory>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace estatebook::platform {
@@ -126,6 +134,19 @@ public:
     /// removeObserver:forKeyPath: the latest registration with whatever context; raises RangeException when there is none.
     void removeObserverForKeyPath(ObservableObject& observer, std::string_view keyPath);
 
+    /// The same registration as addObserver:forKeyPath:options:context:, taken away with the token.
+    [[nodiscard]] ObservationToken observe(std::string_view keyPath, ObservableObject& observer,
+                                           unsigned options = ObservingNothing,
+                                           const void* context = nullptr);
+    /// Calls the function when the value at the path changes, until the token ends: with this object and the change, with
+    /// the change alone, or with nothing, as it likes. The function may end its own token.
+    template <ObservingFunction Function>
+    [[nodiscard]] ObservationToken observe(std::string_view keyPath, Function function,
+                                           unsigned options = ObservingNothing) {
+        return observeWithCallback(keyPath, makeRef<ObserverFunction<Function>>(std::move(function)),
+                                   options);
+    }
+
     /// observeValueForKeyPath:ofObject:change:context: Called for each registration of this object. The root raises
     /// InternalInconsistencyException: nobody knew the context.
     virtual void observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath,
@@ -151,8 +172,8 @@ protected:
 
     /// Whether a change must be announced at all.
     [[nodiscard]] bool mustAnnounce() const noexcept {
-        return observation_ != nullptr || announcing_ == Announcing::Always ||
-               (announcing_ == Announcing::Unknown && findAnnouncing());
+        return announcing_ != Announcing::WhenObserved &&
+               (announcing_ != Announcing::Unknown || findAnnouncing());
     }
 
     /// Runs a store between the two announcements, or alone when nobody can hear them. A store that raises leaves the
@@ -181,12 +202,18 @@ protected:
 
 private:
     friend class ObservationEngine;
-    enum class Announcing : std::uint8_t { Unknown, WhenObserved, Always };
+    enum class Announcing : std::uint8_t { Unknown, WhenObserved, Observed, Always };
     bool findAnnouncing() const noexcept;
     void forgetObservers() const noexcept;
+    void observationBegins() noexcept;
+    void observationEnds() noexcept;
+    [[nodiscard]] ObservationToken observeWithCallback(std::string_view keyPath,
+                                                       Ref<ObserverCallback> callback, unsigned options);
+    [[nodiscard]] ObservationToken observeFor(const struct ObservationTarget& target,
+                                              std::string_view keyPath, unsigned options);
     void closeAfterFailure(Key key) noexcept;
 
-    struct Observation* observation_ = nullptr;
+    class Observation* observation_ = nullptr;
     mutable Announcing announcing_ = Announcing::Unknown;
 };
 

@@ -195,7 +195,7 @@ MutableOrderedSet ManagedObject::mutableOrderedSetValueForKey(Key key) {
 void ManagedObject::setToOne(const ModelledProperty& property, ManagedObject* target) {
     access();
     if (target) RelationshipUpkeep::requireLinkable(*this, property, *target);
-    change(property.key, [&] { property.toOne(*this).target = target; });
+    ObservableObject::change(property.key, [&] { property.toOne(*this).target = target; });
 }
 
 void ManagedObject::setToMany(const ModelledProperty& property, std::span<const Value> members) {
@@ -227,6 +227,14 @@ void ManagedObject::setToMany(const ModelledProperty& property, std::span<const 
 }
 
 // Changes
+
+bool ManagedObject::hasNothingToNote(Key key) const noexcept {
+    constexpr unsigned Noted = Updated | ChangedInRound;
+    const ManagedObjectContext* context = managedObjectContext();
+    if ((state_ & (Noted | Fault)) != Noted || !context) return false;
+    context->assertThread();
+    return context->keepsFormerValue(*this, key);
+}
 
 void ManagedObject::noteWillChange(Key key) {
     ManagedObjectContext* const context = managedObjectContext();

@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace estatebook::platform {
@@ -133,6 +134,16 @@ protected:
             fireFault();
     }
 
+    /// As for any observable object; but a write that nobody hears of, and that leaves nothing new to remember, is the
+    /// store and no more. Not for relationships.
+    template <class Store>
+    void change(Key key, Store&& store) {
+        if (!mustAnnounce() && hasNothingToNote(key))
+            store();
+        else
+            ObservableObject::change(key, std::forward<Store>(store));
+    }
+
     void setToOne(const ModelledProperty& property, ManagedObject* target);
     void setToMany(const ModelledProperty& property, std::span<const Value> members);
 
@@ -175,6 +186,8 @@ private:
     /// From now on it belongs to no context, or to one.
     void goOutside() noexcept;
     void comeHome(const ManagedObjectHome& home) noexcept;
+    /// Whether the object is known as changed, and the key's former value is kept wherever it is wanted.
+    [[nodiscard]] bool hasNothingToNote(Key key) const noexcept;
     void holdModel() noexcept;
     void dropModel() noexcept;
     [[nodiscard]] const ModelledProperty& requireModelled(Key key) const;

@@ -174,6 +174,10 @@ private:
     // Taking back
 
     [[nodiscard]] bool isRecording() const noexcept { return undoManager_ && recordingOff_ == 0; }
+    [[nodiscard]] bool isRolledBack(const ManagedObject& object) const noexcept;
+    [[nodiscard]] bool isUndone(const ManagedObject& object) const noexcept;
+    /// Whether what the key held is remembered wherever it is wanted.
+    [[nodiscard]] bool keepsFormerValue(const ManagedObject& object, Key key) const noexcept;
     void keepFormerValue(ManagedObject& object, const ModelledProperty& property);
     void noteInBatch(ManagedObject& object, ManagedObject::State how);
     void registerChanges();

@@ -34,20 +34,32 @@ SystemChanges::~SystemChanges() {
 
 // Remembering
 
+// What the system makes is never taken back, only what is done to it later.
+bool ManagedObjectContext::isRolledBack(const ManagedObject& object) const noexcept {
+    return !object.has(ManagedObject::Inserted) ||
+           (object.has(ManagedObject::MadeBySystem) && systemChanges_ == 0);
+}
+
+bool ManagedObjectContext::isUndone(const ManagedObject& object) const noexcept {
+    return isRecording() && !object.has(ManagedObject::InsertedInBatch);
+}
+
+bool ManagedObjectContext::keepsFormerValue(const ManagedObject& object, Key key) const noexcept {
+    const bool forRollback = isRolledBack(object);
+    const bool forUndo = isUndone(object);
+    if (!forRollback && !forUndo) return true;
+    const auto journal = journals_.find(&object);
+    return journal != journals_.end() && (!forRollback || journal->second.sinceSave.has(key)) &&
+           (!forUndo || journal->second.sinceProcessing.has(key));
+}
+
 void ManagedObjectContext::keepFormerValue(ManagedObject& object, const ModelledProperty& property) {
-    if (changeProcessingOff_ > 0 || !isKept(property)) return;
-    // What the system makes is never taken back, only what is done to it later.
-    const bool forRollback = !object.has(ManagedObject::Inserted) ||
-                             (object.has(ManagedObject::MadeBySystem) && systemChanges_ == 0);
-    const bool forUndo = isRecording() && !object.has(ManagedObject::InsertedInBatch);
-    if (!forRollback && !forUndo) return;
+    if (changeProcessingOff_ > 0 || !isKept(property) || keepsFormerValue(object, property.key)) return;
     ObjectJournal& journal = journals_[&object];
-    const bool isNewForRollback = forRollback && !journal.sinceSave.has(property.key);
-    const bool isNewForUndo = forUndo && !journal.sinceProcessing.has(property.key);
-    if (!isNewForRollback && !isNewForUndo) return;
     const Value former = object.primitiveValueForKey(property.key);
-    if (isNewForRollback) journal.sinceSave.keep(property, former);
-    if (isNewForUndo) {
+    if (isRolledBack(object) && !journal.sinceSave.has(property.key))
+        journal.sinceSave.keep(property, former);
+    if (isUndone(object) && !journal.sinceProcessing.has(property.key)) {
         journal.sinceProcessing.keep(property, former);
         noteInBatch(object, ManagedObject::InBatch);
     }

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Inner header of observing: what is being announced on a thread.
+
+#include "platform/observation/ObservableObject.hpp"
+#include "platform/observation/PathObservation.hpp"
+#include "platform/values/QuickThreadLocal.hpp"
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <utility>
+#include <vector>
+
+namespace estatebook::platform {
+
+/// What there is to know of a key between its will and its did, if it is more than that.
+struct OpenKey {
+    Key key;
+    /// Pairs of the key that stand open within the outermost.
+    std::uint32_t inner = 0;
+    Value old{};
+    /// Dotted dependencies whose dependent was opened along with this key, and at which step. They are closed with
+    /// it even when nobody follows them any more.
+    std::vector<std::pair<Ref<PathObservation>, std::size_t>> opened{};
+};
+
+/// The keys of an object between their will and their did.
+class OpenObject {
+public:
+    [[nodiscard]] ObservableObject* object() const noexcept { return object_.get(); }
+    [[nodiscard]] bool isClosed() const noexcept { return object_ == nullptr; }
+    [[nodiscard]] const KeySet& keys() const noexcept { return keys_; }
+
+    void begin(ObservableObject& object) noexcept { object_ = Ref<ObservableObject>(&object); }
+    /// Gives the hold on the object to the caller.
+    Ref<ObservableObject> end() noexcept;
+
+    [[nodiscard]] bool isOpen(Key key) const noexcept {
+        return keys_.mayContain(key) && (KeySet::isExact(key) || find(key));
+    }
+    void open(Key key) {
+        keys_.insert(key);
+        if (!KeySet::isExact(key)) details_.push_back({.key = key});
+    }
+    /// REQUIRES: it is open.
+    [[nodiscard]] OpenKey& details(Key key);
+    /// Null when there are none.
+    [[nodiscard]] OpenKey* find(Key key) const noexcept;
+    /// Whether a pair within the outermost was closed by this did; else the did is that of the outermost.
+    bool closeInner(Key key) noexcept;
+    void close(Key key) noexcept;
+
+    OpenObject* below = nullptr;
+    OpenObject* above = nullptr;
+
+private:
+    Ref<ObservableObject> object_;
+    KeySet keys_;
+    mutable std::vector<OpenKey> details_;
+};
+
+/// Why a key is announced.
+enum class Cause : std::uint8_t {
+    Itself,
+    /// Another key of the object, which announces all that follow from it.
+    Key,
+    /// A path that leads to another object.
+    Path,
+};
+
+/// What one outermost setter has open on this thread. An observer that changes something while it is being
+/// told begins a session of its own, so that an exception reaches just the setter that caused it.
+struct Session {
+    OpenObject* base = nullptr;
+    std::size_t openPairs = 0;
+    // The announcement that is about to arrive at the base because another key caused it.
+    const ObservableObject* expectedObject = nullptr;
+    // The membership change that the next announcement is about.
+    const ObservableObject* mutatedObject = nullptr;
+    const KeyValueChange* mutation = nullptr;
+    Key expectedKey{};
+    Cause expectedCause = Cause::Itself;
+    std::exception_ptr firstException{};
+};
+
+class Announcements {
+public:
+    /// Those of this thread.
+    static Announcements& current() { return mine ? *mine : make(); }
+
+    [[nodiscard]] OpenObject* find(const ObservableObject& object) const noexcept {
+        for (OpenObject* each = top; each != session.base; each = each->below)
+            if (each->object() == &object) return each;
+        return nullptr;
+    }
+    OpenObject& open(ObservableObject& object) {
+        if (OpenObject* found = find(object)) return *found;
+        OpenObject* next = top->above;
+        if (!next) next = &grow();
+        next->begin(object);
+        top = next;
+        return *next;
+    }
+    void dropClosed() noexcept {
+        while (top != session.base && top->isClosed()) top = top->below;
+    }
+    /// Forgets every pair that was left open in this session.
+    void forgetSession() noexcept;
+
+    void keep(std::exception_ptr exception) noexcept {
+        if (!session.firstException) session.firstException = std::move(exception);
+    }
+    [[nodiscard]] Cause takeExpected(const ObservableObject& object, Key key) noexcept {
+        if (session.expectedObject != &object || session.expectedKey != key) return Cause::Itself;
+        session.expectedObject = nullptr;
+        return session.expectedCause;
+    }
+    [[nodiscard]] const KeyValueChange* takeMutation(const ObservableObject& object) noexcept {
+        if (session.mutatedObject != &object) return nullptr;
+        session.mutatedObject = nullptr;
+        return session.mutation;
+    }
+
+    OpenObject* top = &bottom_;
+    Session session{.base = &bottom_};
+
+private:
+    struct Ending;
+    static Announcements& make();
+    OpenObject& grow();
+
+    static constinit ESTATEBOOK_QUICK_THREAD_LOCAL Announcements* mine;
+    // Never an object of its own; what is free stands above the top.
+    OpenObject bottom_;
+};
+
+/// Runs foreign code in sessions of its own; what it throws is kept for the outer one's setter.
+class Apart {
+public:
+    explicit Apart(Announcements& all) noexcept
+        : all_(all), outer_(std::exchange(all.session, Session{.base = all.top})) {}
+    Apart(const Apart&) = delete;
+    Apart& operator=(const Apart&) = delete;
+    ~Apart() {
+        all_.session = std::move(outer_);
+        if (first_) all_.keep(std::move(first_));
+    }
+
+    template <class Action>
+    void run(Action action) noexcept {
+        try {
+            action();
+        } catch (...) {
+            if (!first_) first_ = std::current_exception();
+            all_.forgetSession();
+        }
+        if (all_.session.openPairs != 0) [[unlikely]]
+            all_.forgetSession();
+    }
+
+private:
+    Announcements& all_;
+    Session outer_;
+    std::exception_ptr first_{};
+};
+
+} // namespace estatebook::platform

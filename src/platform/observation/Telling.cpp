@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "platform/observation/Telling.hpp"
+
+#include "platform/observation/ObservationEngine.hpp"
+#include "platform/observation/ObserverCallback.hpp"
+
+#include <algorithm>
+#include <exception>
+
+namespace estatebook::platform {
+
+namespace {
+
+/// What most observers are told.
+constinit Constant<KeyValueChange> plainSetting;
+
+Value orNullObject(Value value) {
+    if (value.isAbsent()) value = NullObject{};
+    return value;
+}
+
+} // namespace
+
+std::vector<Telling::OpenedPath> Telling::before(Value old) {
+    isPrior_ = true;
+    old_ = std::move(old);
+    if (Observation* observation = ObservationEngine::observationIfAny(object_)) tellAll(*observation);
+    return std::move(opened_);
+}
+
+void Telling::after(Value old, std::vector<OpenedPath> opened) {
+    old_ = std::move(old);
+    opened_ = std::move(opened);
+    for (const auto& [path, step] : opened_) tellPath(*path, step);
+    if (Observation* observation = ObservationEngine::observationIfAny(object_)) tellAll(*observation);
+}
+
+void Telling::tellAll(Observation& observation) {
+    if (const Registration* only = observation.only()) {
+        if (only->key != key_) return;
+        if (only->kind == Registration::Kind::Link) return tellLink(*only->link());
+        Apart apart(Announcements::current());
+        tellPerson(apart, *only);
+    } else if (ObserverLists* lists = observation.lists()) {
+        if (ObserverList* list = lists->find(key_)) tellList(*list);
+    }
+}
+
+void Telling::tellList(ObserverList& list) {
+    const std::size_t count = list.places();
+    list.beginTelling();
+    for (std::size_t place = 0; place < count;) {
+        if (list.at(place).kind == Registration::Kind::Link) {
+            tellLink(*list.at(place++).link());
+            continue;
+        }
+        Apart apart(Announcements::current());
+        do tellPerson(apart, list.at(place));
+        while (++place < count && list.at(place).kind != Registration::Kind::Link);
+    }
+    list.endTelling();
+    if (list.empty()) ObservationEngine::dropEmpty(object_);
+}
+
+void Telling::tellLink(PathLink& link) {
+    const Ref<PathObservation> path(link.path);
+    const std::size_t step = link.step;
+    if (isPrior_) {
+        if (path->dependent) opened_.emplace_back(path, step);
+    } else if (std::ranges::find(opened_, path, &OpenedPath::first) != opened_.end()) {
+        return;
+    }
+    tellPath(*path, step);
+}
+
+void Telling::tellPath(PathObservation& path, std::size_t step) {
+    try {
+        isPrior_ ? path.stepWillChange() : path.stepDidChange(step);
+    } catch (...) {
+        Announcements::current().keep(std::current_exception());
+    }
+}
+
+// The registration may be gone or elsewhere once foreign code has run.
+void Telling::tellPerson(Apart& apart, const Registration& registration) {
+    if (isPrior_ && !(registration.options & ObservingPrior)) return;
+    if (registration.kind == Registration::Kind::Observer) {
+        const Ref<ObservableObject> observer(registration.observer());
+        if (!observer) return;
+        const void* context = registration.context;
+        const KeyValueChange& change = changeFor(apart, registration.options);
+        apart.run([&] {
+            observer->observeValueForKeyPathOfObjectChangeContext(key_.name(), object_, change, context);
+        });
+    } else if (registration.kind == Registration::Kind::Callback) {
+        const Ref<ObserverCallback> callback(registration.callback());
+        const KeyValueChange& change = changeFor(apart, registration.options);
+        apart.run([&] { callback->changed(object_, change); });
+    }
+}
+
+const KeyValueChange& Telling::changeFor(Apart& apart, unsigned options) {
+    options &= ObservingNew | ObservingOld;
+    if (options == 0 && !mutation_ && !isPrior_) return *plainSetting.get();
+    if (change_ && options_ == options) return *change_;
+    options_ = options;
+    KeyValueChange& change = change_.emplace();
+    change.isPrior = isPrior_;
+    if (mutation_) {
+        change.kind = mutation_->kind;
+        change.indexes = mutation_->indexes;
+    }
+    if (options & ObservingOld) change.oldValue = orNullObject(old_);
+    if (!isPrior_ && (options & ObservingNew)) {
+        if (!newValue_)
+            apart.run([&] { newValue_ = ObservationEngine::newValueOf(object_, key_, mutation_); });
+        change.newValue = orNullObject(newValue_.value_or(Value()));
+        newValue_ = change.newValue;
+    }
+    return change;
+}
+
+} // namespace estatebook::platform
