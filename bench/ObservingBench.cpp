@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <memory>
 #include <numeric>
+#include <optional>
 #include <random>
 #include <string>
 #include <utility>
@@ -107,6 +108,21 @@ private:
     std::uint64_t told_ = 0;
 };
 
+/// The same with a date that may be absent, and a setter that is called in a library as ours is.
+class MaskedNote {
+public:
+    __attribute__((noinline)) void setCreatedDate(const std::optional<Date>& date) {
+        if (mask_ & 2) notify();
+        date_ = date;
+    }
+
+private:
+    __attribute__((noinline)) void notify() { ++told_; }
+    std::uint64_t mask_ = 0;
+    std::uint64_t told_ = 0;
+    std::optional<Date> date_;
+};
+
 /// An object that calls whoever wants to know.
 class Calling {
 public:
@@ -135,6 +151,17 @@ void thousandOurs(benchmark::State& state) {
     setAmounts(state, *object);
 }
 
+void thousandCallbacks(benchmark::State& state) {
+    const auto object = makeRef<Plain>();
+    std::vector<ObservationToken> tokens;
+    std::vector<std::unique_ptr<std::uint64_t>> counters;
+    for (std::size_t number = 0; number < Observers; ++number) {
+        counters.push_back(std::make_unique<std::uint64_t>(0));
+        tokens.push_back(object->observe(Plain::link(0).name(), [told = counters.back().get()] { ++*told; }));
+    }
+    setAmounts(state, *object);
+}
+
 void thousandFunctions(benchmark::State& state) {
     Calling object;
     std::vector<std::unique_ptr<std::uint64_t>> counters;
@@ -152,8 +179,8 @@ template <std::size_t Length>
 void chainOurs(benchmark::State& state) {
     const auto object = makeRef<Chain<Length>>();
     const auto counter = makeRef<Counter>();
-    object->addObserverForKeyPathOptionsContext(*counter, Chain<Length>::link(Length).name(), ObservingNothing,
-                                                nullptr);
+    object->addObserverForKeyPathOptionsContext(*counter, Chain<Length>::link(Length).name(),
+                                                ObservingNothing, nullptr);
     setAmounts(state, *object);
 }
 
@@ -201,15 +228,26 @@ void unobservedMasked(benchmark::State& state) {
     setAmounts(state, object);
 }
 
+template <class Note>
+void setCreatedDates(benchmark::State& state, Note& note) {
+    double seconds = 0;
+    for (auto _ : state) {
+        note.setCreatedDate(Date{++seconds});
+        benchmark::ClobberMemory();
+    }
+}
+
 void unobservedManaged(benchmark::State& state) {
     const auto context = TKManagedObjectModel::inMemoryManagedObjectContext();
     context->setUndoManager(nullptr);
     const auto note = context->insertNewObject<TKPropertyNote>("PropertyNote");
-    double seconds = 0;
-    for (auto _ : state) {
-        note->setCreatedDate(Date{++seconds});
-        benchmark::ClobberMemory();
-    }
+    static_cast<void>(context->save());
+    setCreatedDates(state, *note);
+}
+
+void unobservedMaskedNote(benchmark::State& state) {
+    MaskedNote note;
+    setCreatedDates(state, note);
 }
 
 // By name
@@ -249,7 +287,8 @@ void thousandQt(benchmark::State& state) {
     std::vector<std::unique_ptr<bench::QtCounter>> counters;
     for (std::size_t number = 0; number < Observers; ++number) {
         counters.push_back(std::make_unique<bench::QtCounter>());
-        QObject::connect(&object, &bench::QtObject::amountChanged, counters.back().get(), &bench::QtCounter::tell);
+        QObject::connect(&object, &bench::QtObject::amountChanged, counters.back().get(),
+                         &bench::QtCounter::tell);
     }
     setAmounts(state, object);
 }
@@ -266,7 +305,8 @@ void oneOfManyQt(benchmark::State& state) {
     bench::QtCounter counter;
     for (std::size_t number = 0; number < Objects; ++number) {
         objects.push_back(std::make_unique<bench::QtObject>());
-        QObject::connect(objects.back().get(), &bench::QtObject::amountChanged, &counter, &bench::QtCounter::tell);
+        QObject::connect(objects.back().get(), &bench::QtObject::amountChanged, &counter,
+                         &bench::QtCounter::tell);
     }
     setOneOfMany(state, objects);
 }
@@ -283,6 +323,7 @@ void readByNameQt(benchmark::State& state) {
 }
 
 BENCHMARK(thousandQt)->Name("ThousandObservers/peer_qt");
+BENCHMARK(thousandQt)->Name("ThousandCallbacks/peer_qt");
 BENCHMARK(chainQt)->Name("ChainOfFive/peer_qt");
 BENCHMARK(oneOfManyQt)->Name("OneOfManyObjects/peer_qt");
 BENCHMARK(writeByNameQt)->Name("WriteByName/peer_qt");
@@ -294,6 +335,8 @@ BENCHMARK(readByNameQt)->Name("ReadByName/peer_qt");
 
 BENCHMARK(thousandOurs)->Name("ThousandObservers/ours");
 BENCHMARK(thousandFunctions)->Name("ThousandObservers/peer_functions");
+BENCHMARK(thousandCallbacks)->Name("ThousandCallbacks/ours");
+BENCHMARK(thousandFunctions)->Name("ThousandCallbacks/peer_functions");
 BENCHMARK(chainOurs<5>)->Name("ChainOfFive/ours");
 BENCHMARK(chainOurs<20>)->Name("ChainOfTwenty/ours");
 BENCHMARK(chainOurs<1>)->Name("ChainOfTwenty/peer_chain_of_one");
@@ -301,7 +344,7 @@ BENCHMARK(oneOfManyOurs)->Name("OneOfManyObjects/ours");
 BENCHMARK(unobservedOurs)->Name("WriteUnobserved/ours");
 BENCHMARK(unobservedMasked)->Name("WriteUnobserved/peer_mask");
 BENCHMARK(unobservedManaged)->Name("WriteUnobservedManaged/ours");
-BENCHMARK(unobservedMasked)->Name("WriteUnobservedManaged/peer_mask");
+BENCHMARK(unobservedMaskedNote)->Name("WriteUnobservedManaged/peer_mask");
 BENCHMARK(writeByNameOurs)->Name("WriteByName/ours");
 BENCHMARK(readByNameOurs)->Name("ReadByName/ours");
 BENCHMARK(joinOwner)->Arg(100000)->Name("JoinOwner/ours/of_100000");
