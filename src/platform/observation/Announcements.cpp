@@ -30,17 +30,11 @@ OpenObject& Announcements::grow() {
 }
 
 void Announcements::forgetSession() noexcept {
-    for (; top != session.base; top = top->below) static_cast<void>(top->end());
-    session = Session{.base = session.base};
+    for (; top != session->base; top = top->below) static_cast<void>(top->end());
+    *session = Session(session->base);
 }
 
 // OpenObject
-
-Ref<ObservableObject> OpenObject::end() noexcept {
-    keys_ = {};
-    details_.clear();
-    return std::move(object_);
-}
 
 OpenKey& OpenObject::details(Key key) {
     if (OpenKey* known = find(key)) return *known;
@@ -48,26 +42,12 @@ OpenKey& OpenObject::details(Key key) {
     return details_.back();
 }
 
-OpenKey* OpenObject::find(Key key) const noexcept {
-    const auto found = std::ranges::find(details_, key, &OpenKey::key);
-    return found == details_.end() ? nullptr : &*found;
-}
-
-bool OpenObject::closeInner(Key key) noexcept {
-    OpenKey* known = find(key);
-    if (!known || known->inner == 0) return false;
-    --known->inner;
-    return true;
-}
-
-void OpenObject::close(Key key) noexcept {
-    if (KeySet::isExact(key)) keys_.remove(key);
-    if (!details_.empty()) {
-        std::erase_if(details_, [&](const OpenKey& each) { return each.key == key; });
-        const bool isShared =
-            std::ranges::any_of(details_, [](const OpenKey& each) { return !KeySet::isExact(each.key); });
-        if (!KeySet::isExact(key) && !isShared) keys_.remove(key);
-    }
+void OpenObject::dropDetails(Key key) noexcept {
+    std::erase_if(details_, [&](const OpenKey& each) { return each.key == key; });
+    // The others of its kind share its bit.
+    const bool isShared =
+        std::ranges::any_of(details_, [](const OpenKey& each) { return !KeySet::isExact(each.key); });
+    if (!KeySet::isExact(key) && !isShared) keys_.remove(key);
 }
 
 } // namespace estatebook::platform

@@ -32,32 +32,67 @@ public:
     [[nodiscard]] ObservableObject* object() const noexcept { return object_.get(); }
     [[nodiscard]] bool isClosed() const noexcept { return object_ == nullptr; }
     [[nodiscard]] const KeySet& keys() const noexcept { return keys_; }
+    [[nodiscard]] std::size_t count() const noexcept { return count_; }
+    /// Says that the key opened last is the only one that was opened because the other key was.
+    void openedOnlyWith(Key key) noexcept { onlyCause_ = key; }
+    /// That key, as long as just the two are open, once each; no key else.
+    [[nodiscard]] Key onlyOpenedWith(Key key) const noexcept {
+        const bool isPlain = count_ == 2 && onlyCause_ == key && latest_ != key && details_.empty();
+        return isPlain && isOpen(latest_) ? latest_ : Key();
+    }
 
     void begin(ObservableObject& object) noexcept { object_ = Ref<ObservableObject>(&object); }
     /// Gives the hold on the object to the caller.
-    Ref<ObservableObject> end() noexcept;
+    Ref<ObservableObject> end() noexcept {
+        keys_ = {};
+        count_ = 0;
+        if (!details_.empty()) details_.clear();
+        return std::move(object_);
+    }
 
     [[nodiscard]] bool isOpen(Key key) const noexcept {
         return keys_.mayContain(key) && (KeySet::isExact(key) || find(key));
     }
     void open(Key key) {
         keys_.insert(key);
+        ++count_;
+        latest_ = key;
+        onlyCause_ = {};
         if (!KeySet::isExact(key)) details_.push_back({.key = key});
     }
     /// REQUIRES: it is open.
     [[nodiscard]] OpenKey& details(Key key);
     /// Null when there are none.
-    [[nodiscard]] OpenKey* find(Key key) const noexcept;
+    [[nodiscard]] OpenKey* find(Key key) const noexcept {
+        for (OpenKey& each : details_)
+            if (each.key == key) return &each;
+        return nullptr;
+    }
     /// Whether a pair within the outermost was closed by this did; else the did is that of the outermost.
-    bool closeInner(Key key) noexcept;
-    void close(Key key) noexcept;
+    bool closeInner(Key key) noexcept {
+        OpenKey* known = find(key);
+        if (!known || known->inner == 0) return false;
+        --known->inner;
+        return true;
+    }
+    /// REQUIRES: it is open.
+    void close(Key key) noexcept {
+        --count_;
+        if (KeySet::isExact(key)) keys_.remove(key);
+        if (!details_.empty()) dropDetails(key);
+    }
 
     OpenObject* below = nullptr;
     OpenObject* above = nullptr;
 
 private:
+    void dropDetails(Key key) noexcept;
+
     Ref<ObservableObject> object_;
     KeySet keys_;
+    std::uint32_t count_ = 0;
+    Key latest_{};    // opened last
+    Key onlyCause_{}; // none, or why
     mutable std::vector<OpenKey> details_;
 };
 
@@ -73,7 +108,9 @@ enum class Cause : std::uint8_t {
 /// What one outermost setter has open on this thread. An observer that changes something while it is being
 /// told begins a session of its own, so that an exception reaches just the setter that caused it.
 struct Session {
-    OpenObject* base = nullptr;
+    explicit Session(OpenObject* top) noexcept : base(top) {}
+
+    OpenObject* base;
     std::size_t openPairs = 0;
     // The announcement that is about to arrive at the base because another key caused it.
     const ObservableObject* expectedObject = nullptr;
@@ -91,7 +128,7 @@ public:
     static Announcements& current() { return mine ? *mine : make(); }
 
     [[nodiscard]] OpenObject* find(const ObservableObject& object) const noexcept {
-        for (OpenObject* each = top; each != session.base; each = each->below)
+        for (OpenObject* each = top; each != session->base; each = each->below)
             if (each->object() == &object) return each;
         return nullptr;
     }
@@ -104,27 +141,27 @@ public:
         return *next;
     }
     void dropClosed() noexcept {
-        while (top != session.base && top->isClosed()) top = top->below;
+        while (top != session->base && top->isClosed()) top = top->below;
     }
     /// Forgets every pair that was left open in this session.
     void forgetSession() noexcept;
 
     void keep(std::exception_ptr exception) noexcept {
-        if (!session.firstException) session.firstException = std::move(exception);
+        if (!session->firstException) session->firstException = std::move(exception);
     }
     [[nodiscard]] Cause takeExpected(const ObservableObject& object, Key key) noexcept {
-        if (session.expectedObject != &object || session.expectedKey != key) return Cause::Itself;
-        session.expectedObject = nullptr;
-        return session.expectedCause;
+        if (session->expectedObject != &object || session->expectedKey != key) return Cause::Itself;
+        session->expectedObject = nullptr;
+        return session->expectedCause;
     }
     [[nodiscard]] const KeyValueChange* takeMutation(const ObservableObject& object) noexcept {
-        if (session.mutatedObject != &object) return nullptr;
-        session.mutatedObject = nullptr;
-        return session.mutation;
+        if (session->mutatedObject != &object) return nullptr;
+        session->mutatedObject = nullptr;
+        return session->mutation;
     }
 
     OpenObject* top = &bottom_;
-    Session session{.base = &bottom_};
+    Session* session = &outermost_;
 
 private:
     struct Ending;
@@ -134,18 +171,21 @@ private:
     static constinit ESTATEBOOK_QUICK_THREAD_LOCAL Announcements* mine;
     // Never an object of its own; what is free stands above the top.
     OpenObject bottom_;
+    Session outermost_{&bottom_};
 };
 
 /// Runs foreign code in sessions of its own; what it throws is kept for the outer one's setter.
 class Apart {
 public:
-    explicit Apart(Announcements& all) noexcept
-        : all_(all), outer_(std::exchange(all.session, Session{.base = all.top})) {}
+    explicit Apart(Announcements& all) noexcept : all_(all), outer_(all.session), inner_(all.top) {
+        all.session = &inner_;
+    }
     Apart(const Apart&) = delete;
     Apart& operator=(const Apart&) = delete;
     ~Apart() {
-        all_.session = std::move(outer_);
-        if (first_) all_.keep(std::move(first_));
+        all_.session = outer_;
+        if (first_) [[unlikely]]
+            all_.keep(std::move(first_));
     }
 
     template <class Action>
@@ -156,13 +196,14 @@ public:
             if (!first_) first_ = std::current_exception();
             all_.forgetSession();
         }
-        if (all_.session.openPairs != 0) [[unlikely]]
+        if (inner_.openPairs != 0) [[unlikely]]
             all_.forgetSession();
     }
 
 private:
     Announcements& all_;
-    Session outer_;
+    Session* outer_;
+    Session inner_;
     std::exception_ptr first_{};
 };
 

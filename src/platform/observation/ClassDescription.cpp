@@ -11,12 +11,7 @@
 
 namespace estatebook::platform {
 
-namespace {
-
-// Raised by every addition; an index made before it is stale.
-std::uint64_t additionsMade = 0;
-
-} // namespace
+constinit std::uint64_t ClassDescription::additionsMade = 0;
 
 struct ClassDescription::Additions {
     std::vector<Property> properties;
@@ -26,8 +21,7 @@ struct ClassDescription::Additions {
 
 // Properties by the number of their key; and, once rows were added, the closure of all rows of the class.
 struct ClassDescription::Index {
-    std::uint64_t madeAt = 0;
-    std::array<const Property*, 128> byNumber{};
+    std::array<const Property*, SmallKeys> byNumber{};
     std::unordered_map<Key, const Property*> others;
     bool hasAddedRows = false;
     struct Followers {
@@ -39,10 +33,6 @@ struct ClassDescription::Index {
     const Index* stale = nullptr;
 };
 
-bool ClassDescription::anyAdded() noexcept {
-    return additionsMade > 0;
-}
-
 ClassDescription::Additions& ClassDescription::additions() const {
     if (!additions_)
         additions_ = new Additions; // lives as long as the class, which is as long as the program
@@ -50,9 +40,8 @@ ClassDescription::Additions& ClassDescription::additions() const {
 }
 
 const ClassDescription::Index& ClassDescription::index() const {
-    if (index_ && index_->madeAt == additionsMade) return *index_;
+    if (indexMadeAt_ == additionsMade) return *index_;
     auto made = std::make_unique<Index>();
-    made->madeAt = additionsMade;
     const auto enter = [&](const Property& property) {
         const Property*& place = property.key.number() < made->byNumber.size()
                                      ? made->byNumber[property.key.number()]
@@ -89,21 +78,22 @@ const ClassDescription::Index& ClassDescription::index() const {
                 if (!made->dependents.contains(key)) made->dependents.emplace(key, follow(key));
     }
     made->stale = index_;
+    propertiesByNumber_ = made->byNumber.data();
     index_ = made.release();
+    indexMadeAt_ = additionsMade;
     return *index_;
 }
 
-const Property* ClassDescription::property(Key key) const {
+const Property* ClassDescription::findProperty(Key key) const {
     const Index& table = index();
     if (key.number() < table.byNumber.size()) return table.byNumber[key.number()];
     const auto found = table.others.find(key);
     return found == table.others.end() ? nullptr : found->second;
 }
 
-DependentKeys ClassDescription::dependentKeys(Key key) const {
-    if (additionsMade == 0) return dependents_(key);
+DependentKeys ClassDescription::dependentKeysWithAdded(Key key) const {
     const Index& table = index();
-    if (!table.hasAddedRows) return dependents_(key);
+    if (!table.hasAddedRows) return dependents_.find(key);
     const auto found = table.dependents.find(key);
     if (found == table.dependents.end()) return {};
     return {found->second.keys, found->second.set};

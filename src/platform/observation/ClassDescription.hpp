@@ -17,6 +17,7 @@
 #include "platform/observation/Key.hpp"
 #include "platform/values/Value.hpp"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -38,12 +39,10 @@ struct Property {
 
 class ESTATEBOOK_API ClassDescription {
 public:
-    using Dependents = DependentKeys (*)(Key) noexcept;
-
     /// `rows` holds the inherited rows, too; `dependents` answers from their closure.
     constexpr ClassDescription(std::string_view name, const ClassDescription* parent,
                                std::span<const Property> properties, std::span<const DependencyRow> rows,
-                               Dependents dependents, bool replacesAnnouncements) noexcept
+                               const DependentsTable& dependents, bool replacesAnnouncements) noexcept
         : name_(name), parent_(parent), properties_(properties), rows_(rows), dependents_(dependents),
           replacesAnnouncements_(replacesAnnouncements) {}
     ClassDescription(const ClassDescription&) = delete;
@@ -53,12 +52,17 @@ public:
     [[nodiscard]] constexpr const ClassDescription* parent() const noexcept { return parent_; }
 
     /// The property of the key, of this class or the nearest above; null for a key the class does not know.
-    [[nodiscard]] const Property* property(Key key) const;
+    [[nodiscard]] const Property* property(Key key) const {
+        const bool isAtHand = indexMadeAt_ == additionsMade && key.number() < SmallKeys;
+        return isAtHand ? propertiesByNumber_[key.number()] : findProperty(key);
+    }
 
     /// The keys whose values depend on this key within the same object: nearest first, each once.
     [[nodiscard]] std::span<const Key> dependentsOf(Key key) const { return dependentKeys(key).keys; }
     /// The same, also as a set.
-    [[nodiscard]] DependentKeys dependentKeys(Key key) const;
+    [[nodiscard]] DependentKeys dependentKeys(Key key) const {
+        return anyAdded() ? dependentKeysWithAdded(key) : dependents_.find(key);
+    }
 
     /// The declared rows of the class and the classes above it, as written.
     [[nodiscard]] constexpr std::span<const DependencyRow> rows() const noexcept { return rows_; }
@@ -83,11 +87,16 @@ public:
     [[nodiscard]] std::vector<const PathDependency*> pathDependencies() const;
 
     /// Whether anything was added to any class; while false there are no dotted dependencies at all.
-    [[nodiscard]] static bool anyAdded() noexcept;
+    [[nodiscard]] static bool anyAdded() noexcept { return additionsMade > 0; }
 
 private:
+    // Raised by every addition; an index made before it is stale.
+    static std::uint64_t additionsMade;
+
     struct Additions;
     struct Index;
+    [[nodiscard]] DependentKeys dependentKeysWithAdded(Key key) const;
+    [[nodiscard]] const Property* findProperty(Key key) const;
     Additions& additions() const;
     const Index& index() const;
 
@@ -95,21 +104,22 @@ private:
     const ClassDescription* parent_;
     std::span<const Property> properties_;
     std::span<const DependencyRow> rows_;
-    Dependents dependents_;
+    DependentsTable dependents_;
     bool replacesAnnouncements_;
     mutable Additions* additions_ = nullptr;
     mutable const Index* index_ = nullptr;
+    // Part of the index, for those in a hurry.
+    static constexpr std::uint64_t Never = ~std::uint64_t{0};
+    mutable std::uint64_t indexMadeAt_ = Never;
+    mutable const Property* const* propertiesByNumber_ = nullptr;
 };
 
 /// For a class whose closure is the constant C.
 template <const auto& C>
-DependentKeys dependentsIn(Key key) noexcept {
-    return C.dependents(key);
-}
+inline constexpr DependentsTable dependentsIn = C.table();
 /// For a class without dependency rows.
-inline DependentKeys noDependents(Key) noexcept {
-    return {};
-}
+inline constexpr Closure<0> closureOfNothing;
+inline constexpr DependentsTable noDependents = closureOfNothing.table();
 
 namespace detail {
 

@@ -76,31 +76,39 @@ struct DependentKeys {
     KeySet set;
 };
 
+/// Where a closure keeps the dependents of a key: its row of keys and its set.
+struct DependentsPlace {
+    std::uint16_t first = 0;
+    std::uint16_t count = 0;
+    std::uint16_t set = 0;
+};
+/// A closure of whatever size, to look dependents up in.
+struct DependentsTable {
+    const DependentsPlace* places;
+    const Key* keys;
+    const KeySet* sets;
+
+    [[nodiscard]] constexpr DependentKeys find(Key key) const noexcept {
+        if (key.number() >= SmallKeys) return {};
+        const DependentsPlace& place = places[key.number()];
+        return {{keys + place.first, place.count}, sets[place.set]};
+    }
+};
+
 /// The closure of N rows: for each affecting key the keys that depend on it, directly or through others,
 /// nearest first and each once.
 template <std::size_t N>
 struct Closure {
-    struct Window {
-        std::uint16_t first = 0;
-        std::uint16_t count = 0;
-        std::uint16_t set = 0;
-    };
-    // Keys of the library have small numbers, so a window is found by number.
-    std::array<Window, 128> windows{};
+    std::array<DependentsPlace, SmallKeys> places{};
     std::array<Key, N * N * DependencyRow::MaximalAffecting + 1> flat{};
     std::array<KeySet, N * DependencyRow::MaximalAffecting + 1> sets{}; // the first is empty
 
+    [[nodiscard]] constexpr DependentsTable table() const noexcept {
+        return {places.data(), flat.data(), sets.data()};
+    }
     [[nodiscard]] constexpr std::span<const Key> dependentsOf(Key key) const noexcept {
-        const Window window = windowOf(key);
-        return {flat.data() + window.first, window.count};
-    }
-    [[nodiscard]] constexpr DependentKeys dependents(Key key) const noexcept {
-        return {dependentsOf(key), sets[windowOf(key).set]};
-    }
-
-private:
-    [[nodiscard]] constexpr Window windowOf(Key key) const noexcept {
-        return key.number() < windows.size() ? windows[key.number()] : Window();
+        const DependentsPlace place = key.number() < SmallKeys ? places[key.number()] : DependentsPlace();
+        return {flat.data() + place.first, place.count};
     }
 };
 
@@ -111,16 +119,16 @@ consteval Closure<N> closureOf(const std::array<DependencyRow, N>& rows) {
     std::uint16_t setsUsed = 0;
     for (const DependencyRow& row : rows) {
         for (const Key key : row.affecting()) {
-            auto& window = closure.windows[key.number()];
-            if (window.count > 0) continue;
+            DependentsPlace& place = closure.places[key.number()];
+            if (place.count > 0) continue;
             std::array<Key, N> found{};
             const std::size_t count = detail::followDependencies(rows.data(), N, key, found);
-            window.first = static_cast<std::uint16_t>(used);
-            window.count = static_cast<std::uint16_t>(count);
-            window.set = ++setsUsed;
+            place.first = static_cast<std::uint16_t>(used);
+            place.count = static_cast<std::uint16_t>(count);
+            place.set = ++setsUsed;
             for (std::size_t index = 0; index < count; ++index) {
                 closure.flat[used++] = found[index];
-                closure.sets[window.set].insert(found[index]);
+                closure.sets[place.set].insert(found[index]);
             }
         }
     }

@@ -45,7 +45,9 @@ struct Print {
         return static_cast<std::size_t>(((first ^ std::rotl(last, 29) ^ size) * Odd) >> 32);
     }
 
-    friend bool operator==(const Print&, const Print&) noexcept = default;
+    friend bool operator==(const Print& a, const Print& b) noexcept {
+        return ((a.first ^ b.first) | (a.last ^ b.last) | (a.size ^ b.size)) == 0;
+    }
 
 private:
     template <class Word>
@@ -56,8 +58,27 @@ private:
     }
 };
 
-/// A table of names that many threads read, without waiting, while one adds to it. What is outgrown is kept for those who are
-/// still reading it.
+struct Row {
+    Print print{{}};
+    std::atomic<std::uint16_t> number{0}; // written last; 0 while the row is free
+};
+
+/// Rows by the hash of their names: a power of two of them, half of them free at the least.
+struct Rows {
+    explicit Rows(std::size_t count) : rows(std::make_unique<Row[]>(count)), last(count - 1) {}
+
+    [[nodiscard]] const Row& at(std::size_t place) const noexcept { return rows[place & last]; }
+
+    std::unique_ptr<Row[]> rows;
+    std::size_t last;
+    std::size_t used = 0;
+};
+
+/// What readers read. It is there once a key was named by its text.
+constinit std::atomic<const Rows*> currentRows = nullptr;
+
+/// All names. Many threads read them without waiting, also while one adds some: what is outgrown is kept for
+/// those who are still reading it.
 class KeyTable {
 public:
     static KeyTable& shared() {
@@ -65,16 +86,17 @@ public:
         return *table;
     }
 
-    [[nodiscard]] std::uint16_t find(std::string_view name) const noexcept {
+    /// 0 when there is no such name.
+    [[nodiscard, gnu::always_inline]] static inline std::uint16_t find(std::string_view name) noexcept {
         const Print print(name);
-        const Rows& rows = *rows_.load(std::memory_order_acquire);
-        for (std::size_t place = print.hash();; ++place) {
-            const Row& row = rows.at(place);
+        if (const Rows* rows = currentRows.load(std::memory_order_acquire);
+            rows && name.size() <= Print::Covered) {
+            // Most names stand where they are looked for first.
+            const Row& row = rows->at(print.hash());
             const std::uint16_t number = row.number.load(std::memory_order_acquire);
-            if (number == 0) return 0;
-            if (row.print == print && (name.size() <= Print::Covered || this->name(number) == name))
-                return number;
+            if (number != 0 && row.print == print) return number;
         }
+        return search(name);
     }
 
     std::uint16_t add(std::string_view name) {
@@ -88,56 +110,59 @@ public:
         return static_cast<std::uint16_t>(number);
     }
 
-    [[nodiscard]] std::string_view name(std::uint16_t number) const noexcept {
-        if (number < libraryKeyCount) return libraryKeyNames[number];
-        const std::size_t index = number - libraryKeyCount;
+    [[nodiscard]] std::string_view addedName(std::size_t index) const noexcept {
         const std::string* chunk = chunks_[index / ChunkSize].load(std::memory_order_acquire);
         return chunk ? std::string_view(chunk[index % ChunkSize]) : std::string_view();
     }
 
 private:
-    struct Row {
-        Print print{{}};
-        std::atomic<std::uint16_t> number{0}; // written last; 0 while the row is free
-    };
-    struct Rows {
-        explicit Rows(std::size_t count) : rows(count) {}
-        [[nodiscard]] const Row& at(std::size_t place) const noexcept {
-            return rows[place & (rows.size() - 1)];
+    [[gnu::noinline]] static std::uint16_t search(std::string_view name) noexcept {
+        shared();
+        const Print print(name);
+        const Rows& rows = *currentRows.load(std::memory_order_acquire);
+        for (std::size_t place = print.hash();; ++place) {
+            const Row& row = rows.at(place);
+            const std::uint16_t number = row.number.load(std::memory_order_acquire);
+            if (number == 0) return 0;
+            if (row.print == print && (name.size() <= Print::Covered || Key(number).name() == name))
+                return number;
         }
-        std::vector<Row> rows; // a power of two of them, half of them free at the least
-        std::size_t used = 0;
-    };
+    }
 
     KeyTable() {
         grow(std::bit_ceil(4 * libraryKeyCount));
         for (std::size_t number = 1; number < libraryKeyCount; ++number)
             enter(libraryKeyNames[number], static_cast<std::uint16_t>(number));
+        publish();
     }
 
     void enter(std::string_view name, std::uint16_t number) {
-        Rows* rows = all_.back().get();
-        if (2 * (rows->used + 1) > rows->rows.size()) rows = &grow(2 * rows->rows.size());
-        put(*rows, Print(name), number);
+        if (2 * all_.back()->used > all_.back()->last) {
+            grow(2 * (all_.back()->last + 1));
+            publish();
+        }
+        put(*all_.back(), Print(name), number);
     }
 
+    void grow(std::size_t count) {
+        auto grown = std::make_unique<Rows>(count);
+        if (!all_.empty())
+            for (std::size_t place = 0; place <= all_.back()->last; ++place) {
+                const Row& row = all_.back()->rows[place];
+                if (const auto number = row.number.load(std::memory_order_relaxed))
+                    put(*grown, row.print, number);
+            }
+        all_.push_back(std::move(grown));
+    }
+
+    void publish() { currentRows.store(all_.back().get(), std::memory_order_release); }
+
     static void put(Rows& rows, const Print& print, std::uint16_t number) {
-        std::size_t place = print.hash() & (rows.rows.size() - 1);
-        while (rows.rows[place].number.load(std::memory_order_relaxed) != 0)
-            place = (place + 1) & (rows.rows.size() - 1);
+        std::size_t place = print.hash() & rows.last;
+        while (rows.rows[place].number.load(std::memory_order_relaxed) != 0) place = (place + 1) & rows.last;
         rows.rows[place].print = print;
         rows.rows[place].number.store(number, std::memory_order_release);
         ++rows.used;
-    }
-
-    Rows& grow(std::size_t count) {
-        auto grown = std::make_unique<Rows>(count);
-        if (!all_.empty())
-            for (const Row& row : all_.back()->rows)
-                if (const std::uint16_t number = row.number.load(std::memory_order_relaxed))
-                    put(*grown, row.print, number);
-        rows_.store(grown.get(), std::memory_order_release);
-        return *all_.emplace_back(std::move(grown));
     }
 
     void keepName(std::string_view name) {
@@ -151,7 +176,6 @@ private:
     static constexpr std::size_t ChunkSize = 256;
 
     std::mutex mutex_;
-    std::atomic<const Rows*> rows_{nullptr};
     std::vector<std::unique_ptr<Rows>> all_;
     std::array<std::atomic<std::string*>, 256> chunks_{};
     std::size_t added_ = 0;
@@ -159,23 +183,30 @@ private:
 
 } // namespace
 
-Key Key::named(std::string_view name) {
-    KeyTable& table = KeyTable::shared();
-    if (const std::uint16_t known = table.find(name)) return Key(known);
+namespace {
+
+[[gnu::noinline]] Key makeKey(std::string_view name) {
     if (name.empty() || name.find('.') != std::string_view::npos)
         throw InvalidArgumentException("\"" + std::string(name) +
                                        "\" is no key: it is empty or holds a point");
-    return Key(table.add(name));
+    return Key(KeyTable::shared().add(name));
+}
+
+} // namespace
+
+Key Key::named(std::string_view name) {
+    const std::uint16_t known = KeyTable::find(name);
+    return known != 0 ? Key(known) : makeKey(name);
 }
 
 std::optional<Key> Key::find(std::string_view name) {
-    const std::uint16_t known = KeyTable::shared().find(name);
+    const std::uint16_t known = KeyTable::find(name);
     return known ? std::optional(Key(known)) : std::nullopt;
 }
 
 std::string_view Key::name() const noexcept {
     if (number_ < libraryKeyCount) return libraryKeyNames[number_];
-    return KeyTable::shared().name(number_);
+    return KeyTable::shared().addedName(number_ - libraryKeyCount);
 }
 
 } // namespace estatebook::platform

@@ -46,6 +46,9 @@ private:
     std::uint16_t number_ = 0;
 };
 
+/// Keys of the library have numbers below this, so that tables can be entered by number.
+inline constexpr std::size_t SmallKeys = 128;
+
 /// Keys with numbers up to 126 have a bit each; all others share the last one, so that membership of such a
 /// key means "perhaps" and its absence means "no".
 class KeySet {
@@ -65,23 +68,28 @@ public:
     }
     /// The one key of the set; no key when there is none, more than one, or one without a bit of its own.
     [[nodiscard]] constexpr Key only() const noexcept {
-        if (std::popcount(words_[0]) + std::popcount(words_[1]) != 1) return {};
-        const auto number = static_cast<std::uint16_t>(words_[0] != 0 ? std::countr_zero(words_[0])
-                                                                      : 64 + std::countr_zero(words_[1]));
+        const std::uint64_t either = words_[0] | words_[1];
+        if ((words_[0] != 0 && words_[1] != 0) || either == 0 || (either & (either - 1)) != 0) return {};
+        const auto number = static_cast<std::uint16_t>((words_[0] != 0 ? 0 : 64) + std::countr_zero(either));
         return number == Shared ? Key() : Key(number);
     }
     /// How many keys with smaller numbers are in the set; of a key without a bit of its own, all that have one.
     [[nodiscard]] constexpr std::size_t countBelow(Key key) const noexcept {
         const std::uint64_t below = bit(key) - 1;
-        const auto count = word(key) == 0 ? std::popcount(words_[0] & below)
-                                          : std::popcount(words_[0]) + std::popcount(words_[1] & below);
-        return static_cast<std::size_t>(count);
+        return word(key) == 0 ? bitsIn(words_[0] & below) : bitsIn(words_[0]) + bitsIn(words_[1] & below);
     }
     /// Whether the key has a bit of its own.
     [[nodiscard]] static constexpr bool isExact(Key key) noexcept { return key.number() < Shared; }
 
 private:
     static constexpr std::uint16_t Shared = 127;
+    /// As std::popcount, which is a call where the processor at hand is not known to count bits itself.
+    static constexpr std::size_t bitsIn(std::uint64_t word) noexcept {
+        word -= (word >> 1) & 0x5555'5555'5555'5555u;
+        word = (word & 0x3333'3333'3333'3333u) + ((word >> 2) & 0x3333'3333'3333'3333u);
+        word = (word + (word >> 4)) & 0x0F0F'0F0F'0F0F'0F0Fu;
+        return static_cast<std::size_t>((word * 0x0101'0101'0101'0101u) >> 56);
+    }
     static constexpr unsigned place(Key key) noexcept {
         return key.number() < Shared ? key.number() : Shared;
     }

@@ -156,6 +156,9 @@ public:
 
 protected:
     constexpr explicit ObservableObject(Counting counting = Counting::Local) noexcept : Object(counting) {}
+    /// For a class that replaces `noteWillChange` and `noteDidChange`.
+    enum class Notes : bool { None, Taken };
+    constexpr explicit ObservableObject(Notes notes) noexcept : Object(Counting::Local), notes_(notes) {}
     ~ObservableObject() override { endObserving(); }
     /// Observers learn that the object is gone before any part of it is.
     void dispose() const noexcept override;
@@ -181,9 +184,9 @@ protected:
     template <class Store>
     void change(Key key, Store&& store) {
         if (!mustAnnounce()) {
-            noteWillChange(key);
+            if (notes_ == Notes::Taken) noteWillChange(key);
             store();
-            noteDidChange(key);
+            if (notes_ == Notes::Taken) noteDidChange(key);
             return;
         }
         willChangeValueForKey(key);
@@ -196,7 +199,8 @@ protected:
         didChangeValueForKey(key);
     }
 
-    /// Told of each key that is itself changed, as against one that is announced because it depends on another.
+    /// Told of each key that is itself changed, as against one that is announced because it depends on another, if the
+    /// class says that it takes notes.
     virtual void noteWillChange(Key) {}
     virtual void noteDidChange(Key) {}
 
@@ -215,6 +219,7 @@ private:
 
     class Observation* observation_ = nullptr;
     mutable Announcing announcing_ = Announcing::Unknown;
+    Notes notes_ = Notes::None;
 };
 
 /// For class tables: whether T replaces the announcing pair of the platform classes.

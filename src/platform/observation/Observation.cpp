@@ -17,19 +17,6 @@ WeakReference::WeakReference(ObservableObject& object) {
 
 // ObserverLists
 
-std::size_t ObserverLists::placeOf(Key key) const noexcept {
-    std::size_t place = keys_.countBelow(key);
-    if (!KeySet::isExact(key))
-        while (place < lists_.size() && lists_[place]->key() != key) ++place;
-    return place;
-}
-
-ObserverList* ObserverLists::find(Key key) const noexcept {
-    if (!keys_.mayContain(key)) return nullptr;
-    const std::size_t place = placeOf(key);
-    return place < lists_.size() ? lists_[place].get() : nullptr;
-}
-
 ObserverList& ObserverLists::findOrMake(Key key) {
     if (ObserverList* known = find(key)) return *known;
     const auto place = static_cast<std::ptrdiff_t>(placeOf(key));
@@ -60,34 +47,6 @@ ObserverLists& Observation::makeLists() {
     one_.kind = Registration::Kind::Lists;
     one_.target = made.get();
     return *made.release();
-}
-
-KeySet Observation::keys() const noexcept {
-    if (const ObserverLists* all = lists()) return all->keys();
-    KeySet keys;
-    if (!isEmpty()) keys.insert(one_.key);
-    return keys;
-}
-
-bool Observation::awaits(Key key) const noexcept {
-    if (const ObserverLists* all = lists()) return all->find(key) != nullptr;
-    return !isEmpty() && one_.key == key;
-}
-
-bool Observation::awaitsOld(Key key) const noexcept {
-    if (const ObserverLists* all = lists()) {
-        const ObserverList* list = all->find(key);
-        return list && list->wantsOld();
-    }
-    return !isEmpty() && one_.key == key && one_.wantsOld();
-}
-
-bool Observation::awaitsBefore(Key key) const noexcept {
-    if (const ObserverLists* all = lists()) {
-        const ObserverList* list = all->find(key);
-        return list && list->wantsBefore();
-    }
-    return !isEmpty() && one_.key == key && one_.wantsBefore();
 }
 
 void Observation::add(const Registration& registration) {

@@ -19,7 +19,11 @@ namespace estatebook::platform {
 class ObserverLists {
 public:
     [[nodiscard]] const KeySet& keys() const noexcept { return keys_; }
-    [[nodiscard]] ObserverList* find(Key key) const noexcept;
+    [[nodiscard]] ObserverList* find(Key key) const noexcept {
+        if (!keys_.mayContain(key)) return nullptr;
+        const std::size_t place = placeOf(key);
+        return place < lists_.size() ? lists_[place].get() : nullptr;
+    }
     [[nodiscard]] ObserverList& findOrMake(Key key);
     /// Drops the lists that are empty, save those that are just being told.
     void dropEmpty();
@@ -37,7 +41,12 @@ public:
     std::vector<Followed> followed;
 
 private:
-    [[nodiscard]] std::size_t placeOf(Key key) const noexcept;
+    [[nodiscard]] std::size_t placeOf(Key key) const noexcept {
+        std::size_t place = keys_.countBelow(key);
+        if (!KeySet::isExact(key))
+            while (place < lists_.size() && lists_[place]->key() != key) ++place;
+        return place;
+    }
 
     // Keys with a bit of their own stand in the order of their numbers, before all others.
     KeySet keys_;
@@ -62,12 +71,23 @@ public:
     [[nodiscard]] ObserverLists& makeLists();
 
     /// The keys that somebody may be registered for.
-    [[nodiscard]] KeySet keys() const noexcept;
-    [[nodiscard]] bool awaits(Key key) const noexcept;
+    [[nodiscard]] KeySet keys() const noexcept {
+        if (const ObserverLists* all = lists()) return all->keys();
+        KeySet keys;
+        if (!isEmpty()) keys.insert(one_.key);
+        return keys;
+    }
+    [[nodiscard]] bool awaits(Key key) const noexcept {
+        return anyFor(key, [](const auto&) { return true; });
+    }
     /// Whether somebody wants the value before a change of the key.
-    [[nodiscard]] bool awaitsOld(Key key) const noexcept;
+    [[nodiscard]] bool awaitsOld(Key key) const noexcept {
+        return anyFor(key, [](const auto& each) { return each.wantsOld(); });
+    }
     /// Whether there is anything to be done for somebody before a change of the key.
-    [[nodiscard]] bool awaitsBefore(Key key) const noexcept;
+    [[nodiscard]] bool awaitsBefore(Key key) const noexcept {
+        return anyFor(key, [](const auto& each) { return each.wantsBefore(); });
+    }
 
     /// Takes over the registration's hold.
     void add(const Registration& registration);
@@ -89,6 +109,16 @@ public:
     WeakBlock* weak = nullptr;
 
 private:
+    /// Asks the registration or the list of the key.
+    template <class Asks>
+    [[nodiscard]] bool anyFor(Key key, Asks asks) const noexcept {
+        if (const ObserverLists* all = lists()) {
+            const ObserverList* list = all->find(key);
+            return list && asks(*list);
+        }
+        return !isEmpty() && one_.key == key && asks(one_);
+    }
+
     Registration one_;
 };
 

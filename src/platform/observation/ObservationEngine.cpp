@@ -129,22 +129,23 @@ void ObservationEngine::objectEnds(ObservableObject& object) noexcept {
 void ObservationEngine::will(ObservableObject& object, Key key) {
     Announcements& all = Announcements::current();
     const Cause cause = all.takeExpected(object, key);
-    if (cause == Cause::Itself) object.noteWillChange(key);
+    if (cause == Cause::Itself && takesNotes(object)) object.noteWillChange(key);
 
     OpenObject& opened = all.open(object);
-    ++all.session.openPairs;
+    ++all.session->openPairs;
     if (opened.isOpen(key)) {
         ++opened.details(key).inner;
         return;
     }
-    open(object, key, opened, all.takeMutation(object));
+    const KeyValueChange* mutation = all.takeMutation(object);
+    opened.open(key);
+    if (object.observation_ && object.observation_->awaitsBefore(key))
+        tellBefore(object, key, opened, mutation);
     if (cause != Cause::Key) openDependents(object, key, opened);
 }
 
-void ObservationEngine::open(ObservableObject& object, Key key, OpenObject& opened,
-                             const KeyValueChange* mutation) {
-    opened.open(key);
-    if (!object.observation_ || !object.observation_->awaitsBefore(key)) return;
+void ObservationEngine::tellBefore(ObservableObject& object, Key key, OpenObject& opened,
+                                   const KeyValueChange* mutation) {
     Value old;
     if (object.observation_->awaitsOld(key)) {
         old = oldValueOf(object, key, mutation);
@@ -154,21 +155,6 @@ void ObservationEngine::open(ObservableObject& object, Key key, OpenObject& open
     if (!paths.empty()) opened.details(key).opened = std::move(paths);
 }
 
-namespace {
-
-/// Calls for those dependents that are in the set.
-template <class Visit>
-void forEach(const DependentKeys& dependents, const KeySet& set, Visit visit) {
-    const KeySet common = dependents.set & set;
-    if (common.empty()) return;
-    // However long the way to it, a single one is found at once.
-    if (const Key only = common.only()) return visit(only);
-    for (const Key dependent : dependents.keys)
-        if (common.mayContain(dependent)) visit(dependent);
-}
-
-} // namespace
-
 void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenObject& opened) {
     Announcements& all = Announcements::current();
     const DependentKeys dependents = object.classDescription().dependentKeys(key);
@@ -176,25 +162,37 @@ void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenOb
     const auto openOne = [&](Key dependent) {
         if (opened.isOpen(dependent)) {
             ++opened.details(dependent).inner;
-            ++all.session.openPairs;
+            ++all.session->openPairs;
         } else if (isAnnouncingAll(object)) {
             announceDependent(object, dependent, &ObservableObject::willChangeValueForKey);
         } else {
-            ++all.session.openPairs;
-            open(object, dependent, opened, nullptr);
+            ++all.session->openPairs;
+            opened.open(dependent);
+            if (object.observation_ && object.observation_->awaitsBefore(dependent))
+                tellBefore(object, dependent, opened, nullptr);
         }
     };
     // Where nobody passes announcements on, those that nobody awaits can be left out.
-    if (isAnnouncingAll(object))
+    if (isAnnouncingAll(object)) {
         std::ranges::for_each(dependents.keys, openOne);
-    else if (object.observation_)
-        forEach(dependents, object.observation_->keys(), openOne);
+    } else if (const Observation* observation = object.observation_) {
+        // However long the way to it, the only one is found at once.
+        const Registration* only = observation->only();
+        if (only && !dependents.set.mayContain(only->key)) return;
+        if (only && KeySet::isExact(only->key)) {
+            openOne(only->key);
+            opened.openedOnlyWith(key);
+            return;
+        }
+        for (const Key dependent : dependents.keys)
+            if (object.observation_ && object.observation_->awaits(dependent)) openOne(dependent);
+    }
 }
 
 void ObservationEngine::did(ObservableObject& object, Key key) {
     Announcements& all = Announcements::current();
     const Cause cause = all.takeExpected(object, key);
-    if (cause == Cause::Itself) {
+    if (cause == Cause::Itself && takesNotes(object)) {
         try {
             object.noteDidChange(key);
         } catch (...) {
@@ -207,31 +205,38 @@ void ObservationEngine::did(ObservableObject& object, Key key) {
     Ref<ObservableObject> held;
     if (!opened->closeInner(key)) {
         tellAfter(object, key, *opened, all.takeMutation(object));
-        if (cause != Cause::Key) closeDependents(object, key, *opened);
+        if (cause != Cause::Key && opened->count() > 1) closeDependents(object, key, *opened);
         opened->close(key);
-        if (opened->keys().empty()) {
+        if (opened->count() == 0) {
             held = opened->end();
             all.dropClosed();
         }
     }
-    if (--all.session.openPairs == 0 && all.session.firstException)
-        std::rethrow_exception(std::exchange(all.session.firstException, nullptr));
+    if (--all.session->openPairs == 0 && all.session->firstException)
+        std::rethrow_exception(std::exchange(all.session->firstException, nullptr));
 }
 
 void ObservationEngine::closeDependents(ObservableObject& object, Key key, OpenObject& opened) {
     Announcements& all = Announcements::current();
-    forEach(object.classDescription().dependentKeys(key), opened.keys(), [&](Key dependent) {
-        if (!opened.isOpen(dependent)) return;
+    if (const Key only = opened.onlyOpenedWith(key)) {
+        tellAfter(object, only, opened, nullptr);
+        opened.close(only);
+        --all.session->openPairs;
+        return;
+    }
+    const auto closeOne = [&](Key dependent) {
         if (opened.closeInner(dependent)) {
-            --all.session.openPairs;
+            --all.session->openPairs;
         } else if (isAnnouncingAll(object)) {
             announceDependent(object, dependent, &ObservableObject::didChangeValueForKey);
         } else {
             tellAfter(object, dependent, opened, nullptr);
             opened.close(dependent);
-            --all.session.openPairs;
+            --all.session->openPairs;
         }
-    });
+    };
+    for (const Key dependent : object.classDescription().dependentsOf(key))
+        if (opened.isOpen(dependent)) closeOne(dependent);
 }
 
 void ObservationEngine::tellAfter(ObservableObject& object, Key key, OpenObject& opened,
@@ -239,25 +244,26 @@ void ObservationEngine::tellAfter(ObservableObject& object, Key key, OpenObject&
     OpenKey* details = opened.find(key);
     const bool isAwaited = object.observation_ && object.observation_->awaits(key);
     if (!isAwaited && !(details && !details->opened.empty())) return;
+    if (!details && !mutation && Telling::tellOnlyPlainly(object, key)) return;
     Telling telling(object, key, mutation);
     if (details)
         telling.after(std::move(details->old), std::move(details->opened));
     else
-        telling.after({}, {});
+        telling.after();
 }
 
 void ObservationEngine::announceDependent(ObservableObject& object, Key dependent, Announcement announce,
                                           Cause cause) {
     Announcements& all = Announcements::current();
-    all.session.expectedObject = &object;
-    all.session.expectedKey = dependent;
-    all.session.expectedCause = cause;
+    all.session->expectedObject = &object;
+    all.session->expectedKey = dependent;
+    all.session->expectedCause = cause;
     try {
         (object.*announce)(dependent);
     } catch (...) {
         all.keep(std::current_exception());
     }
-    all.session.expectedObject = nullptr;
+    all.session->expectedObject = nullptr;
 }
 
 void ObservationEngine::announceFromPath(ObservableObject& object, Key key, Announcement announce) {
@@ -266,18 +272,18 @@ void ObservationEngine::announceFromPath(ObservableObject& object, Key key, Anno
 
 void ObservationEngine::willMutate(ObservableObject& object, Key key, const KeyValueChange& mutation) {
     Announcements& all = Announcements::current();
-    all.session.mutatedObject = &object;
-    all.session.mutation = &mutation;
+    all.session->mutatedObject = &object;
+    all.session->mutation = &mutation;
     object.willChangeValueForKey(key);
-    all.session.mutatedObject = nullptr;
+    all.session->mutatedObject = nullptr;
 }
 
 void ObservationEngine::didMutate(ObservableObject& object, Key key, const KeyValueChange& mutation) {
     Announcements& all = Announcements::current();
-    all.session.mutatedObject = &object;
-    all.session.mutation = &mutation;
+    all.session->mutatedObject = &object;
+    all.session->mutation = &mutation;
     object.didChangeValueForKey(key);
-    all.session.mutatedObject = nullptr;
+    all.session->mutatedObject = nullptr;
 }
 
 // Values for observers

@@ -94,12 +94,16 @@ private:
     static bool isAnnouncingAll(const ObservableObject& object) noexcept {
         return object.announcing_ == ObservableObject::Announcing::Always;
     }
+    static bool takesNotes(const ObservableObject& object) noexcept {
+        return object.notes_ == ObservableObject::Notes::Taken;
+    }
     static void afterRemoval(ObservableObject& object);
     static void announceDependent(ObservableObject& object, Key dependent, Announcement announce,
                                   Cause cause = Cause::Key);
     static void openDependents(ObservableObject& object, Key key, OpenObject& opened);
     static void closeDependents(ObservableObject& object, Key key, OpenObject& opened);
-    static void open(ObservableObject& object, Key key, OpenObject& opened, const KeyValueChange* mutation);
+    static void tellBefore(ObservableObject& object, Key key, OpenObject& opened,
+                           const KeyValueChange* mutation);
 
     static void tellAfter(ObservableObject& object, Key key, OpenObject& opened,
                           const KeyValueChange* mutation);

@@ -1,29 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/observation/ObserverList.hpp"
 
-#include "platform/observation/ObservableObject.hpp"
-#include "platform/observation/ObserverCallback.hpp"
-#include "platform/observation/PathObservation.hpp"
-
 #include <bit>
 
 namespace estatebook::platform {
-
-ObserverCallback* Registration::callback() const noexcept {
-    return static_cast<ObserverCallback*>(target);
-}
-
-PathLink* Registration::link() const noexcept {
-    return static_cast<PathLink*>(target);
-}
-
-bool Registration::wantsOld() const noexcept {
-    return (options & ObservingOld) != 0;
-}
-
-bool Registration::wantsBefore() const noexcept {
-    return kind == Kind::Link || (options & (ObservingOld | ObservingPrior)) != 0;
-}
 
 ObserverList::~ObserverList() {
     for (Registration& each : registrations_) each.letGo();

@@ -4,6 +4,7 @@
 /// Inner header of observing: the registrations for one key of one object.
 
 #include "platform/observation/Key.hpp"
+#include "platform/observation/ObservableObject.hpp"
 #include "platform/observation/WeakReference.hpp"
 
 #include <cstddef>
@@ -12,7 +13,6 @@
 
 namespace estatebook::platform {
 
-class ObserverCallback;
 struct PathLink;
 
 /// One registration: an observer, a callback or the link of a path that is to be told.
@@ -30,16 +30,20 @@ struct Registration {
     [[nodiscard]] ObservableObject* observer() const noexcept {
         return static_cast<WeakBlock*>(target)->object;
     }
-    [[nodiscard]] ObserverCallback* callback() const noexcept;
-    [[nodiscard]] PathLink* link() const noexcept;
+    [[nodiscard]] ObserverCallback* callback() const noexcept {
+        return static_cast<ObserverCallback*>(target);
+    }
+    [[nodiscard]] PathLink* link() const noexcept { return static_cast<PathLink*>(target); }
     /// Whether it waits to be told, and not for an observer that is gone.
     [[nodiscard]] bool isAlive() const noexcept {
         return kind != Kind::None && (kind != Kind::Observer || observer());
     }
     /// Whether it wants the value before the change.
-    [[nodiscard]] bool wantsOld() const noexcept;
+    [[nodiscard]] bool wantsOld() const noexcept { return (options & ObservingOld) != 0; }
     /// Whether there is anything to be done for it before the change.
-    [[nodiscard]] bool wantsBefore() const noexcept;
+    [[nodiscard]] bool wantsBefore() const noexcept {
+        return kind == Kind::Link || (options & (ObservingOld | ObservingPrior)) != 0;
+    }
     void letGo() noexcept {
         if (kind == Kind::Observer) static_cast<WeakBlock*>(target)->letGo();
         *this = {};

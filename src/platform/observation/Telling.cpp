@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/observation/Telling.hpp"
 
+#include "platform/observation/KeyVocabulary.hpp"
 #include "platform/observation/ObservationEngine.hpp"
 #include "platform/observation/ObserverCallback.hpp"
 
@@ -21,6 +22,20 @@ Value orNullObject(Value value) {
 
 } // namespace
 
+bool Telling::tellOnlyPlainly(ObservableObject& object, Key key) {
+    const Registration* only = ObservationEngine::observationIfAny(object)->only();
+    if (!only || only->kind != Registration::Kind::Observer || only->options != ObservingNothing)
+        return false;
+    const Ref<ObservableObject> observer(only->observer());
+    const void* context = only->context;
+    if (!observer) return true;
+    Apart(Announcements::current()).run([&] {
+        observer->observeValueForKeyPathOfObjectChangeContext(nameOf(key), object, *plainSetting.get(),
+                                                              context);
+    });
+    return true;
+}
+
 std::vector<Telling::OpenedPath> Telling::before(Value old) {
     isPrior_ = true;
     old_ = std::move(old);
@@ -28,11 +43,15 @@ std::vector<Telling::OpenedPath> Telling::before(Value old) {
     return std::move(opened_);
 }
 
+void Telling::after() {
+    if (Observation* observation = ObservationEngine::observationIfAny(object_)) tellAll(*observation);
+}
+
 void Telling::after(Value old, std::vector<OpenedPath> opened) {
     old_ = std::move(old);
     opened_ = std::move(opened);
     for (const auto& [path, step] : opened_) tellPath(*path, step);
-    if (Observation* observation = ObservationEngine::observationIfAny(object_)) tellAll(*observation);
+    after();
 }
 
 void Telling::tellAll(Observation& observation) {
@@ -43,6 +62,29 @@ void Telling::tellAll(Observation& observation) {
         tellPerson(apart, *only);
     } else if (ObserverLists* lists = observation.lists()) {
         if (ObserverList* list = lists->find(key_)) tellList(*list);
+    }
+}
+
+inline const KeyValueChange& Telling::changeFor(Apart& apart, unsigned options) {
+    const bool isPlain = (options & (ObservingNew | ObservingOld)) == 0 && !mutation_ && !isPrior_;
+    return isPlain ? *plainSetting.get() : changeWithValues(apart, options & (ObservingNew | ObservingOld));
+}
+
+// The registration may be gone or elsewhere once foreign code has run.
+inline void Telling::tellPerson(Apart& apart, const Registration& registration) {
+    const std::uint8_t options = registration.options;
+    if (isPrior_ && !(options & ObservingPrior)) return;
+    if (registration.kind == Registration::Kind::Observer) {
+        const Ref<ObservableObject> observer(registration.observer());
+        if (!observer) return;
+        const void* context = registration.context;
+        const KeyValueChange& change = changeFor(apart, options);
+        apart.run(
+            [&] { observer->observeValueForKeyPathOfObjectChangeContext(name_, object_, change, context); });
+    } else if (registration.kind == Registration::Kind::Callback) {
+        const Ref<ObserverCallback> callback(registration.callback());
+        const KeyValueChange& change = changeFor(apart, options);
+        apart.run([&] { callback->changed(object_, change); });
     }
 }
 
@@ -81,41 +123,23 @@ void Telling::tellPath(PathObservation& path, std::size_t step) {
     }
 }
 
-// The registration may be gone or elsewhere once foreign code has run.
-void Telling::tellPerson(Apart& apart, const Registration& registration) {
-    if (isPrior_ && !(registration.options & ObservingPrior)) return;
-    if (registration.kind == Registration::Kind::Observer) {
-        const Ref<ObservableObject> observer(registration.observer());
-        if (!observer) return;
-        const void* context = registration.context;
-        const KeyValueChange& change = changeFor(apart, registration.options);
-        apart.run([&] {
-            observer->observeValueForKeyPathOfObjectChangeContext(key_.name(), object_, change, context);
-        });
-    } else if (registration.kind == Registration::Kind::Callback) {
-        const Ref<ObserverCallback> callback(registration.callback());
-        const KeyValueChange& change = changeFor(apart, registration.options);
-        apart.run([&] { callback->changed(object_, change); });
-    }
-}
-
-const KeyValueChange& Telling::changeFor(Apart& apart, unsigned options) {
-    options &= ObservingNew | ObservingOld;
-    if (options == 0 && !mutation_ && !isPrior_) return *plainSetting.get();
+const KeyValueChange& Telling::changeWithValues(Apart& apart, unsigned options) {
     if (change_ && options_ == options) return *change_;
-    options_ = options;
+    options_ = static_cast<std::uint8_t>(options);
     KeyValueChange& change = change_.emplace();
     change.isPrior = isPrior_;
     if (mutation_) {
         change.kind = mutation_->kind;
         change.indexes = mutation_->indexes;
     }
-    if (options & ObservingOld) change.oldValue = orNullObject(old_);
+    if (options & ObservingOld) change.oldValue = orNullObject(old_.value_or(Value()));
     if (!isPrior_ && (options & ObservingNew)) {
-        if (!newValue_)
-            apart.run([&] { newValue_ = ObservationEngine::newValueOf(object_, key_, mutation_); });
-        change.newValue = orNullObject(newValue_.value_or(Value()));
-        newValue_ = change.newValue;
+        if (!newValue_) {
+            Value read;
+            apart.run([&] { read = ObservationEngine::newValueOf(object_, key_, mutation_); });
+            newValue_ = orNullObject(std::move(read));
+        }
+        change.newValue = *newValue_;
     }
     return change;
 }

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -25,8 +26,12 @@ public:
     Telling(const Telling&) = delete;
     Telling& operator=(const Telling&) = delete;
 
+    /// Tells the only observer of the object of a change of the key if that is all there is to it; false if it is not.
+    static bool tellOnlyPlainly(ObservableObject& object, Key key);
+
     /// Gives the dotted dependencies that this has opened.
     [[nodiscard]] std::vector<OpenedPath> before(Value old);
+    void after();
     /// Closes the dotted dependencies first.
     void after(Value old, std::vector<OpenedPath> opened);
 
@@ -38,16 +43,18 @@ private:
     void tellPath(PathObservation& path, std::size_t step);
     void tellPerson(Apart& apart, const Registration& registration);
     const KeyValueChange& changeFor(Apart& apart, unsigned options);
+    const KeyValueChange& changeWithValues(Apart& apart, unsigned options);
 
     ObservableObject& object_;
     Key key_;
     bool isPrior_ = false;
+    std::uint8_t options_ = 0;
     const KeyValueChange* mutation_;
-    Value old_;
+    std::string_view name_ = key_.name();
+    std::optional<Value> old_;
     std::vector<OpenedPath> opened_;
 
     // What the last one was told, for the next who asks for the same.
-    unsigned options_ = 0;
     std::optional<KeyValueChange> change_;
     std::optional<Value> newValue_;
 };

@@ -112,7 +112,8 @@ public:
     }
 
 protected:
-    explicit ManagedObject(const ManagedObjectBirth& birth) noexcept : home_(&birth.home()) {
+    explicit ManagedObject(const ManagedObjectBirth& birth) noexcept
+        : ObservableObject(Notes::Taken), home_(&birth.home()) {
         if (birth.holdsModel()) holdModel();
     }
     ~ManagedObject() override {

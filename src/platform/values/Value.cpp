@@ -48,11 +48,6 @@ Value::Value(Ref<Object> object) noexcept {
         content_ = std::move(object);
 }
 
-bool Value::isNumber() const noexcept {
-    // Plain alternatives from bool up to Decimal.
-    return content_.index() >= 2 && content_.index() <= 7;
-}
-
 std::optional<Number> Value::number() const noexcept {
     return std::visit(Overloaded{
                           [](bool flag) -> std::optional<Number> { return Number(flag); },
@@ -87,7 +82,7 @@ Ref<Object> Value::object() const noexcept {
     return string();
 }
 
-std::uint64_t Value::unsignedIntegerValue() const noexcept {
+std::uint64_t Value::convertedToUnsigned() const noexcept {
     const auto boxed = number();
     return boxed ? boxed->unsignedIntegerValue() : 0;
 }

@@ -62,7 +62,10 @@ public:
 
     [[nodiscard]] bool isAbsent() const noexcept { return std::holds_alternative<std::monostate>(content_); }
     [[nodiscard]] bool isNullObject() const noexcept { return std::holds_alternative<NullObject>(content_); }
-    [[nodiscard]] bool isNumber() const noexcept;
+    [[nodiscard]] bool isNumber() const noexcept {
+        // Plain alternatives from bool up to Decimal.
+        return content_.index() >= 2 && content_.index() <= 7;
+    }
 
     /// The number with its kind; none when this is no number.
     [[nodiscard]] std::optional<Number> number() const noexcept;
@@ -82,7 +85,10 @@ public:
     }
 
     /// Unsigned value of a number as Number::unsignedIntegerValue; 0 when absent or no number.
-    [[nodiscard]] std::uint64_t unsignedIntegerValue() const noexcept;
+    [[nodiscard]] std::uint64_t unsignedIntegerValue() const noexcept {
+        const auto* same = std::get_if<std::uint64_t>(&content_);
+        return same ? *same : convertedToUnsigned();
+    }
     /// Truth of a number; false when absent or no number.
     [[nodiscard]] bool boolValue() const noexcept;
 
@@ -96,6 +102,8 @@ public:
     friend bool operator==(const Value& a, const Value& b) noexcept { return a.isEqual(b); }
 
 private:
+    [[nodiscard]] std::uint64_t convertedToUnsigned() const noexcept;
+
     std::variant<std::monostate, NullObject, bool, std::int64_t, std::uint64_t, float, double, Decimal, Date,
                  Ref<String>, Ref<Object>>
         content_;
