@@ -29,16 +29,17 @@ double instantOf(const std::optional<Date>& when) noexcept {
 /// The lines of a statement in the making.
 class DatedLines {
 public:
-    explicit DatedLines(std::size_t capacity) { lines_.reserve(capacity); }
+    explicit DatedLines(std::size_t capacity) : lines_(capacity) {}
     /// `when` is the line's own.
     void add(Ref<TKLedgerTransaction> line, std::optional<Date> when) {
         const double instant = instantOf(when);
         isSorted_ = isSorted_ && last_ <= instant;
         last_ = instant;
-        lines_.push_back(std::move(line));
+        lines_[count_++] = std::move(line);
     }
     /// By instant; those of one instant as they were added.
     [[nodiscard]] std::vector<Ref<TKLedgerTransaction>> sorted() && {
+        lines_.resize(count_);
         if (!isSorted_) sort();
         return std::move(lines_);
     }
@@ -58,6 +59,7 @@ private:
     }
 
     std::vector<Ref<TKLedgerTransaction>> lines_;
+    std::size_t count_ = 0;
     double last_ = -HUGE_VAL;
     bool isSorted_ = true;
 };

@@ -26,11 +26,11 @@ std::string DateFormatter::stringFromDay(CivilDay day) const {
 }
 
 DateFormatter::DayText DateFormatter::dayText(CivilDay day) const noexcept {
-    return DayText(table_->choicesFor(day));
+    return DayText(table_->cellsFor(day));
 }
 
 char* DateFormatter::write(char* out, DayText text) const {
-    return table_->write(out, text.choices_);
+    return table_->write(out, text.cells_);
 }
 
 } // namespace estatebook::platform

@@ -42,8 +42,8 @@ public:
 
     private:
         friend class DateFormatter;
-        constexpr explicit DayText(std::uint64_t choices) noexcept : choices_(choices) {}
-        std::uint64_t choices_ = 0;
+        constexpr explicit DayText(std::uint64_t cells) noexcept : cells_(cells) {}
+        std::uint64_t cells_ = 0;
     };
 
     /// No date text is longer, in bytes; a longer one would be cut, and no locale of ICU has one.

@@ -74,14 +74,15 @@ public:
 
     /// False when the pattern has something that cells cannot hold; the table is to be cleared then.
     bool compile() {
+        addCell({}); // nobody's: the number 0 is no cell
         if (!format_ || !readCalendar() || !readDigits()) return false;
         icu::UnicodeString pattern;
         format_->toPattern(pattern);
         if (!readPattern(pattern)) return false;
         closeLiteral();
         if (longestText() > MaximalTextLength) return false;
-        shareCells();
-        coverDays();
+        coverYearsOfFourDigits();
+        coverUsualYears();
         return true;
     }
 
@@ -236,24 +237,52 @@ private:
         return sum;
     }
 
-    /// Puts neighbouring steps together where one field tells the cells of both.
-    void shareCells() {
+    void coverYearsOfFourDigits() {
+        table_.firstDay_ = CivilDay::fromYearMonthDay(1000 - table_.yearOffset_, 1, 1).number;
+        const CivilDay end = CivilDay::fromYearMonthDay(10000 - table_.yearOffset_, 1, 1);
+        table_.dayCount_ = static_cast<std::uint64_t>(end.number - table_.firstDay_);
+    }
+
+    void coverUsualYears() {
+        const std::vector<Step> steps = sharedSteps();
+        if (steps.size() > MostCells || table_.cells_.size() >> BitsPerCell != 0) return;
+        for (std::size_t place = 0; place < steps.size(); ++place)
+            if (steps[place].field == Day || steps[place].field == DayAndMonth)
+                table_.cellsPerDay_ += std::uint64_t{1} << (place * BitsPerCell);
+        constexpr unsigned years = UsualYear.mask + 1;
+        for (unsigned year = 0; year <= years; ++year)
+            for (int month = 1; month <= 12; ++month) {
+                const CivilDay first = CivilDay::fromYearMonthDay(FirstUsualYear + year, month, 1);
+                const std::uint32_t fields = table_.fieldsOf(first) | UsualYear.holding(year);
+                std::uint64_t cells = 0;
+                for (std::size_t place = 0; place < steps.size(); ++place)
+                    cells |= std::uint64_t{cellOf(steps[place], fields)} << (place * BitsPerCell);
+                table_.usualMonths_.push_back(
+                    {cells, static_cast<std::uint32_t>(first.number - FirstUsualDay)});
+            }
+        table_.usualDayCount_ = table_.usualMonths_[12 * years].firstDay;
+    }
+
+    /// The steps, neighbours put together where one field tells the cells of both.
+    std::vector<Step> sharedSteps() {
+        std::vector<Step> steps;
         for (const Step step : table_.steps_) {
             std::optional<Step> shared;
-            if (!table_.usualSteps_.empty()) shared = sharedStep(table_.usualSteps_.back(), step);
+            if (!steps.empty()) shared = sharedStep(steps.back(), step);
             if (shared)
-                table_.usualSteps_.back() = *shared;
+                steps.back() = *shared;
             else
-                table_.usualSteps_.push_back(step);
+                steps.push_back(step);
         }
+        return steps;
     }
 
     std::optional<Step> sharedStep(Step first, Step second) {
         const std::optional<Field> field = sharedField(first.field, second.field);
         if (!field) return std::nullopt;
         Texts texts;
-        for (const std::uint64_t choices : allChoicesOf(*field)) {
-            texts.push_back(textOf(first, choices) + textOf(second, choices));
+        for (const std::uint32_t fields : allFieldsIn(*field)) {
+            texts.push_back(textOf(first, fields) + textOf(second, fields));
             if (texts.back().size() > CellRoom) return std::nullopt;
         }
         const Step step{*field, static_cast<std::uint16_t>(table_.cells_.size())};
@@ -269,9 +298,9 @@ private:
         return std::nullopt;
     }
 
-    /// A day's choices for each number that may stand in the field, one after another.
-    std::vector<std::uint64_t> allChoicesOf(Field field) const {
-        std::vector<std::uint64_t> all;
+    /// The fields of a day for each number that may stand in this one, in order.
+    std::vector<std::uint32_t> allFieldsIn(Field field) const {
+        std::vector<std::uint32_t> all;
         if (field == DayAndMonth) {
             // No month has the last of the numbers that there is room for.
             for (unsigned month = 0; month < 12; ++month)
@@ -279,7 +308,7 @@ private:
                     all.push_back(Month.holding(month) | Day.holding(std::min(day, 30u)));
         } else if (field == UsualYear) {
             for (unsigned year = 0; year <= UsualYear.mask; ++year)
-                all.push_back(table_.cellsOf(CivilDay::fromYearMonthDay(FirstUsualYear + year, 1, 1)) |
+                all.push_back(table_.fieldsOf(CivilDay::fromYearMonthDay(FirstUsualYear + year, 1, 1)) |
                               UsualYear.holding(year));
         } else {
             const unsigned count = field == Day ? 31 : field == Month ? 12 : field == Always ? 1 : 100;
@@ -288,23 +317,11 @@ private:
         return all;
     }
 
-    /// Tells the table which days it has cells for.
-    void coverDays() {
-        table_.firstDay_ = CivilDay::fromYearMonthDay(1000 - table_.yearOffset_, 1, 1).number;
-        const CivilDay end = CivilDay::fromYearMonthDay(10000 - table_.yearOffset_, 1, 1);
-        table_.dayCount_ = static_cast<std::uint64_t>(end.number - table_.firstDay_);
-        for (unsigned year = 0; year <= UsualYear.mask + 1u; ++year)
-            for (int month = 1; month <= 12; ++month) {
-                const CivilDay first = CivilDay::fromYearMonthDay(FirstUsualYear + year, month, 1);
-                table_.usualMonths_.push_back(
-                    {static_cast<std::uint32_t>(first.number - FirstUsualDay),
-                     static_cast<std::uint32_t>(table_.cellsOf(first) | UsualYear.holding(year) | IsUsual)});
-            }
-        table_.usualDayCount_ = table_.usualMonths_[12 * (UsualYear.mask + 1u)].firstDay;
+    static std::uint32_t cellOf(Step step, std::uint32_t fields) {
+        return step.firstCell + step.field.of(fields);
     }
-
-    std::string textOf(Step step, std::uint64_t choices) const {
-        const Cell& cell = table_.cells_[step.firstCell + step.field.of(choices)];
+    std::string textOf(Step step, std::uint32_t fields) const {
+        const Cell& cell = table_.cells_[cellOf(step, fields)];
         return {cell.text, cell.length};
     }
 
@@ -334,6 +351,25 @@ bool MediumDateTable::agreesWithFallback() const {
         }
     }
     return true;
+}
+
+std::uint32_t MediumDateTable::fieldsOf(CivilDay day) const noexcept {
+    const YearMonthDay parts = day.yearMonthDay();
+    const auto shown = static_cast<std::uint32_t>(parts.year + yearOffset_);
+    return Day.holding(static_cast<std::uint32_t>(parts.day - 1)) |
+           Month.holding(static_cast<std::uint32_t>(parts.month - 1)) | Century.holding(shown / 100) |
+           YearOfCentury.holding(shown % 100);
+}
+
+char* MediumDateTable::writeUnusual(char* out, CivilDay day) const {
+    if (!hasCellsFor(day)) return writeWithFallback(out, day);
+    const std::uint32_t fields = fieldsOf(day);
+    for (const Step& step : steps_) {
+        const Cell& cell = cells_[step.firstCell + step.field.of(fields)];
+        std::memcpy(out, &cell, sizeof cell);
+        out += cell.length;
+    }
+    return out;
 }
 
 char* MediumDateTable::writeWithFallback(char* out, CivilDay day) const {

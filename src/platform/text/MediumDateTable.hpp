@@ -5,7 +5,7 @@
 ///
 /// A date text is a row of cells, each the finished text of one field value with the literals around it: "Mar", " 1",
 /// ", 20", "24". Writing a date copies these cells and formats nothing. In years that are written every day, fields
-/// that stand side by side share their cells: "Mar 1", ", 2024".
+/// that stand side by side share their cells, "Mar 1" and ", 2024", and a table of the months tells which these are.
 ///
 /// What cannot be laid out like that (a calendar that counts other months, numbers that are not digits, years
 /// of more or less than four digits) is written by ICU, one date at a time under a lock. Either way the text
@@ -33,11 +33,11 @@ public:
     explicit MediumDateTable(const std::string& localeName);
     ~MediumDateTable();
 
-    /// Which cells the text of the day is made of, or that it has none. Of use to this table only.
-    [[nodiscard]] std::uint64_t choicesFor(CivilDay day) const noexcept;
-    /// Writes the text of the day that the choices were made for and returns its end. REQUIRES: RoomNeeded bytes at `out`.
-    char* write(char* out, std::uint64_t choices) const;
-    char* write(char* out, CivilDay day) const { return write(out, choicesFor(day)); }
+    /// What the text of the day is made of; of use to this table only.
+    [[nodiscard]] std::uint64_t cellsFor(CivilDay day) const noexcept;
+    /// Writes the text and returns its end. REQUIRES: RoomNeeded bytes at `out`.
+    char* write(char* out, std::uint64_t cells) const;
+    char* write(char* out, CivilDay day) const { return write(out, cellsFor(day)); }
 
     /// Whether days of ordinary years are written from cells.
     [[nodiscard]] bool isCompiled() const noexcept { return dayCount_ != 0; }
@@ -49,16 +49,16 @@ private:
     };
     static_assert(sizeof(Cell) == 16);
 
-    /// Where among the bits of a day's choices the number of a step's cell stands.
+    /// Where among the bits of a day's fields the number stands that chooses a step's cell.
     struct Field {
         std::uint8_t shift;
         std::uint16_t mask;
 
-        [[nodiscard]] constexpr std::uint64_t holding(std::uint64_t number) const noexcept {
+        [[nodiscard]] constexpr std::uint32_t holding(std::uint32_t number) const noexcept {
             return number << shift;
         }
-        [[nodiscard]] constexpr std::uint64_t of(std::uint64_t choices) const noexcept {
-            return (choices >> shift) & mask;
+        [[nodiscard]] constexpr std::uint32_t of(std::uint32_t fields) const noexcept {
+            return (fields >> shift) & mask;
         }
         friend constexpr bool operator==(Field, Field) noexcept = default;
     };
@@ -69,17 +69,20 @@ private:
     static constexpr Field Century{9, 127};
     static constexpr Field YearOfCentury{16, 127};
     static constexpr Field UsualYear{23, 255};
-    /// Set when the year is a usual one: the steps that share cells may be taken.
-    static constexpr std::uint64_t IsUsual = std::uint64_t{1} << 31;
-    /// Set when there are no cells; the other bits are the number of the day.
-    static constexpr std::uint64_t HasNone = std::uint64_t{1} << 63;
+
     static constexpr std::int64_t FirstUsualYear = 1900;
     static constexpr std::int64_t FirstUsualDay = CivilDay::fromYearMonthDay(FirstUsualYear, 1, 1).number;
 
-    /// A month of a usual year: its first day, counted from FirstUsualDay, and that day's choices.
+    // The cells of a day of a usual year: up to four numbers, the first in the lowest bits; 0 is none.
+    static constexpr unsigned BitsPerCell = 15;
+    static constexpr std::size_t MostCells = 4;
+    /// Set for a day of another year; the other bits are the day's number.
+    static constexpr std::uint64_t IsDay = std::uint64_t{1} << 63;
+
+    /// A month of a usual year: the cells of its first day, and which day that is, counted from FirstUsualDay.
     struct UsualMonth {
+        std::uint64_t cells;
         std::uint32_t firstDay;
-        std::uint32_t choices;
     };
 
     struct Step {
@@ -94,64 +97,49 @@ private:
     [[nodiscard]] bool hasCellsFor(CivilDay day) const noexcept {
         return static_cast<std::uint64_t>(day.number) - static_cast<std::uint64_t>(firstDay_) < dayCount_;
     }
-    [[nodiscard]] std::uint64_t cellsOf(CivilDay day) const noexcept;
-    [[nodiscard]] std::uint64_t cellsOfUsual(std::uint64_t days) const noexcept;
-    char* writeCells(char* out, std::uint64_t choices) const noexcept;
+    /// All but UsualYear.
+    [[nodiscard]] std::uint32_t fieldsOf(CivilDay day) const noexcept;
+    char* writeUnusual(char* out, CivilDay day) const;
     char* writeWithFallback(char* out, CivilDay day) const;
     [[nodiscard]] bool agreesWithFallback() const;
 
     std::vector<Step> steps_;
-    std::vector<Step> usualSteps_;
     std::vector<Cell> cells_;
-    /// Those of all usual years, and one more.
+    /// Those of all usual years, and more.
     std::vector<UsualMonth> usualMonths_;
     std::uint64_t usualDayCount_ = 0;
+    /// By how much a day's cells differ from those of the day before in the same month.
+    std::uint64_t cellsPerDay_ = 0;
     int yearOffset_ = 0;
     std::int64_t firstDay_ = 0;
     std::uint64_t dayCount_ = 0;
     std::unique_ptr<Fallback> fallback_;
 };
 
-inline std::uint64_t MediumDateTable::cellsOf(CivilDay day) const noexcept {
-    const YearMonthDay parts = day.yearMonthDay();
-    const auto shown = static_cast<std::uint32_t>(parts.year + yearOffset_);
-    return Day.holding(static_cast<std::uint32_t>(parts.day - 1)) |
-           Month.holding(static_cast<std::uint32_t>(parts.month - 1)) | Century.holding(shown / 100) |
-           YearOfCentury.holding(shown % 100);
-}
-
 // To count 30.436875 days a month, and that from 25 days before the first, leads to a day's month or to the next. That
 // is far shorter than to reckon year, month and day. (bench/DateTextBench.cpp)
-inline std::uint64_t MediumDateTable::cellsOfUsual(std::uint64_t days) const noexcept {
+inline std::uint64_t MediumDateTable::cellsFor(CivilDay day) const noexcept {
     constexpr std::uint64_t MonthsPerDay = 141110653; // of 2^32
-    const UsualMonth* month = usualMonths_.data() + ((days + 25) * MonthsPerDay >> 32);
-    month -= days < month->firstDay ? 1 : 0;
-    return month->choices + Day.holding(days - month->firstDay);
-}
-
-inline std::uint64_t MediumDateTable::choicesFor(CivilDay day) const noexcept {
     const std::uint64_t days =
         static_cast<std::uint64_t>(day.number) - static_cast<std::uint64_t>(FirstUsualDay);
-    if (days < usualDayCount_) [[likely]]
-        return cellsOfUsual(days);
-    return hasCellsFor(day) ? cellsOf(day) : static_cast<std::uint64_t>(day.number) | HasNone;
+    if (days >= usualDayCount_) [[unlikely]]
+        return static_cast<std::uint64_t>(day.number) | IsDay;
+    std::size_t place = (days + 25) * MonthsPerDay >> 32;
+    place -= static_cast<std::size_t>(days < usualMonths_[place].firstDay);
+    const UsualMonth& month = usualMonths_[place];
+    return month.cells + (days - month.firstDay) * cellsPerDay_;
 }
 
-inline char* MediumDateTable::writeCells(char* out, std::uint64_t choices) const noexcept {
-    const Cell* cells = cells_.data();
-    for (const Step& step : choices& IsUsual ? usualSteps_ : steps_) {
-        const Cell& cell = cells[step.firstCell + step.field.of(choices)];
+inline char* MediumDateTable::write(char* out, std::uint64_t cells) const {
+    if (cells & IsDay) [[unlikely]] // whose sign is that of the bit below
+        return writeUnusual(out, CivilDay{static_cast<std::int64_t>(cells << 1) >> 1});
+    do {
+        const Cell& cell = cells_[cells % (1u << BitsPerCell)];
         std::memcpy(out, &cell, sizeof cell);
         out += cell.length;
-    }
+        cells >>= BitsPerCell;
+    } while (cells != 0);
     return out;
-}
-
-inline char* MediumDateTable::write(char* out, std::uint64_t choices) const {
-    if (!(choices & HasNone)) [[likely]]
-        return writeCells(out, choices);
-    // The days that have a calendar are far from needing the sign's neighbour.
-    return writeWithFallback(out, CivilDay{static_cast<std::int64_t>(choices << 1) >> 1});
 }
 
 } // namespace estatebook::platform

@@ -6,7 +6,8 @@
 /// An object carries its own count of references; `Ref<T>` (Ref.hpp) counts for you. There are three
 /// ways of counting, chosen once by the class:
 ///   - Local: plain arithmetic. Model objects and contexts, used on one thread.
-///   - Shared: atomic. Immutable values that may outlive a request and be read from any thread.
+///   - Shared: atomic, from the start of the process's second thread on. Immutable values that may outlive a request
+///     and be read from any thread.
 ///   - Immortal: no counting. Constants with static storage.
 ///
 ///     Ref<String> name = String::make("Flat 2");   // count 1

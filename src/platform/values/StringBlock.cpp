@@ -21,7 +21,7 @@ struct StringBlock::Piece {
 
 StringBlock::Builder::Builder(std::size_t count) : capacity_(count) {
     constexpr std::size_t OrdinarySize = 64;
-    if (count > Object::MaximalPlaceInBlock) throw std::length_error("StringBlock: too many texts");
+    if (count > String::MaximalPlaceInBlock) throw std::length_error("StringBlock: too many texts");
     allocate(count * OrdinarySize);
 }
 
