@@ -194,15 +194,48 @@ std::vector<std::size_t> shuffled() {
     return order;
 }
 
+std::vector<std::size_t> inTurn() {
+    std::vector<std::size_t> order(Objects);
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    return order;
+}
+
 template <class Handles>
 void setOneOfMany(benchmark::State& state, const Handles& objects) {
-    const std::vector<std::size_t> order = shuffled();
+    const std::vector<std::size_t> order = state.range(0) ? inTurn() : shuffled();
     std::size_t next = 0;
     std::uint64_t amount = 0;
     for (auto _ : state) {
         objects[order[next]]->setAmount(++amount);
         next = next + 1 == Objects ? 0 : next + 1;
     }
+}
+
+/// An object that holds one function to call, elsewhere: two places of memory, as few as there can be.
+class Bare {
+public:
+    explicit Bare(std::uint64_t& told)
+        : listener_(std::make_unique<Listener>(
+              Listener{[](void* context) { ++*static_cast<std::uint64_t*>(context); }, &told})) {}
+    void setAmount(std::uint64_t amount) {
+        amount_ = amount;
+        listener_->function(listener_->context);
+    }
+
+private:
+    struct Listener {
+        void (*function)(void* context);
+        void* context;
+    };
+    std::uint64_t amount_ = 0;
+    std::unique_ptr<Listener> listener_;
+};
+
+void oneOfManyBare(benchmark::State& state) {
+    std::uint64_t told = 0;
+    std::vector<std::unique_ptr<Bare>> objects;
+    for (std::size_t number = 0; number < Objects; ++number) objects.push_back(std::make_unique<Bare>(told));
+    setOneOfMany(state, objects);
 }
 
 void oneOfManyOurs(benchmark::State& state) {
@@ -325,7 +358,7 @@ void readByNameQt(benchmark::State& state) {
 BENCHMARK(thousandQt)->Name("ThousandObservers/peer_qt");
 BENCHMARK(thousandQt)->Name("ThousandCallbacks/peer_qt");
 BENCHMARK(chainQt)->Name("ChainOfFive/peer_qt");
-BENCHMARK(oneOfManyQt)->Name("OneOfManyObjects/peer_qt");
+BENCHMARK(oneOfManyQt)->Arg(0)->Arg(1)->Name("OneOfManyObjects/peer_qt");
 BENCHMARK(writeByNameQt)->Name("WriteByName/peer_qt");
 BENCHMARK(readByNameQt)->Name("ReadByName/peer_qt");
 
@@ -340,7 +373,8 @@ BENCHMARK(thousandFunctions)->Name("ThousandCallbacks/peer_functions");
 BENCHMARK(chainOurs<5>)->Name("ChainOfFive/ours");
 BENCHMARK(chainOurs<20>)->Name("ChainOfTwenty/ours");
 BENCHMARK(chainOurs<1>)->Name("ChainOfTwenty/peer_chain_of_one");
-BENCHMARK(oneOfManyOurs)->Name("OneOfManyObjects/ours");
+BENCHMARK(oneOfManyOurs)->Arg(0)->Arg(1)->Name("OneOfManyObjects/ours");
+BENCHMARK(oneOfManyBare)->Arg(0)->Arg(1)->Name("OneOfManyObjects/limit");
 BENCHMARK(unobservedOurs)->Name("WriteUnobserved/ours");
 BENCHMARK(unobservedMasked)->Name("WriteUnobserved/peer_mask");
 BENCHMARK(unobservedManaged)->Name("WriteUnobservedManaged/ours");

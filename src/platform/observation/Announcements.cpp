@@ -30,6 +30,7 @@ OpenObject& Announcements::grow() {
 }
 
 void Announcements::forgetSession() noexcept {
+    lone_ = nullptr;
     for (; top != session->base; top = top->below) static_cast<void>(top->end());
     *session = Session(session->base);
 }

@@ -33,14 +33,6 @@ public:
     [[nodiscard]] bool isClosed() const noexcept { return object_ == nullptr; }
     [[nodiscard]] const KeySet& keys() const noexcept { return keys_; }
     [[nodiscard]] std::size_t count() const noexcept { return count_; }
-    /// Says that the key opened last is the only one that was opened because the other key was.
-    void openedOnlyWith(Key key) noexcept { onlyCause_ = key; }
-    /// That key, as long as just the two are open, once each; no key else.
-    [[nodiscard]] Key onlyOpenedWith(Key key) const noexcept {
-        const bool isPlain = count_ == 2 && onlyCause_ == key && latest_ != key && details_.empty();
-        return isPlain && isOpen(latest_) ? latest_ : Key();
-    }
-
     void begin(ObservableObject& object) noexcept { object_ = Ref<ObservableObject>(&object); }
     /// Gives the hold on the object to the caller.
     Ref<ObservableObject> end() noexcept {
@@ -56,8 +48,6 @@ public:
     void open(Key key) {
         keys_.insert(key);
         ++count_;
-        latest_ = key;
-        onlyCause_ = {};
         if (!KeySet::isExact(key)) details_.push_back({.key = key});
     }
     /// REQUIRES: it is open.
@@ -91,8 +81,6 @@ private:
     Ref<ObservableObject> object_;
     KeySet keys_;
     std::uint32_t count_ = 0;
-    Key latest_{};    // opened last
-    Key onlyCause_{}; // none, or why
     mutable std::vector<OpenKey> details_;
 };
 
@@ -140,6 +128,21 @@ public:
         top = next;
         return *next;
     }
+    /// Opens a pair without anything being written down. REQUIRES: nothing is open in this session.
+    void openLone(ObservableObject& object, Key key) noexcept {
+        lone_ = Ref<ObservableObject>(&object);
+        loneKey_ = key;
+        session->openPairs = 1;
+    }
+    [[nodiscard]] bool hasLone() const noexcept { return lone_ != nullptr; }
+    [[nodiscard]] bool isLone(const ObservableObject& object, Key key) const noexcept {
+        return lone_.get() == &object && loneKey_ == key;
+    }
+    /// The pair is still open, but to be written down by the caller.
+    [[nodiscard]] std::pair<Ref<ObservableObject>, Key> takeLone() noexcept {
+        return {std::move(lone_), loneKey_};
+    }
+
     void dropClosed() noexcept {
         while (top != session->base && top->isClosed()) top = top->below;
     }
@@ -169,6 +172,9 @@ private:
     OpenObject& grow();
 
     static constinit ESTATEBOOK_QUICK_THREAD_LOCAL Announcements* mine;
+    // The only pair that is open in the session, as most are.
+    Ref<ObservableObject> lone_;
+    Key loneKey_{};
     // Never an object of its own; what is free stands above the top.
     OpenObject bottom_;
     Session outermost_{&bottom_};

@@ -15,6 +15,7 @@
 
 #include "platform/observation/Key.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -74,6 +75,10 @@ constexpr std::size_t followDependencies(const DependencyRow* rows, std::size_t 
 struct DependentKeys {
     std::span<const Key> keys;
     KeySet set;
+
+    [[nodiscard]] constexpr bool contains(Key key) const noexcept {
+        return set.mayContain(key) && (KeySet::isExact(key) || std::ranges::find(keys, key) != keys.end());
+    }
 };
 
 /// Where a closure keeps the dependents of a key: its row of keys and its set.

@@ -131,6 +131,9 @@ void ObservationEngine::will(ObservableObject& object, Key key) {
     const Cause cause = all.takeExpected(object, key);
     if (cause == Cause::Itself && takesNotes(object)) object.noteWillChange(key);
 
+    if (all.session->openPairs == 0 && !all.session->mutatedObject && canBeLone(object))
+        return all.openLone(object, key);
+    if (all.hasLone()) writeDownLone(all);
     OpenObject& opened = all.open(object);
     ++all.session->openPairs;
     if (opened.isOpen(key)) {
@@ -142,6 +145,31 @@ void ObservationEngine::will(ObservableObject& object, Key key) {
     if (object.observation_ && object.observation_->awaitsBefore(key))
         tellBefore(object, key, opened, mutation);
     if (cause != Cause::Key) openDependents(object, key, opened);
+}
+
+// Of a plain pair there is nothing to remember between will and did, as long as nothing happens in between.
+inline bool ObservationEngine::canBeLone(const ObservableObject& object) noexcept {
+    if (isAnnouncingAll(object) || !object.observation_) return false;
+    const Registration* only = object.observation_->only();
+    return only && !only->wantsBefore();
+}
+
+void ObservationEngine::writeDownLone(Announcements& all) {
+    const auto [object, key] = all.takeLone();
+    OpenObject& opened = all.open(*object);
+    opened.open(key);
+    openDependents(*object, key, opened);
+}
+
+/// However long the way to it, the only observer is found at once.
+inline void ObservationEngine::didLone(Announcements& all, ObservableObject& object, Key key) {
+    const auto held = all.takeLone();
+    const Registration& only = *object.observation_->only();
+    const bool isReached = only.key == key || object.classDescription().dependentKeys(key).contains(only.key);
+    if (isReached && !Telling::tellOnlyPlainly(object)) Telling(object, only.key, nullptr).after();
+    all.session->openPairs = 0;
+    if (all.session->firstException) [[unlikely]]
+        std::rethrow_exception(std::exchange(all.session->firstException, nullptr));
 }
 
 void ObservationEngine::tellBefore(ObservableObject& object, Key key, OpenObject& opened,
@@ -176,14 +204,8 @@ void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenOb
     if (isAnnouncingAll(object)) {
         std::ranges::for_each(dependents.keys, openOne);
     } else if (const Observation* observation = object.observation_) {
-        // However long the way to it, the only one is found at once.
         const Registration* only = observation->only();
         if (only && !dependents.set.mayContain(only->key)) return;
-        if (only && KeySet::isExact(only->key)) {
-            openOne(only->key);
-            opened.openedOnlyWith(key);
-            return;
-        }
         for (const Key dependent : dependents.keys)
             if (object.observation_ && object.observation_->awaits(dependent)) openOne(dependent);
     }
@@ -200,6 +222,10 @@ void ObservationEngine::did(ObservableObject& object, Key key) {
         }
     }
 
+    if (all.hasLone()) {
+        if (all.isLone(object, key) && canBeLone(object)) return didLone(all, object, key);
+        writeDownLone(all);
+    }
     OpenObject* opened = all.find(object);
     if (!opened || !opened->isOpen(key)) return;
     Ref<ObservableObject> held;
@@ -218,12 +244,6 @@ void ObservationEngine::did(ObservableObject& object, Key key) {
 
 void ObservationEngine::closeDependents(ObservableObject& object, Key key, OpenObject& opened) {
     Announcements& all = Announcements::current();
-    if (const Key only = opened.onlyOpenedWith(key)) {
-        tellAfter(object, only, opened, nullptr);
-        opened.close(only);
-        --all.session->openPairs;
-        return;
-    }
     const auto closeOne = [&](Key dependent) {
         if (opened.closeInner(dependent)) {
             --all.session->openPairs;
@@ -244,7 +264,6 @@ void ObservationEngine::tellAfter(ObservableObject& object, Key key, OpenObject&
     OpenKey* details = opened.find(key);
     const bool isAwaited = object.observation_ && object.observation_->awaits(key);
     if (!isAwaited && !(details && !details->opened.empty())) return;
-    if (!details && !mutation && Telling::tellOnlyPlainly(object, key)) return;
     Telling telling(object, key, mutation);
     if (details)
         telling.after(std::move(details->old), std::move(details->opened));

@@ -100,6 +100,9 @@ private:
     static void afterRemoval(ObservableObject& object);
     static void announceDependent(ObservableObject& object, Key dependent, Announcement announce,
                                   Cause cause = Cause::Key);
+    static bool canBeLone(const ObservableObject& object) noexcept;
+    static void writeDownLone(Announcements& all);
+    static void didLone(Announcements& all, ObservableObject& object, Key key);
     static void openDependents(ObservableObject& object, Key key, OpenObject& opened);
     static void closeDependents(ObservableObject& object, Key key, OpenObject& opened);
     static void tellBefore(ObservableObject& object, Key key, OpenObject& opened,

@@ -22,16 +22,15 @@ Value orNullObject(Value value) {
 
 } // namespace
 
-bool Telling::tellOnlyPlainly(ObservableObject& object, Key key) {
+bool Telling::tellOnlyPlainly(ObservableObject& object) {
     const Registration* only = ObservationEngine::observationIfAny(object)->only();
-    if (!only || only->kind != Registration::Kind::Observer || only->options != ObservingNothing)
-        return false;
+    if (only->kind != Registration::Kind::Observer || only->options != ObservingNothing) return false;
     const Ref<ObservableObject> observer(only->observer());
-    const void* context = only->context;
     if (!observer) return true;
+    const void* context = only->context;
+    const std::string_view name = nameOf(only->key);
     Apart(Announcements::current()).run([&] {
-        observer->observeValueForKeyPathOfObjectChangeContext(nameOf(key), object, *plainSetting.get(),
-                                                              context);
+        observer->observeValueForKeyPathOfObjectChangeContext(name, object, *plainSetting.get(), context);
     });
     return true;
 }

@@ -26,8 +26,9 @@ public:
     Telling(const Telling&) = delete;
     Telling& operator=(const Telling&) = delete;
 
-    /// Tells the only observer of the object of a change of the key if that is all there is to it; false if it is not.
-    static bool tellOnlyPlainly(ObservableObject& object, Key key);
+    /// Tells the only observer of the object if that is all there is to it; false if there is more.
+    /// REQUIRES: there is only one registration.
+    static bool tellOnlyPlainly(ObservableObject& object);
 
     /// Gives the dotted dependencies that this has opened.
     [[nodiscard]] std::vector<OpenedPath> before(Value old);
