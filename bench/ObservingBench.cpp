@@ -298,19 +298,51 @@ void readByNameOurs(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(object->valueForKey(name));
 }
 
-// The next member of an owner with so many
+// The next member of an owner that has so many
 
+class Owners {
+public:
+    Owners() : context_(TKManagedObjectModel::inMemoryManagedObjectContext()) {
+        context_->setUndoManager(nullptr);
+    }
+    /// A tenure with so many transactions.
+    Ref<TKTenure> withMembers(std::size_t count) {
+        auto tenure = context_->insertNewObject<TKTenure>("Tenure");
+        for (std::size_t number = 0; number < count; ++number) static_cast<void>(tenure->createTransaction());
+        return tenure;
+    }
+
+private:
+    Ref<ManagedObjectContext> context_;
+};
+
+template <std::size_t Members>
 void joinOwner(benchmark::State& state) {
-    const auto context = TKManagedObjectModel::inMemoryManagedObjectContext();
-    context->setUndoManager(nullptr);
-    const auto tenure = context->insertNewObject<TKTenure>("Tenure");
-    const auto other = context->insertNewObject<TKTenure>("Tenure");
-    for (std::int64_t number = 0; number < state.range(0); ++number) (void)tenure->createTransaction();
+    Owners owners;
+    const auto tenure = owners.withMembers(Members);
+    const auto other = owners.withMembers(0);
     const auto joining = Ref<TKTenureTransaction>(other->createTransaction());
     for (auto _ : state) {
         joining->setTenure(tenure.get());
         joining->setTenure(other.get());
     }
+}
+
+constexpr int Created = 20000;
+
+void createUnderOwnerOfMany(benchmark::State& state) {
+    Owners owners;
+    const auto tenure = owners.withMembers(Objects);
+    for (auto _ : state) benchmark::DoNotOptimize(tenure->createTransaction());
+}
+
+void createUnderOwnersOfFew(benchmark::State& state) {
+    Owners owners;
+    constexpr std::size_t Few = 10;
+    std::vector<Ref<TKTenure>> tenures;
+    for (std::size_t number = 0; number < Created / Few; ++number) tenures.push_back(owners.withMembers(0));
+    std::size_t next = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(tenures[next++ / Few]->createTransaction());
 }
 
 #if ESTATEBOOK_BENCH_QT
@@ -381,5 +413,7 @@ BENCHMARK(unobservedManaged)->Name("WriteUnobservedManaged/ours");
 BENCHMARK(unobservedMaskedNote)->Name("WriteUnobservedManaged/peer_mask");
 BENCHMARK(writeByNameOurs)->Name("WriteByName/ours");
 BENCHMARK(readByNameOurs)->Name("ReadByName/ours");
-BENCHMARK(joinOwner)->Arg(100000)->Name("JoinOwner/ours/of_100000");
-BENCHMARK(joinOwner)->Arg(10)->Name("JoinOwner/peer_small");
+BENCHMARK(joinOwner<Objects>)->Name("JoinOwner/ours");
+BENCHMARK(joinOwner<10>)->Name("JoinOwner/peer_small_owner");
+BENCHMARK(createUnderOwnerOfMany)->Name("CreateUnderOwner/ours")->Iterations(Created);
+BENCHMARK(createUnderOwnersOfFew)->Name("CreateUnderOwner/peer_small_owner")->Iterations(Created);

@@ -63,7 +63,7 @@ struct Row {
     std::atomic<std::uint16_t> number{0}; // written last; 0 while the row is free
 };
 
-/// Rows by the hash of their names: a power of two of them, half of them free at the least.
+/// Rows by the hash of their names: a power of two of them, three of four free at the least.
 struct Rows {
     explicit Rows(std::size_t count) : rows(std::make_unique<Row[]>(count)), last(count - 1) {}
 
@@ -86,17 +86,22 @@ public:
         return *table;
     }
 
+    /// 0 when there is no such name in the first place where it would be. Most stand there.
+    [[nodiscard, gnu::always_inline]] static inline std::uint16_t findAtOnce(std::string_view name) noexcept {
+        const Rows* rows = currentRows.load(std::memory_order_acquire);
+        return rows ? numberIn(rows->at(Print(name).hash()), Print(name), name) : std::uint16_t{0};
+    }
+
     /// 0 when there is no such name.
-    [[nodiscard, gnu::always_inline]] static inline std::uint16_t find(std::string_view name) noexcept {
+    [[nodiscard]] static std::uint16_t find(std::string_view name) noexcept {
+        shared();
         const Print print(name);
-        if (const Rows* rows = currentRows.load(std::memory_order_acquire);
-            rows && name.size() <= Print::Covered) {
-            // Most names stand where they are looked for first.
-            const Row& row = rows->at(print.hash());
-            const std::uint16_t number = row.number.load(std::memory_order_acquire);
-            if (number != 0 && row.print == print) return number;
+        const Rows& rows = *currentRows.load(std::memory_order_acquire);
+        for (std::size_t place = print.hash();; ++place) {
+            const Row& row = rows.at(place);
+            if (const std::uint16_t number = numberIn(row, print, name)) return number;
+            if (row.number.load(std::memory_order_relaxed) == 0) return 0;
         }
-        return search(name);
     }
 
     std::uint16_t add(std::string_view name) {
@@ -116,28 +121,23 @@ public:
     }
 
 private:
-    [[gnu::noinline]] static std::uint16_t search(std::string_view name) noexcept {
-        shared();
-        const Print print(name);
-        const Rows& rows = *currentRows.load(std::memory_order_acquire);
-        for (std::size_t place = print.hash();; ++place) {
-            const Row& row = rows.at(place);
-            const std::uint16_t number = row.number.load(std::memory_order_acquire);
-            if (number == 0) return 0;
-            if (row.print == print && (name.size() <= Print::Covered || Key(number).name() == name))
-                return number;
-        }
+    /// The number of the row if it is the name's.
+    [[nodiscard, gnu::always_inline]] static inline std::uint16_t numberIn(const Row& row, const Print& print,
+                                                                           std::string_view name) noexcept {
+        const std::uint16_t number = row.number.load(std::memory_order_acquire);
+        if (number == 0 || !(row.print == print)) return 0;
+        return name.size() <= Print::Covered || nameOf(Key(number)) == name ? number : std::uint16_t{0};
     }
 
     KeyTable() {
-        grow(std::bit_ceil(4 * libraryKeyCount));
+        grow(std::bit_ceil(8 * libraryKeyCount));
         for (std::size_t number = 1; number < libraryKeyCount; ++number)
             enter(libraryKeyNames[number], static_cast<std::uint16_t>(number));
         publish();
     }
 
     void enter(std::string_view name, std::uint16_t number) {
-        if (2 * all_.back()->used > all_.back()->last) {
+        if (4 * all_.back()->used > all_.back()->last) {
             grow(2 * (all_.back()->last + 1));
             publish();
         }
@@ -185,7 +185,8 @@ private:
 
 namespace {
 
-[[gnu::noinline]] Key makeKey(std::string_view name) {
+[[gnu::noinline]] Key findOrMake(std::string_view name) {
+    if (const std::uint16_t known = KeyTable::find(name)) return Key(known);
     if (name.empty() || name.find('.') != std::string_view::npos)
         throw InvalidArgumentException("\"" + std::string(name) +
                                        "\" is no key: it is empty or holds a point");
@@ -195,8 +196,8 @@ namespace {
 } // namespace
 
 Key Key::named(std::string_view name) {
-    const std::uint16_t known = KeyTable::find(name);
-    return known != 0 ? Key(known) : makeKey(name);
+    if (const std::uint16_t known = KeyTable::findAtOnce(name)) return Key(known);
+    return findOrMake(name);
 }
 
 std::optional<Key> Key::find(std::string_view name) {

@@ -21,7 +21,10 @@ void ObservationEngine::add(ObservableObject& object, const Registration& regist
 
 void ObservationEngine::afterRemoval(ObservableObject& object) {
     if (ClassDescription::anyAdded()) unfollowDependencies(object);
-    if (object.observation_ && object.observation_->isEmpty()) object.observationEnds();
+    Observation* const left = object.observation_;
+    if (!left || !left->isEmpty()) return;
+    object.observationEnds();
+    if (!left->weak) delete std::exchange(object.observation_, nullptr);
 }
 
 void ObservationEngine::dropEmpty(ObservableObject& object) {

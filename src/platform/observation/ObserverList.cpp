@@ -12,8 +12,8 @@ ObserverList::~ObserverList() {
 void ObserverList::add(const Registration& registration) {
     if (registrations_.size() == registrations_.capacity()) {
         if (telling_ == 0) closeHoles();
-        // By a quarter: very many observers of one key must not take twice their room.
-        registrations_.reserve(registrations_.size() + registrations_.size() / 4 + 4);
+        // By an eighth: very many observers of one key must not take twice their room.
+        registrations_.reserve(registrations_.size() + registrations_.size() / 8 + 4);
     }
     registrations_.push_back(registration);
     count(registration);

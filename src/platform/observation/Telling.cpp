@@ -64,13 +64,13 @@ void Telling::tellAll(Observation& observation) {
     }
 }
 
-inline const KeyValueChange& Telling::changeFor(Apart& apart, unsigned options) {
+[[gnu::always_inline]] inline const KeyValueChange& Telling::changeFor(Apart& apart, unsigned options) {
     const bool isPlain = (options & (ObservingNew | ObservingOld)) == 0 && !mutation_ && !isPrior_;
     return isPlain ? *plainSetting.get() : changeWithValues(apart, options & (ObservingNew | ObservingOld));
 }
 
 // The registration may be gone or elsewhere once foreign code has run.
-inline void Telling::tellPerson(Apart& apart, const Registration& registration) {
+[[gnu::always_inline]] inline void Telling::tellPerson(Apart& apart, const Registration& registration) {
     const std::uint8_t options = registration.options;
     if (isPrior_ && !(options & ObservingPrior)) return;
     if (registration.kind == Registration::Kind::Observer) {

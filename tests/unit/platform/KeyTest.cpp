@@ -49,6 +49,34 @@ TEST(KeyTest, ANewNameMakesANewKeyOnce) {
     EXPECT_EQ(made.name(), name);
 }
 
+TEST(KeyTest, NamesThatBeginAndEndAlikeAreToldApart) {
+    for (const std::size_t middle : {0, 1, 2, 3, 9, 300}) {
+        const std::string filling(middle, '-');
+        const std::string names[] = {"keyTest1" + filling + "a" + filling + "keyTest1",
+                                     "keyTest1" + filling + "b" + filling + "keyTest1"};
+        const Key first = Key::named(names[0]);
+        const Key second = Key::named(names[1]);
+        EXPECT_NE(first, second) << middle;
+        EXPECT_EQ(first.name(), names[0]);
+        EXPECT_EQ(second.name(), names[1]);
+        EXPECT_EQ(Key::find(names[0]), first);
+    }
+    std::set<Key> made;
+    for (const char* name : {"k", "kk", "kkk", "kkkk", "kkkkk", "kkkkkk", "kkkkkkk", "kkkkkkkk", "kkkkkkkkk"})
+        made.insert(Key::named(name));
+    EXPECT_EQ(made.size(), 9u);
+}
+
+TEST(KeyTest, ThousandsOfNamesAreFoundAgain) {
+    const auto nameOf = [](int number) { return "keyTestOfMany" + std::to_string(number); };
+    std::vector<Key> made;
+    for (int number = 0; number < 5000; ++number) made.push_back(Key::named(nameOf(number)));
+    for (int number = 0; number < 5000; ++number) {
+        ASSERT_EQ(Key::find(nameOf(number)), made[static_cast<std::size_t>(number)]);
+        ASSERT_EQ(made[static_cast<std::size_t>(number)].name(), nameOf(number));
+    }
+}
+
 TEST(KeyTest, NoKeyHasNoName) {
     EXPECT_TRUE(Key().name().empty());
     EXPECT_TRUE(Key(65535).name().empty());
