@@ -20,9 +20,6 @@ using Align = TextTable::Align;
 
 namespace {
 
-/// Where "owed" stands among the columns; in its place stands why it cannot be told.
-constexpr std::size_t OwedPlace = 8;
-
 /// What a tenure owes by a day.
 struct Arrears {
     Ageing ageing;
@@ -35,7 +32,32 @@ struct Arrears {
     [[nodiscard]] std::optional<Date> since() const {
         return outstanding->empty() ? std::nullopt : (*outstanding)[0].transaction()->when();
     }
+    /// Less than half of the smallest unit is no debt.
+    [[nodiscard]] bool isOwed(const platform::DecimalBehavior& rounding) const {
+        return ageing.owed().decimalNumberByRoundingAccordingToBehavior(rounding) > Decimal::zero();
+    }
 };
+
+std::vector<Listing::Cell> cellsOfTerms(const OpenBook::Letting& letting) {
+    const RentRollEntry terms = RentRollEntry::ofTerms(letting.object);
+    return {letting.id, Listing::cell(letting.object->name()), Listing::cell(terms.property),
+            Listing::cell(terms.tenant)};
+}
+
+void appendTo(std::vector<Listing::Cell>& cells, const Arrears& arrears, const TKTenure& tenure) {
+    std::optional<std::uint64_t> unpaid;
+    std::optional<Date> next;
+    // A tenure without rent may owe something, and has no periods.
+    if (const auto due = reckon([&] { return tenure.duePeriods(); })) {
+        unpaid = unpaidPeriods(**due.value);
+        next = nextPeriodStart(**due.value);
+    }
+    cells.insert(cells.end(), {Listing::cell(arrears.since()), std::uint64_t{arrears.outstanding->count()},
+                               Listing::cell(unpaid), Listing::cell(next), arrears.ageing.owed(),
+                               Listing::cell(arrears.ageing.oldest)});
+    cells.insert(cells.end(), arrears.ageing.buckets.begin(), arrears.ageing.buckets.end());
+    cells.emplace_back(arrears.ageing.notYetDue);
+}
 
 } // namespace
 
@@ -61,31 +83,18 @@ ArrearsListing::ArrearsListing(const OpenBook& book)
 }
 
 void ArrearsListing::add(const OpenBook::Letting& letting) {
-    const auto& [id, tenure] = letting;
-    const Schedule schedule(*tenure);
-    const RentRollEntry terms = RentRollEntry::ofTerms(tenure);
-    std::vector<Listing::Cell> cells{id, Listing::cell(tenure->name()), Listing::cell(terms.property),
-                                     Listing::cell(terms.tenant)};
-    const auto append = [&](const auto&... values) { (cells.push_back(values), ...); };
-
-    auto arrears = reckon([&] { return Arrears::ofStatement(*tenure->statement(), book_.asOf()); });
+    TKTenure& tenure = *letting.object;
+    const Schedule schedule(tenure);
+    auto arrears = reckon([&] { return Arrears::ofStatement(*tenure.statement(), book_.asOf()); });
     if (!schedule.row()) arrears = {std::nullopt, schedule.row().error};
-    if (arrears) {
-        const auto& [ageing, outstanding] = *arrears.value;
-        const Decimal owed = ageing.owed();
-        if (!(owed.decimalNumberByRoundingAccordingToBehavior(book_.rounding()) > Decimal::zero())) return;
-        // A tenure without rent may owe something, and has no periods.
-        const auto due = reckon([&] { return tenure->duePeriods(); });
-        append(Listing::cell(arrears.value->since()), std::uint64_t{outstanding->count()},
-               due ? Listing::cell(unpaidPeriods(**due.value)) : Listing::cell(std::nullopt),
-               due ? Listing::cell(nextPeriodStart(**due.value)) : Listing::cell(std::nullopt), owed,
-               Listing::cell(ageing.oldest));
-        for (const Decimal& bucket : ageing.buckets) append(bucket);
-        append(ageing.notYetDue);
-    } else {
-        cells.resize(listing_.columnCount());
-        cells[OwedPlace] = arrears.error;
-    }
+    if (arrears && !arrears.value->isOwed(book_.rounding())) return;
+
+    std::vector<Listing::Cell> cells = cellsOfTerms(letting);
+    if (arrears)
+        appendTo(cells, *arrears.value, tenure);
+    else
+        cells.insert(cells.end(), {{}, {}, {}, {}, arrears.error});
+    cells.resize(listing_.columnCount());
     listing_.addRow(std::move(cells));
 }
 

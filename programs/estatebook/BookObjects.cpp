@@ -218,7 +218,7 @@ private:
 
     template <class Object, class Document>
     Ref<Object> make(std::string_view entity, const Document& document, Identifiers& ids) {
-        const auto object = context_.insertNewObject<Object>(entity);
+        Ref<Object> object = context_.insertNewObject<Object>(entity);
         fill(*object, document);
         made_.identifiers.emplace(object.get(), ids.of(document));
         return object;

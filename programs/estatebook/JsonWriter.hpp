@@ -52,7 +52,7 @@ public:
 
 private:
     struct Level {
-        bool isLine;
+        bool isLine = false;
         bool isEmpty = true;
     };
 

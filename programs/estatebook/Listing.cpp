@@ -132,6 +132,7 @@ std::string Listing::csvOf(const Cell& cell) const {
 
 void Listing::printCsv(std::ostream& out) const {
     std::vector<std::string> fields;
+    fields.reserve(columns_.size());
     for (const Column& column : columns_) fields.emplace_back(column.key);
     writeCsvRecord(out, fields);
     for (const auto& row : rows_) {

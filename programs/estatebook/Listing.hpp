@@ -66,7 +66,6 @@ public:
     [[nodiscard]] static Cell cell(const platform::Ref<platform::String>& text) {
         return text ? Cell(text->string()) : Cell();
     }
-    [[nodiscard]] static Cell cell(std::nullopt_t) { return {}; }
     [[nodiscard]] static Cell cell(Cell value) { return value; }
     template <class T>
     [[nodiscard]] static Cell cell(const std::optional<T>& value) {

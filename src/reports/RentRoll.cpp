@@ -23,6 +23,7 @@ namespace {
 std::optional<Date> nextBilling(const TKTenure& tenure, std::uint64_t first) {
     const auto billing = tenure.rentalPeriodicBilling();
     const auto anchor = billing->dateWithZeroOffset(tenure.startDate());
+    const auto end = tenure.endDate();
     const auto today = tenure.currentDate();
     if (!anchor || !today) return std::nullopt;
     const std::uint64_t days = platform::hostOperations().daysUntil(*anchor, *today);
@@ -30,9 +31,9 @@ std::optional<Date> nextBilling(const TKTenure& tenure, std::uint64_t first) {
     const std::uint64_t atEnd = billing->periodBillingMode() == TKPeriodBillingModeEnd ? 1 : 0;
     for (std::uint64_t place = std::max(first, begun.unsignedIntegerValue());; ++place) {
         const auto start = billing->dateWithPeriodOffsetFromStartDate(place, anchor);
-        if (tenure.endDate() && *start >= *tenure.endDate()) return std::nullopt;
+        if (end && start >= end) return std::nullopt;
         const auto due = billing->dateWithPeriodOffsetFromStartDate(place + atEnd, anchor);
-        if (*due > *today) return due;
+        if (due > today) return due;
     }
 }
 

@@ -43,7 +43,7 @@ template <class Function>
 void forEachNote(const OpenBook& book, Function each) {
     const auto notesOf = [&](const Owner& owner, const TKNotable& object) {
         for (const TKNote& note : object.notes())
-            if (!(note.createdDate() && *note.createdDate() > book.asOf())) each(owner, note);
+            if (!(note.createdDate() > book.asOf())) each(owner, note); // none is before all others
     };
     for (const auto& [id, property] : book.properties())
         notesOf({"property", id, property->fullName()}, *property);
@@ -61,7 +61,7 @@ std::string titleOf(const TKNote& note, const platform::DateFormatter& dates) {
     const auto append = [&](std::string_view mark, const std::string& text) {
         if (!text.empty()) title += (title.empty() ? "" : std::string(mark)) + text;
     };
-    if (note.createdDate()) append("", dates.stringFromDate(*note.createdDate()));
+    if (const auto created = note.createdDate()) append("", dates.stringFromDate(*created));
     append(", ", shown(note.createdBy()));
     append(": ", shown(note.subject()));
     if (const auto tags = note.tagNames(); tags && !tags->isEmpty())

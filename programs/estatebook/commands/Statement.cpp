@@ -26,7 +26,6 @@ using document::forMessage;
 using platform::Date;
 using platform::DateFormatter;
 using platform::Decimal;
-using platform::DecimalBehavior;
 using platform::Ref;
 
 namespace {

@@ -10,6 +10,7 @@
 
 #include <ostream>
 #include <sstream>
+#include <utility>
 
 namespace estatebook {
 
@@ -27,11 +28,11 @@ constexpr std::string_view ClearScreen = "\033[H\033[2J";
 
 ArrearsWatch::ArrearsWatch(const std::string& file, std::string_view asOf, platform::RunLoop& loop,
                            std::ostream& out, Screen screen)
-    : out_(out), screen_(screen), watcher_(loop, file, [this] { readAgain(); }) {
-    book_.emplace(OpenBook::open(file, asOf));
+    : out_(out), screen_(screen), watcher_(loop, file, [this] { readAgain(); }),
+      book_(OpenBook::open(file, asOf)) {
     if (!watcher_.fault().empty())
         throw Failure(ExitCode::CannotRead,
-                      fmt::format("{}: its folder cannot be watched: {}", book_->file(), watcher_.fault()));
+                      fmt::format("{}: its folder cannot be watched: {}", book_.file(), watcher_.fault()));
     NotificationCentre::defaultCentre().addObserverSelectorNameObject(
         this, [this](const Notification&) { show(); }, Ref<String>(TKCurrentDateChanged));
     show();
@@ -43,7 +44,8 @@ ArrearsWatch::~ArrearsWatch() {
 
 void ArrearsWatch::readAgain() {
     try {
-        book_.emplace(book_->readAgain());
+        OpenBook read = book_.readAgain();
+        std::swap(book_, read); // what was read before ends as a whole
         trouble_.clear();
     } catch (const Failure& failure) {
         trouble_ = failure.what();
@@ -53,7 +55,7 @@ void ArrearsWatch::readAgain() {
 
 std::string ArrearsWatch::text() const {
     std::ostringstream text;
-    ArrearsListing(*book_).print(Format::Text, text);
+    ArrearsListing(book_).print(Format::Text, text);
     if (!trouble_.empty()) text << "\nNot up to date: " << trouble_ << '\n';
     return std::move(text).str();
 }

@@ -20,7 +20,6 @@
 
 #include <cstdint>
 #include <iosfwd>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -51,7 +50,7 @@ private:
     std::ostream& out_;
     Screen screen_;
     FileWatcher watcher_;
-    std::optional<OpenBook> book_;
+    OpenBook book_;
     /// Why the file was not read the last time; empty when it was.
     std::string trouble_;
     std::string shown_;

@@ -65,7 +65,7 @@ void FileWatcher::watchFolderOf(const std::filesystem::path& path) {
 }
 
 void FileWatcher::takeEvents() {
-    alignas(inotify_event) std::array<char, BufferSize> buffer;
+    alignas(inotify_event) std::array<char, BufferSize> buffer{};
     bool isOurs = false;
     for (ssize_t size = 0; (size = read(descriptor_, buffer.data(), buffer.size())) > 0;)
         for (const char* place = buffer.data(); place < buffer.data() + size;) {
