@@ -49,14 +49,17 @@ std::uint64_t half(std::span<const std::byte> bytes) {
     return half;
 }
 
+[[noreturn]] void refuse() {
+    throw InvalidUnarchiveOperationException("a decimal is not complete");
+}
+
 void require(bool holds) {
-    if (!holds) throw InvalidUnarchiveOperationException("a decimal is not complete");
+    if (!holds) refuse();
 }
 
 Number numberFor(const KeyedUnarchiver& coder, std::string_view key) {
-    const auto number = coder.decodePlainForKey(key).number();
-    require(number.has_value());
-    return *number;
+    if (const auto number = coder.decodePlainForKey(key).number()) return *number;
+    refuse();
 }
 
 /// Raises when the decimal would have more digits than it can hold, or is out of range.
@@ -73,7 +76,7 @@ Decimal decimalOf(const Decimal::Mantissa& mantissa, short exponent, bool isNega
 } // namespace
 
 void encodeDecimal(const Value& value, KeyedArchiver& coder) {
-    const Decimal decimal = *value.decimal();
+    const Decimal decimal = value.decimal().value_or(Decimal::notANumber());
     const Decimal::Mantissa mantissa = decimal.mantissa();
     std::vector<std::byte> bytes;
     append(bytes, mantissa.low);

@@ -22,20 +22,23 @@ namespace {
 
 using Names = std::string_view;
 
+[[noreturn]] void refuse(std::string_view name) {
+    throw InvalidUnarchiveOperationException("an object of the class \"" + std::string(name) +
+                                             "\" is not complete");
+}
+
 void requireOf(std::string_view name, bool holds) {
-    if (!holds)
-        throw InvalidUnarchiveOperationException("an object of the class \"" + std::string(name) +
-                                                 "\" is not complete");
+    if (!holds) refuse(name);
 }
 
 // Lists
 
 constexpr std::string_view MembersKey = "NS.objects";
 
-std::vector<Value> membersOf(KeyedUnarchiver& coder, std::string_view name) {
-    auto members = coder.decodeObjectsForKey(MembersKey);
-    requireOf(name, members.has_value());
-    return *std::move(members);
+std::vector<Value> membersOf(KeyedUnarchiver& coder, std::string_view name,
+                             std::string_view key = MembersKey) {
+    if (auto members = coder.decodeObjectsForKey(key)) return *std::move(members);
+    refuse(name);
 }
 
 constexpr Names ArrayNames[] = {"NSArray", "NSObject"};
@@ -115,20 +118,20 @@ void encodeDictionary(const Value& value, KeyedArchiver& coder) {
 }
 
 Value decodeDictionary(KeyedUnarchiver& coder) {
-    const auto keys = coder.decodeObjectsForKey(KeysKey);
+    const auto keys = membersOf(coder, DictionaryNames[0], KeysKey);
     auto values = membersOf(coder, DictionaryNames[0]);
-    requireOf(DictionaryNames[0], keys && keys->size() == values.size());
+    requireOf(DictionaryNames[0], keys.size() == values.size());
     std::vector<Dictionary::Entry> entries;
     entries.reserve(values.size());
     for (std::size_t index = 0; index < values.size(); ++index) {
-        const auto key = (*keys)[index].string();
+        const auto key = keys[index].string();
         requireOf(DictionaryNames[0], key != nullptr);
         // Any number of dictionaries may share one long key.
         coder.requireWork(key->size());
         entries.emplace_back(key->string(), std::move(values[index]));
     }
     auto dictionary = Dictionary::make(std::move(entries));
-    requireOf(DictionaryNames[0], dictionary->count() == keys->size());
+    requireOf(DictionaryNames[0], dictionary->count() == keys.size());
     return dictionary;
 }
 
@@ -138,15 +141,16 @@ constexpr std::string_view TimeKey = "NS.time";
 constexpr Names DateNames[] = {"NSDate", "NSObject"};
 
 void encodeDate(const Value& value, KeyedArchiver& coder) {
-    const double seconds = value.date()->secondsSinceReferenceDate;
-    if (std::isnan(seconds)) throw InvalidArchiveOperationException("a date is no instant");
-    coder.encodePlainForKey(seconds, TimeKey);
+    const auto date = value.date();
+    if (!date || std::isnan(date->secondsSinceReferenceDate))
+        throw InvalidArchiveOperationException("a date is no instant");
+    coder.encodePlainForKey(date->secondsSinceReferenceDate, TimeKey);
 }
 
 Value decodeDate(KeyedUnarchiver& coder) {
     const auto seconds = coder.decodePlainForKey(TimeKey).number();
     // A date that is no instant is unequal to itself, and a set could hold it any number of times.
-    requireOf(DateNames[0], seconds && !std::isnan(seconds->doubleValue()));
+    if (!seconds || std::isnan(seconds->doubleValue())) refuse(DateNames[0]);
     return Date{seconds->doubleValue()};
 }
 

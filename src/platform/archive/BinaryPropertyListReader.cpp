@@ -217,9 +217,8 @@ private:
         std::u16string units(member.count, u'\0');
         for (std::size_t index = 0; index < units.size(); ++index)
             units[index] = static_cast<char16_t>(number(member.content + 2 * index, 2));
-        auto text = fromUtf16(units);
-        require(text.has_value(), "a text is not well formed");
-        return *std::move(text);
+        if (auto text = fromUtf16(units)) return *std::move(text);
+        throw Damage{"a text is not well formed"};
     }
 
     Value array(const Member& array, std::size_t depth) {

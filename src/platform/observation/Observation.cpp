@@ -34,8 +34,10 @@ void ObserverLists::dropEmpty() {
 // Observation
 
 Observation::~Observation() {
-    delete lists();
-    if (!lists()) one_.letGo();
+    if (const ObserverLists* const all = lists())
+        delete all;
+    else
+        one_.letGo();
     if (weak) weak->letGo();
 }
 
