@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Inner header: what every store holds to, wherever it keeps its rows.
+
+#include "platform/persistence/store/RowShape.hpp"
+#include "platform/persistence/store/StoreChanges.hpp"
+#include "platform/persistence/store/StoreJournal.hpp"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace estatebook::platform::detail {
+
+/// Why no store of this model can take the changes; none when only what is stored can speak against them.
+[[nodiscard]] std::optional<std::string> refusalOf(const StoreChanges& changes, const RowShapes& shapes,
+                                                   RowKey lastKey);
+
+/// Made of random bits: 32 hexadecimal digits.
+[[nodiscard]] std::string newStoreIdentifier();
+
+/// Whether the members' values can be added up.
+[[nodiscard]] bool canBeSummed(const AttributeDescription& attribute) noexcept;
+
+// Messages that are the same for all stores.
+
+/// "the Tenure 12"
+[[nodiscard]] std::string nameOf(const EntityDescription& entity, RowKey key);
+[[nodiscard]] std::string unstoredProperty(const EntityDescription& entity, Key property);
+[[nodiscard]] std::string danglingLink(const EntityDescription& entity, RowKey key, RowKey target);
+[[nodiscard]] std::string identifierOfNoRow(const EntityDescription& entity, RowKey key);
+[[nodiscard]] std::string savedAlready();
+
+/// What the journal and the tables call the place of a link.
+[[nodiscard]] std::string placeName(const StoredLink& link);
+/// A link as the journal has it: absent when it leads nowhere.
+[[nodiscard]] Value targetValue(const RowLink& link) noexcept;
+[[nodiscard]] Value placeValue(const RowLink& link) noexcept;
+
+/// Has the row hold what the update says, and tells so in the journal.
+void applyUpdate(Row& row, const RowUpdate& update, const RowShape& shape, std::int64_t commit,
+                 std::vector<JournalEntry>& journal);
+void journalDeletion(const Row& row, const RowShape& shape, std::int64_t commit,
+                     std::vector<JournalEntry>& journal);
+
+} // namespace estatebook::platform::detail
