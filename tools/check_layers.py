@@ -38,6 +38,7 @@ FOREIGN = {
     "boost/": ["src/platform/values"],
     "cctz/": ["src/platform/calendar"],
     "unicode/": ["src/platform/text"],
+    "sqlite3.h": ["src/platform/persistence/store/sqlite"],
     "fmt/": ["programs"],
     "nlohmann/": ["programs"],
     "CLI/": ["programs"],
@@ -46,15 +47,16 @@ FOREIGN = {
     "poll.h": ["src/platform/system"],
     "pwd.h": ["src/platform/system"],
     "sys/epoll.h": ["src/platform/system"],
+    "sys/file.h": ["src/platform/persistence/store"],
     "sys/timerfd.h": ["src/platform/system"],
     "syslog.h": ["src/platform/system"],
-    "fcntl.h": ["programs"],
+    "fcntl.h": ["programs", "src/platform/persistence/store"],
     "locale.h": ["programs"],
     "signal.h": ["programs"],
     "sys/inotify.h": ["programs"],
     "sys/ioctl.h": ["programs"],
     "sys/signalfd.h": ["programs"],
-    "unistd.h": ["programs", "src/platform/system"],
+    "unistd.h": ["programs", "src/platform/persistence/store", "src/platform/system"],
 }
 
 # (file, what it includes) -> why. Each must be in use; one that is not is an error, too.

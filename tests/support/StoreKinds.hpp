@@ -8,8 +8,10 @@
 #include "platform/persistence/ManagedObjectModel.hpp"
 #include "platform/persistence/store/InMemoryStore.hpp"
 #include "platform/persistence/store/Store.hpp"
+#include "platform/persistence/store/sqlite/SQLiteStore.hpp"
 #include "store/ModelClasses.hpp"
 #include "support/ProbedContext.hpp"
+#include "support/TestFolder.hpp"
 
 #include <memory>
 #include <ostream>
@@ -67,13 +69,26 @@ class InMemoryPlace final : public StorePlace {
     platform::Ref<platform::Store> open(platform::Ref<platform::Store> closed) override { return closed; }
 };
 
+class SQLitePlace final : public StorePlace {
+    platform::Ref<platform::Store> make() override {
+        return *platform::SQLiteStore::create(path_, bookModel(), {});
+    }
+    platform::Ref<platform::Store> open(platform::Ref<platform::Store> closed) override {
+        closed = nullptr;
+        return *platform::SQLiteStore::open(path_, bookModel(), {});
+    }
+
+    TestFolder folder_;
+    std::string path_ = folder_.file("book.estatebook");
+};
+
 template <class Place>
 std::unique_ptr<StorePlace> makePlace() {
     return std::make_unique<Place>();
 }
 
 inline std::vector<StoreKind> storeKinds() {
-    return {{"InMemory", makePlace<InMemoryPlace>}};
+    return {{"InMemory", makePlace<InMemoryPlace>}, {"SQLite", makePlace<SQLitePlace>}};
 }
 
 /// A row that is written value by value.

@@ -1,0 +1,376 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/store/sqlite/BookFile.hpp"
+
+#include "platform/persistence/ManagedObjectModel.hpp"
+#include "platform/persistence/store/StoreRules.hpp"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace estatebook::platform::sqlite {
+
+namespace {
+
+namespace files = std::filesystem;
+
+StoreFailure unreadable(std::string_view what, const std::error_code& error) {
+    const bool isForbidden =
+        error == std::errc::permission_denied || error == std::errc::read_only_file_system;
+    return {isForbidden ? StoreErrorCode::ReadOnly : StoreErrorCode::Unreadable,
+            std::string(what) + " (" + error.message() + ")"};
+}
+
+std::uint32_t numberAt(const FileHead& head, std::size_t place) {
+    std::uint32_t number = 0;
+    for (std::size_t index = 0; index < 4; ++index) number = (number << 8) | head.bytes[place + index];
+    return number;
+}
+
+/// Before the data base sees the file: it would tidy up after the writer of a file that is none of ours.
+void requireHead(const std::string& path) {
+    constexpr std::string_view Magic("SQLite format 3\0", 16);
+    constexpr std::size_t JournalVersions = 18;
+    constexpr std::size_t UserVersion = 60;
+    constexpr std::size_t ApplicationIdPlace = 68;
+    const FileHead head = readFileHead(path);
+    if (head.size < static_cast<std::int64_t>(head.bytes.size()))
+        throw StoreFailure{StoreErrorCode::Foreign, "the file is too short for a book"};
+    if (std::memcmp(head.bytes.data(), Magic.data(), Magic.size()) != 0 ||
+        numberAt(head, ApplicationIdPlace) != ApplicationId)
+        throw StoreFailure{StoreErrorCode::Foreign, "the file is no book"};
+    const std::uint32_t layout = numberAt(head, UserVersion);
+    if (layout > Layout)
+        throw StoreFailure{StoreErrorCode::Newer, "its layout " + std::to_string(layout) +
+                                                      " is newer than this program, which knows " +
+                                                      std::to_string(Layout)};
+    if (layout != Layout) damaged("it has no layout number");
+    if (head.bytes[JournalVersions] != 1 || head.bytes[JournalVersions + 1] != 1)
+        damaged("another program has put it into another journal mode");
+}
+
+std::string resolved(const std::string& path) {
+    std::error_code error;
+    const files::path found = files::canonical(path, error);
+    if (error == std::errc::no_such_file_or_directory)
+        throw StoreFailure{StoreErrorCode::Missing, "there is no such file"};
+    if (error) throw unreadable("the file cannot be reached", error);
+    if (!files::is_regular_file(found, error)) throw StoreFailure{StoreErrorCode::Foreign, "it is no file"};
+    return found.string();
+}
+
+/// For a file that is yet to be made.
+std::string resolvedNew(const std::string& path) {
+    std::error_code error;
+    const files::path name = files::path(path).filename();
+    files::path folder = files::path(path).parent_path();
+    folder = files::canonical(folder.empty() ? files::path(".") : folder, error);
+    if (error == std::errc::no_such_file_or_directory)
+        throw StoreFailure{StoreErrorCode::Missing, "there is no such folder"};
+    if (error || name.empty()) throw unreadable("its folder cannot be reached", error);
+    return (folder / name).string();
+}
+
+void requireNothingAt(const std::string& path) {
+    std::error_code error;
+    if (files::exists(files::symlink_status(path, error)))
+        throw StoreFailure{StoreErrorCode::Exists, "there is something of this name already"};
+}
+
+/// Gives a file its name for good. Nothing that bears the name already is replaced.
+void settle(const std::string& from, const std::string& to) {
+    int result = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
+    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
+        requireNothingAt(to);
+        result = std::rename(from.c_str(), to.c_str());
+    }
+    if (result != 0 && errno == EEXIST) requireNothingAt(to);
+    if (result != 0) throw unreadable("it cannot be given its name", {errno, std::generic_category()});
+    const int folder = ::open(files::path(to).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (folder < 0) throw unreadable("its folder cannot be opened", {errno, std::generic_category()});
+    const int synced = fsync(folder);
+    const int code = errno;
+    close(folder);
+    if (synced != 0) throw unreadable("its folder cannot be written", {code, std::generic_category()});
+}
+
+void removeDraft(const std::string& path) {
+    std::error_code error;
+    files::remove(path, error);
+    files::remove(path + "-journal", error);
+}
+
+WriterLock takeLock(const std::string& path, const CommitOrigin& holder) {
+    auto lock = WriterLock::take(path, holder);
+    if (!lock) throw StoreError(lock.error());
+    return std::move(*lock);
+}
+
+void insert(Connection& connection, const SealedTable& table, const Cells& cells) {
+    Statement::Use use(connection.statement(table.insert));
+    int parameter = 0;
+    for (const Cell& cell : cells) use.bind(++parameter, cell);
+    use.bind(++parameter, digestOf(cells)).run();
+}
+
+/// What every new book holds, with the sums of all tables.
+void fill(Connection& connection, const BookTables& tables, const ManagedObjectModel& model,
+          std::string_view identifier) {
+    std::vector<std::pair<const SealedTable*, Cells>> rows{
+        {&tables.header, {Cell::of(std::int64_t{1}), Cell::text(identifier)}}};
+    for (const auto& entity : model.entities())
+        rows.emplace_back(&tables.entities,
+                          Cells{Cell::of(BookTables::numberOf(*entity)), Cell::text(entity->name())});
+    for (const auto& [table, cells] : rows) insert(connection, *table, cells);
+    for (const SealedTable* table : tables.sealedTables()) {
+        std::int64_t count = 0;
+        std::uint64_t sum = 0;
+        for (const auto& [filled, cells] : rows) {
+            if (filled != table) continue;
+            ++count;
+            sum += static_cast<std::uint64_t>(digestOf(cells));
+        }
+        Statement::Use(connection.statement("INSERT INTO \"book_sum\" VALUES(?1, ?2, ?3)"))
+            .bind(1, Cell::text(table->name))
+            .bind(2, count)
+            .bind(3, static_cast<std::int64_t>(sum))
+            .run();
+    }
+}
+
+} // namespace
+
+std::int64_t digestOf(std::span<const Cell> cells) noexcept {
+    RowDigest digest;
+    for (const Cell& cell : cells) digest.add(cell);
+    return digest.value();
+}
+
+BookFile::BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options)
+    : path_(std::move(path)), model_(std::move(model)), shapes_(*model_), tables_(*model_, shapes_),
+      classes_(options.classes), coding_(classes_), patience_(options.patience) {}
+
+std::unique_ptr<BookFile> BookFile::create(const std::string& path, Ref<ManagedObjectModel> model,
+                                           const SQLiteStore::Options& options) {
+    std::unique_ptr<BookFile> file(new BookFile(resolvedNew(path), std::move(model), options));
+    requireNothingAt(file->path_);
+    file->lock_ = takeLock(file->path_, options.holder);
+    file->lay();
+    file->connect();
+    return file;
+}
+
+std::unique_ptr<BookFile> BookFile::open(const std::string& path, Ref<ManagedObjectModel> model,
+                                         const SQLiteStore::Options& options) {
+    std::unique_ptr<BookFile> file(new BookFile(resolved(path), std::move(model), options));
+    requireHead(file->path_);
+    if (options.access == SQLiteStore::Access::Write) file->lock_ = takeLock(file->path_, options.holder);
+    file->connect();
+    return file;
+}
+
+// Under another name until it is complete.
+void BookFile::lay() {
+    const std::string draft = path_ + ".new";
+    removeDraft(draft);
+    try {
+        {
+            Connection connection(draft, Connection::Access::Create, patience_);
+            Transaction transaction(connection);
+            connection.run("PRAGMA application_id=" + std::to_string(ApplicationId));
+            connection.run("PRAGMA user_version=" + std::to_string(Layout));
+            for (const std::string& sql : tables_.schema()) connection.run(sql);
+            fill(connection, tables_, *model_, detail::newStoreIdentifier());
+            connection.run("COMMIT");
+        }
+        settle(draft, path_);
+    } catch (...) {
+        removeDraft(draft);
+        throw;
+    }
+    removeDraft(draft);
+}
+
+void BookFile::connect() {
+    auto connection = std::make_unique<Connection>(
+        path_, isWritable() ? Connection::Access::Write : Connection::Access::Read, patience_);
+    auto snapshot = std::make_unique<Transaction>(*connection, "BEGIN");
+    requireSchema(*connection);
+    requireSize();
+    requireEntities(*connection);
+    Cells cells;
+    {
+        Statement::Use header(connection->statement(tables_.header.select));
+        if (!header.next()) damaged("its header is missing");
+        read(header, tables_.header, cells);
+        if (cells[1].type != Cell::Type::Text) damaged("its identifier is missing");
+        identifier_ = cells[1].bytes;
+    }
+    if (isWritable()) snapshot.reset();
+    connection_ = std::move(connection);
+    snapshot_ = std::move(snapshot);
+}
+
+Connection& BookFile::connection() {
+    if (!connection_) {
+        requireHead(path_);
+        connect();
+    }
+    return *connection_;
+}
+
+// Only while nobody writes: what a writer left unfinished has been taken back by now.
+void BookFile::requireSize() const {
+    constexpr std::size_t PageSize = 16;
+    constexpr std::size_t PageCount = 28;
+    const FileHead head = readFileHead(path_);
+    const std::int64_t pageSize = numberAt(head, PageSize) >> 16;
+    if (head.size != std::int64_t{numberAt(head, PageCount)} * pageSize)
+        damaged("the file is not as long as its pages");
+}
+
+void BookFile::requireSchema(Connection& connection) const {
+    std::vector<std::string> found;
+    Statement::Use schema(connection.statement("SELECT sql FROM sqlite_schema"));
+    while (schema.next()) {
+        const Cell sql = schema.cell(0);
+        found.emplace_back(sql.type == Cell::Type::Text ? sql.bytes : std::string_view());
+    }
+    std::vector<std::string> wanted = tables_.schema();
+    std::ranges::sort(found);
+    std::ranges::sort(wanted);
+    if (found != wanted) damaged("its tables are not those of a book of layout " + std::to_string(Layout));
+}
+
+void BookFile::requireEntities(Connection& connection) const {
+    Cells cells;
+    Statement::Use rows(connection.statement(tables_.entities.select + " ORDER BY \"number\""));
+    for (const auto& entity : model_->entities()) {
+        if (!rows.next()) damaged("it knows fewer entities than a book has");
+        read(rows, tables_.entities, cells);
+        if (cells[0].integer != BookTables::numberOf(*entity) || cells[1].bytes != entity->name())
+            damaged("its entities are not those of a book");
+    }
+    if (rows.next()) damaged("it knows more entities than a book has");
+}
+
+void BookFile::read(const Statement::Use& row, const SealedTable& table, Cells& cells) {
+    const std::size_t count = table.columns.size();
+    cells.clear();
+    for (std::size_t index = 0; index < count; ++index) cells.push_back(row.cell(static_cast<int>(index)));
+    const Cell digest = row.cell(static_cast<int>(count));
+    if (digest.type != Cell::Type::Integer || digest.integer != digestOf(cells))
+        damaged("a row of its table \"" + table.name + "\" (" +
+                (cells[0].type == Cell::Type::Integer ? std::to_string(cells[0].integer)
+                                                      : std::string(cells[0].bytes)) +
+                ") does not agree with its digest");
+}
+
+std::optional<Cells> BookFile::find(const SealedTable& table, const Cell& first, CellRoom& room) {
+    Statement::Use row(connection().statement(table.find));
+    row.bind(1, first);
+    if (!row.next()) return std::nullopt;
+    Cells cells;
+    read(row, table, cells);
+    for (Cell& cell : cells)
+        if (!cell.bytes.empty()) cell.bytes = room.keep(cell.bytes);
+    return cells;
+}
+
+const EntityDescription& BookFile::entityOf(std::int64_t number, const EntityTable* table) const {
+    const auto entities = model_->entities();
+    if (number < 1 || number > static_cast<std::int64_t>(entities.size()))
+        damaged("it names an entity that there is not");
+    const EntityDescription& entity = *entities[static_cast<std::size_t>(number) - 1];
+    if (entity.isAbstract() || (table && &shapes_.of(entity).root() != table->root))
+        damaged("a row of its table \"" + (table ? table->name : tables_.journal.name) +
+                "\" is of an entity that does not belong there");
+    return entity;
+}
+
+void BookFile::decode(const EntityTable& table, std::span<const Cell> cells, Row& row) const {
+    const auto whole = [&](std::size_t place) {
+        if (cells[place].type == Cell::Type::Integer) return cells[place].integer;
+        if (cells[place].type != Cell::Type::Null) damaged("a link in it is no number");
+        return std::int64_t{0};
+    };
+    row.key = whole(EntityTable::Key);
+    row.version = whole(EntityTable::Version);
+    row.entity = &entityOf(whole(EntityTable::Entity), &table);
+    if (row.key <= NoRow || row.version < 1) damaged("a row in it has no key or no version");
+    const EntityColumns& columns = tables_.columnsOf(*row.entity);
+    const auto attributes = row.entity->attributes();
+    row.values.assign(attributes.size(), Value());
+    for (std::size_t index = 0; index < attributes.size(); ++index)
+        if (const auto place = columns.values[index])
+            row.values[index] = coding_.decode(cells[*place], attributes[index].type);
+    row.links.clear();
+    for (const EntityColumns::Link& link : columns.links)
+        row.links.push_back({whole(link.target), link.place ? whole(*link.place) : 0});
+}
+
+Commit BookFile::decodeCommit(std::span<const Cell> cells) const {
+    Commit commit;
+    commit.number = cells[0].integer;
+    if (cells[1].type != Cell::Type::Blob || cells[1].bytes.size() != commit.token.bytes.size())
+        damaged("a commit in it has no token");
+    std::memcpy(commit.token.bytes.data(), cells[1].bytes.data(), commit.token.bytes.size());
+    commit.origin = {sqlite::decodeDate(cells[2]), std::string(cells[3].bytes), std::string(cells[4].bytes),
+                     std::string(cells[5].bytes)};
+    commit.firstKey = cells[6].integer;
+    commit.lastKey = cells[7].integer;
+    return commit;
+}
+
+std::optional<AttributeType> BookFile::typeOf(const EntityDescription& entity,
+                                              std::string_view property) const {
+    for (const AttributeDescription& attribute : entity.attributes())
+        if (attribute.name.name() == property) return attribute.type;
+    for (const StoredLink& link : shapes_.of(entity).links())
+        if (link.relationship->name.name() == property ||
+            (link.isPlaced && detail::placeName(link) == property))
+            return AttributeType::Number;
+    return std::nullopt;
+}
+
+JournalEntry BookFile::decodeEntry(std::span<const Cell> cells) const {
+    JournalEntry entry;
+    entry.commit = cells[1].integer;
+    entry.kind = static_cast<JournalEntry::Kind>(cells[2].integer);
+    entry.entity = &entityOf(cells[3].integer, nullptr);
+    entry.key = cells[4].integer;
+    entry.property = cells[5].bytes;
+    if (entry.property.empty()) return entry;
+    const auto type = typeOf(*entry.entity, entry.property);
+    if (!type) damaged("its journal names a property that there is not");
+    entry.former = coding_.decode(cells[6], *type);
+    entry.current = coding_.decode(cells[7], *type);
+    return entry;
+}
+
+RowKey BookFile::lastKey() {
+    Statement::Use row(connection().statement(tables_.commits.select + " ORDER BY \"number\" DESC LIMIT 1"));
+    if (!row.next()) return NoRow;
+    Cells cells;
+    read(row, tables_.commits, cells);
+    return decodeCommit(cells).lastKey;
+}
+
+std::int64_t BookFile::lastCommit() {
+    Statement::Use row(connection().statement("SELECT MAX(\"number\") FROM \"book_commit\""));
+    return row.next() && row.cell(0).type == Cell::Type::Integer ? row.integer(0) : 0;
+}
+
+bool BookFile::hasLanded(const CommitToken& token) {
+    Statement::Use row(connection().statement("SELECT 1 FROM \"book_commit\" WHERE \"token\" = ?1"));
+    return row.bind(1, Cell::blob({reinterpret_cast<const char*>(token.bytes.data()), token.bytes.size()}))
+        .next();
+}
+
+} // namespace estatebook::platform::sqlite

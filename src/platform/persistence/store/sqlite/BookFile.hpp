@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Inner header: BookFile: an open book file, its tables and how rows stand in them.
+
+#include "platform/persistence/store/StoreJournal.hpp"
+#include "platform/persistence/store/WriterLock.hpp"
+#include "platform/persistence/store/sqlite/BookTables.hpp"
+#include "platform/persistence/store/sqlite/CellCoding.hpp"
+#include "platform/persistence/store/sqlite/Connection.hpp"
+#include "platform/persistence/store/sqlite/SQLiteStore.hpp"
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace estatebook::platform::sqlite {
+
+using Cells = std::vector<Cell>;
+
+[[nodiscard]] std::int64_t digestOf(std::span<const Cell> cells) noexcept;
+
+class BookFile {
+public:
+    /// Both throw a StoreFailure, or the error of a lock that is taken, as the operations of the store tell.
+    [[nodiscard]] static std::unique_ptr<BookFile>
+    create(const std::string& path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options);
+    [[nodiscard]] static std::unique_ptr<BookFile>
+    open(const std::string& path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options);
+
+    [[nodiscard]] const std::string& path() const noexcept { return path_; }
+    [[nodiscard]] const std::string& identifier() const noexcept { return identifier_; }
+    [[nodiscard]] bool isWritable() const noexcept { return lock_.has_value(); }
+    [[nodiscard]] const RowShapes& shapes() const noexcept { return shapes_; }
+    [[nodiscard]] const BookTables& tables() const noexcept { return tables_; }
+    [[nodiscard]] const CellCoding& coding() const noexcept { return coding_; }
+
+    /// Opened again when it was given up.
+    [[nodiscard]] Connection& connection();
+    /// After trouble of which nobody knows what it left.
+    void giveUp() noexcept { connection_.reset(); }
+
+    /// The cells of the present row of a sealed table, compared with their digest.
+    static void read(const Statement::Use& row, const SealedTable& table, Cells& cells);
+    /// The row whose first column is this, with the bytes in the room.
+    [[nodiscard]] std::optional<Cells> find(const SealedTable& table, const Cell& first, CellRoom& room);
+
+    /// Makes of cells what they stand for.
+    void decode(const EntityTable& table, std::span<const Cell> cells, Row& row) const;
+    /// The entity whose rows name it by this number, in a table or anywhere.
+    [[nodiscard]] const EntityDescription& entityOf(std::int64_t number, const EntityTable* table) const;
+    [[nodiscard]] Commit decodeCommit(std::span<const Cell> cells) const;
+    [[nodiscard]] JournalEntry decodeEntry(std::span<const Cell> cells) const;
+    /// As what the journal keeps the property; none for a property that the entity does not have.
+    [[nodiscard]] std::optional<AttributeType> typeOf(const EntityDescription& entity,
+                                                      std::string_view property) const;
+
+    [[nodiscard]] RowKey lastKey();
+    [[nodiscard]] std::int64_t lastCommit();
+    [[nodiscard]] bool hasLanded(const CommitToken& token);
+
+private:
+    BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options);
+
+    void lay();
+    void connect();
+    void requireSize() const;
+    void requireSchema(Connection& connection) const;
+    void requireEntities(Connection& connection) const;
+
+    std::string path_;
+    Ref<ManagedObjectModel> model_;
+    RowShapes shapes_;
+    BookTables tables_;
+    std::vector<ArchivedClass> classes_;
+    CellCoding coding_;
+    std::chrono::milliseconds patience_;
+    std::optional<WriterLock> lock_;
+    std::string identifier_;
+    std::unique_ptr<Connection> connection_;
+    /// A reader's one view of the book.
+    std::unique_ptr<Transaction> snapshot_;
+};
+
+} // namespace estatebook::platform::sqlite

@@ -1,0 +1,182 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/store/sqlite/CellCoding.hpp"
+
+#include "platform/archive/KeyedArchiver.hpp"
+#include "platform/archive/KeyedUnarchiver.hpp"
+#include "platform/persistence/store/sqlite/StoreFailure.hpp"
+
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <type_traits>
+
+namespace estatebook::platform::sqlite {
+
+namespace {
+
+constexpr std::string_view True = "true";
+constexpr std::string_view False = "false";
+constexpr char UnsignedMark = 'u';
+constexpr char DecimalMark = 'd';
+
+[[noreturn]] void foreignCell() {
+    damaged("it holds a value in a form that no program writes");
+}
+
+// Numbers of a fixed size, the first byte the most significant.
+
+template <class Bits>
+std::string_view bytesOf(Bits bits, CellRoom& room) {
+    std::array<char, sizeof(Bits)> bytes{};
+    for (std::size_t index = bytes.size(); index-- > 0; bits = static_cast<Bits>(bits >> 8))
+        bytes[index] = static_cast<char>(bits & 0xff);
+    return room.keep({bytes.data(), bytes.size()});
+}
+
+template <class Bits>
+Bits bitsOf(std::string_view bytes) {
+    Bits bits = 0;
+    for (const char byte : bytes) bits = static_cast<Bits>((bits << 8) | static_cast<unsigned char>(byte));
+    return bits;
+}
+
+/// Whether the data base gives a number back as it was given: it knows no number that is none, and but one zero.
+bool isKept(double number) noexcept {
+    return !std::isnan(number) && (number != 0 || !std::signbit(number));
+}
+
+Cell encodeDouble(double number, CellRoom& room) {
+    if (isKept(number)) return Cell::of(number);
+    return Cell::blob(bytesOf(std::bit_cast<std::uint64_t>(number), room));
+}
+
+double decodeDouble(const Cell& cell) {
+    if (cell.type == Cell::Type::Real) return cell.real;
+    if (cell.type != Cell::Type::Blob || cell.bytes.size() != sizeof(double)) foreignCell();
+    const auto number = std::bit_cast<double>(bitsOf<std::uint64_t>(cell.bytes));
+    if (isKept(number)) foreignCell();
+    return number;
+}
+
+Cell encodeDecimal(const Decimal& decimal, CellRoom& room) {
+    std::array<char, Decimal::MaximumTextLength> text{};
+    const char* end = decimal.toChars(text.data(), text.data() + text.size());
+    return Cell::text(room.keep({text.data(), static_cast<std::size_t>(end - text.data())}));
+}
+
+Decimal decodeDecimal(std::string_view text) {
+    const Decimal decimal = Decimal::parse(text);
+    std::array<char, Decimal::MaximumTextLength> canonical{};
+    const char* end = decimal.toChars(canonical.data(), canonical.data() + canonical.size());
+    if (text != std::string_view(canonical.data(), static_cast<std::size_t>(end - canonical.data())))
+        foreignCell();
+    return decimal;
+}
+
+Cell encodeNumber(const Number& number, CellRoom& room) {
+    switch (number.kind()) {
+    case Number::Kind::Boolean:
+        return Cell::text(number.boolValue() ? True : False);
+    case Number::Kind::Signed:
+        return Cell::of(number.integerValue());
+    case Number::Kind::Unsigned:
+        return Cell::text(room.keep(UnsignedMark + std::to_string(number.unsignedIntegerValue())));
+    case Number::Kind::Single:
+        return Cell::blob(bytesOf(std::bit_cast<std::uint32_t>(number.floatValue()), room));
+    case Number::Kind::Double:
+        return encodeDouble(number.doubleValue(), room);
+    case Number::Kind::Decimal:
+        return Cell::text(
+            room.keep(DecimalMark + std::string(encodeDecimal(number.decimalValue(), room).bytes)));
+    }
+    return {};
+}
+
+Value decodeUnsigned(std::string_view digits) {
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (error != std::errc() || end != digits.data() + digits.size() || digits != std::to_string(number))
+        foreignCell();
+    return number;
+}
+
+Value decodeNumber(const Cell& cell) {
+    switch (cell.type) {
+    case Cell::Type::Integer:
+        return cell.integer;
+    case Cell::Type::Real:
+        return cell.real;
+    case Cell::Type::Blob:
+        if (cell.bytes.size() != sizeof(float)) return decodeDouble(cell);
+        return std::bit_cast<float>(bitsOf<std::uint32_t>(cell.bytes));
+    case Cell::Type::Text:
+        if (cell.bytes == True) return true;
+        if (cell.bytes == False) return false;
+        if (cell.bytes.starts_with(UnsignedMark)) return decodeUnsigned(cell.bytes.substr(1));
+        if (cell.bytes.starts_with(DecimalMark)) return decodeDecimal(cell.bytes.substr(1));
+        break;
+    case Cell::Type::Null:
+        break;
+    }
+    foreignCell();
+}
+
+} // namespace
+
+Cell encodeDate(Date date, CellRoom& room) {
+    return encodeDouble(date.secondsSinceReferenceDate, room);
+}
+
+Date decodeDate(const Cell& cell) {
+    return Date{decodeDouble(cell)};
+}
+
+Cell CellCoding::encode(const Value& value, AttributeType type, CellRoom& room) const {
+    if (value.isAbsent()) return {};
+    switch (type) {
+    case AttributeType::String:
+        return Cell::text(value.string()->view());
+    case AttributeType::Date:
+        return encodeDate(*value.date(), room);
+    case AttributeType::Decimal:
+        return encodeDecimal(*value.decimal(), room);
+    case AttributeType::Number:
+        return encodeNumber(*value.number(), room);
+    case AttributeType::Any:
+    case AttributeType::Object:
+        break;
+    }
+    Ref<Error> error;
+    const Ref<Data> archive = KeyedArchiver::archivedData(value, classes_, &error);
+    if (!archive) throw StoreFailure{StoreErrorCode::InvalidChange, error->localizedDescription()};
+    const auto bytes = archive->bytes();
+    return Cell::blob(room.keep({reinterpret_cast<const char*>(bytes.data()), bytes.size()}));
+}
+
+Value CellCoding::decode(const Cell& cell, AttributeType type) const {
+    if (cell.type == Cell::Type::Null) return {};
+    switch (type) {
+    case AttributeType::String:
+        if (cell.type != Cell::Type::Text) foreignCell();
+        return String::make(cell.bytes);
+    case AttributeType::Date:
+        return decodeDate(cell);
+    case AttributeType::Decimal:
+        if (cell.type != Cell::Type::Text) foreignCell();
+        return decodeDecimal(cell.bytes);
+    case AttributeType::Number:
+        return decodeNumber(cell);
+    case AttributeType::Any:
+    case AttributeType::Object:
+        break;
+    }
+    if (cell.type != Cell::Type::Blob) foreignCell();
+    Ref<Error> error;
+    Value value = KeyedUnarchiver::unarchivedObject(
+        {reinterpret_cast<const std::byte*>(cell.bytes.data()), cell.bytes.size()}, classes_, &error);
+    if (error) damaged("an object in it cannot be read: " + error->localizedDescription());
+    if (value.isAbsent()) foreignCell();
+    return value;
+}
+
+} // namespace estatebook::platform::sqlite

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Inner header: how values stand in cells. docs/book-file.md tells the forms; each value has one.
+
+#include "platform/archive/ArchivedClass.hpp"
+#include "platform/persistence/ManagedClass.hpp"
+#include "platform/persistence/store/sqlite/Cell.hpp"
+#include "platform/values/Data.hpp"
+#include "platform/values/Value.hpp"
+
+#include <array>
+#include <deque>
+#include <span>
+#include <string>
+
+namespace estatebook::platform::sqlite {
+
+/// Holds the bytes of cells that were made of values, until it is cleared.
+class CellRoom {
+public:
+    [[nodiscard]] std::string_view keep(std::string_view bytes) { return texts_.emplace_back(bytes); }
+    void clear() { texts_.clear(); }
+
+private:
+    std::deque<std::string> texts_;
+};
+
+class CellCoding {
+public:
+    explicit CellCoding(std::span<const ArchivedClass> classes) noexcept : classes_(classes) {}
+
+    /// Throws a StoreFailure for an object that no archive holds. A text stays the value's. REQUIRES: a value
+    /// of the type.
+    [[nodiscard]] Cell encode(const Value& value, AttributeType type, CellRoom& room) const;
+    /// Throws a StoreFailure for a cell that `encode` cannot have made.
+    [[nodiscard]] Value decode(const Cell& cell, AttributeType type) const;
+
+private:
+    std::span<const ArchivedClass> classes_;
+};
+
+[[nodiscard]] Cell encodeDate(Date date, CellRoom& room);
+[[nodiscard]] Date decodeDate(const Cell& cell);
+
+} // namespace estatebook::platform::sqlite

@@ -1,0 +1,353 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/store/sqlite/SQLiteStore.hpp"
+
+#include "platform/persistence/ManagedObjectModel.hpp"
+#include "platform/persistence/store/StoreRules.hpp"
+#include "platform/persistence/store/sqlite/BookCheck.hpp"
+#include "platform/persistence/store/sqlite/BookFile.hpp"
+#include "platform/persistence/store/sqlite/BookWriter.hpp"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace estatebook::platform {
+
+namespace {
+
+using namespace sqlite;
+
+StoreFailure outOfMemory() {
+    return {StoreErrorCode::OutOfMemory, "there is no memory left"};
+}
+
+/// What a maker of book files gives, or the error that came of it.
+template <class Make>
+auto made(const std::string& path, Make make) -> StoreResult<decltype(make())> {
+    try {
+        return make();
+    } catch (const StoreError& error) {
+        return error;
+    } catch (const StoreFailure& failure) {
+        return errorOf(failure, path);
+    } catch (const std::bad_alloc&) {
+        return errorOf(outOfMemory(), path);
+    }
+}
+
+/// Hands all rows of a statement to a visitor, those that match.
+std::size_t visit(BookFile& file, const EntityTable& table, Statement::Use& rows,
+                  const Store::RowVisitor& visitor, const std::function<bool(const Row&)>& matches = {}) {
+    Cells cells;
+    Row row;
+    std::size_t count = 0;
+    while (rows.next()) {
+        BookFile::read(rows, table, cells);
+        file.decode(table, cells, row);
+        if (matches && !matches(row)) continue;
+        visitor(row);
+        ++count;
+    }
+    return count;
+}
+
+/// What the data base can compare a value of the type with, so that just equal values match; none when it cannot.
+std::optional<Cell> comparable(const Value& value, AttributeType type, const CellCoding& coding,
+                               CellRoom& room) {
+    if (type == AttributeType::String && value.string()) return Cell::text(value.string()->view());
+    const auto number = value.number();
+    if (type == AttributeType::Decimal && number && number->kind() != Number::Kind::Single &&
+        number->kind() != Number::Kind::Double)
+        return coding.encode(number->decimalValue(), type, room);
+    return std::nullopt;
+}
+
+/// Whether so many keys are better read in one go from the first to the last.
+bool areNeighbours(std::span<const RowKey> keys) {
+    constexpr RowKey WorthSkipping = 4;
+    if (keys.size() < 2 || !std::ranges::is_sorted(keys, std::ranges::less_equal())) return false;
+    return keys.front() > NoRow && (keys.back() - keys.front()) / WorthSkipping <= std::ssize(keys);
+}
+
+} // namespace
+
+SQLiteStore::SQLiteStore(Ref<ManagedObjectModel> model, std::unique_ptr<BookFile> file)
+    : Store(std::move(model)), file_(std::move(file)) {}
+
+SQLiteStore::~SQLiteStore() = default;
+
+StoreResult<Ref<SQLiteStore>> SQLiteStore::create(const std::string& path, Ref<ManagedObjectModel> model,
+                                                  const Options& options) {
+    return made(path, [&] {
+        auto file = BookFile::create(path, model, options);
+        return Ref<SQLiteStore>(new SQLiteStore(model, std::move(file)));
+    });
+}
+
+StoreResult<Ref<SQLiteStore>> SQLiteStore::open(const std::string& path, Ref<ManagedObjectModel> model,
+                                                const Options& options) {
+    return made(path, [&] {
+        auto file = BookFile::open(path, model, options);
+        return Ref<SQLiteStore>(new SQLiteStore(model, std::move(file)));
+    });
+}
+
+template <class Work>
+auto SQLiteStore::guarded(Work work) const -> StoreResult<decltype(work())> {
+    try {
+        return work();
+    } catch (const StoreFailure& failure) {
+        return errorOf(failure, file_->path());
+    } catch (const std::bad_alloc&) {
+        return errorOf(outOfMemory(), file_->path());
+    }
+}
+
+std::string_view SQLiteStore::location() const noexcept {
+    return file_->path();
+}
+
+std::string_view SQLiteStore::identifier() const noexcept {
+    return file_->identifier();
+}
+
+StoreCapabilities SQLiteStore::capabilities() const noexcept {
+    return {.isPersistent = true, .isWritable = file_->isWritable()};
+}
+
+StoreResult<RowKey> SQLiteStore::lastKey() const {
+    return guarded([&] { return file_->lastKey(); });
+}
+
+// Reading
+
+StoreResult<std::vector<RowKey>> SQLiteStore::fetchKeys(const EntityDescription& entity,
+                                                        const std::optional<Predicate>& predicate) const {
+    std::vector<RowKey> keys;
+    const auto fetched = fetchRows(entity, predicate, [&](const Row& row) { keys.push_back(row.key); });
+    if (!fetched) return fetched.error();
+    return keys;
+}
+
+StoreResult<std::size_t> SQLiteStore::fetchRows(const EntityDescription& entity,
+                                                const std::optional<Predicate>& predicate,
+                                                const RowVisitor& visitor) const {
+    std::optional<std::size_t> attribute;
+    if (predicate) {
+        attribute = shapes().of(entity).attribute(predicate->key());
+        if (!attribute || entity.attributes()[*attribute].isTransient)
+            return failure(StoreErrorCode::Unsupported, detail::unstoredProperty(entity, predicate->key()));
+    }
+    return guarded([&] {
+        const BookTables& tables = file_->tables();
+        const EntityTable& table = tables.tableOf(entity);
+        std::string condition = " WHERE 1" + tables.filterFor(entity, *table.root);
+        CellRoom room;
+        std::optional<Cell> wanted;
+        if (attribute) {
+            const std::string column = quoted(table.columns[*tables.columnsOf(entity).values[*attribute]]);
+            wanted =
+                comparable(predicate->value(), entity.attributes()[*attribute].type, file_->coding(), room);
+            if (predicate->value().isAbsent())
+                condition += " AND " + column + " IS NULL";
+            else
+                condition += wanted ? " AND " + column + " = ?1" : " AND " + column + " IS NOT NULL";
+        }
+        Statement::Use rows(file_->connection().statement(table.select + condition + " ORDER BY \"_key\""));
+        if (wanted) rows.bind(1, *wanted);
+        if (!attribute) return visit(*file_, table, rows, visitor);
+        return visit(*file_, table, rows, visitor,
+                     [&](const Row& row) { return row.values[*attribute].isEqual(predicate->value()); });
+    });
+}
+
+StoreResult<std::size_t> SQLiteStore::visitRows(const EntityDescription& entity, std::span<const RowKey> keys,
+                                                const RowVisitor& visitor) const {
+    return guarded([&] {
+        const EntityTable& table = file_->tables().tableOf(entity);
+        if (areNeighbours(keys)) {
+            Statement::Use rows(file_->connection().statement(
+                table.select + " WHERE \"_key\" BETWEEN ?1 AND ?2 ORDER BY \"_key\""));
+            rows.bind(1, keys.front()).bind(2, keys.back());
+            auto wanted = keys.begin();
+            return visit(*file_, table, rows, visitor, [&](const Row& row) {
+                while (wanted != keys.end() && *wanted < row.key) ++wanted;
+                return wanted != keys.end() && *wanted == row.key;
+            });
+        }
+        std::size_t count = 0;
+        for (const RowKey key : keys) {
+            Statement::Use rows(file_->connection().statement(table.find));
+            rows.bind(1, key);
+            count += visit(*file_, table, rows, visitor);
+        }
+        return count;
+    });
+}
+
+namespace {
+
+/// The members of an owner that is bound to ?1.
+std::string membersOf(const BookTables& tables, const RowShapes& shapes,
+                      const RelationshipDescription& toMany, const std::string& select) {
+    const EntityDescription& entity = *toMany.destinationEntity;
+    const EntityTable& table = tables.tableOf(entity);
+    const EntityColumns::Link& link = tables.columnsOf(entity).links[*shapes.of(entity).link(toMany.inverse)];
+    const Column& column = table.properties[link.target - EntityTable::FirstProperty];
+    return select + " WHERE " + quoted(column.name) + " = ?1" + tables.filterFor(entity, *column.owner) +
+           " ORDER BY " + (link.place ? quoted(table.columns[*link.place]) + ", " : "") + "\"_key\"";
+}
+
+} // namespace
+
+StoreResult<std::vector<std::vector<RowKey>>> SQLiteStore::members(const RelationshipDescription& toMany,
+                                                                   std::span<const RowKey> owners) const {
+    return guarded([&] {
+        const EntityTable& table = file_->tables().tableOf(*toMany.destinationEntity);
+        Statement& statement = file_->connection().statement(
+            membersOf(file_->tables(), shapes(), toMany, "SELECT \"_key\" FROM " + quoted(table.name)));
+        std::vector<std::vector<RowKey>> members(owners.size());
+        for (std::size_t index = 0; index < owners.size(); ++index) {
+            Statement::Use rows(statement);
+            rows.bind(1, owners[index]);
+            while (rows.next()) members[index].push_back(rows.integer(0));
+        }
+        return members;
+    });
+}
+
+StoreResult<Decimal> SQLiteStore::sum(const RelationshipDescription& toMany, RowKey owner, Key attribute,
+                                      std::span<const RowKey> exceptions) const {
+    const EntityDescription& entity = *toMany.destinationEntity;
+    const auto place = shapes().of(entity).attribute(attribute);
+    if (!place || !detail::canBeSummed(entity.attributes()[*place]))
+        return failure(StoreErrorCode::Unsupported, detail::unstoredProperty(entity, attribute));
+    return guarded([&] {
+        const EntityTable& table = file_->tables().tableOf(entity);
+        const std::size_t column = *file_->tables().columnsOf(entity).values[*place];
+        Statement::Use rows(
+            file_->connection().statement(membersOf(file_->tables(), shapes(), toMany, table.select)));
+        rows.bind(1, owner);
+        Cells cells;
+        Decimal sum;
+        while (rows.next()) {
+            BookFile::read(rows, table, cells);
+            if (std::ranges::binary_search(exceptions, cells[EntityTable::Key].integer)) continue;
+            const Value value = file_->coding().decode(cells[column], entity.attributes()[*place].type);
+            if (const auto decimal = value.decimal()) sum += *decimal;
+        }
+        return sum;
+    });
+}
+
+// Saving
+
+StoreResult<SaveOutcome> SQLiteStore::save(const StoreChanges& changes) {
+    return guarded([&] {
+        if (!file_->isWritable())
+            throw StoreFailure{StoreErrorCode::ReadOnly, "it was opened for reading only"};
+        return BookWriter(*file_, changes).save();
+    });
+}
+
+StoreResult<bool> SQLiteStore::hasLanded(const CommitToken& token) {
+    return guarded([&] { return file_->hasLanded(token); });
+}
+
+// Beside the rows
+
+StoreResult<std::vector<std::optional<std::string>>>
+SQLiteStore::identifiers(std::span<const RowKey> keys) const {
+    return guarded([&] {
+        std::vector<std::optional<std::string>> identifiers;
+        CellRoom room;
+        for (const RowKey key : keys) {
+            const auto cells = file_->find(file_->tables().identifiers, Cell::of(key), room);
+            identifiers.push_back(cells ? std::optional(std::string(cells->at(1).bytes)) : std::nullopt);
+        }
+        return identifiers;
+    });
+}
+
+StoreResult<Store::Metadata> SQLiteStore::metadata() const {
+    return guarded([&] {
+        const SealedTable& table = file_->tables().metadata;
+        Statement::Use rows(file_->connection().statement(table.select));
+        Metadata metadata;
+        Cells cells;
+        while (rows.next()) {
+            BookFile::read(rows, table, cells);
+            metadata.emplace(cells[0].bytes, cells[1].bytes);
+        }
+        return metadata;
+    });
+}
+
+StoreResult<std::vector<Commit>> SQLiteStore::commits() const {
+    return guarded([&] {
+        const SealedTable& table = file_->tables().commits;
+        Statement::Use rows(file_->connection().statement(table.select + " ORDER BY \"number\""));
+        std::vector<Commit> commits;
+        Cells cells;
+        while (rows.next()) {
+            BookFile::read(rows, table, cells);
+            commits.push_back(file_->decodeCommit(cells));
+        }
+        return commits;
+    });
+}
+
+StoreResult<std::vector<JournalEntry>> SQLiteStore::journalOfRow(const EntityDescription& entity,
+                                                                 RowKey key) const {
+    return guarded([&] {
+        std::vector<JournalEntry> entries;
+        Cells cells;
+        CellRoom room;
+        const SealedTable& commits = file_->tables().commits;
+        {
+            Statement::Use rows(file_->connection().statement(
+                commits.select + " WHERE \"first_key\" <= ?1 AND ?1 <= \"last_key\""));
+            rows.bind(1, key);
+            while (rows.next()) {
+                BookFile::read(rows, commits, cells);
+                entries.push_back({.commit = file_->decodeCommit(cells).number,
+                                   .kind = JournalEntry::Kind::Insertion,
+                                   .key = key});
+            }
+        }
+        const EntityTable& table = file_->tables().tableOf(entity);
+        if (const auto row = file_->find(table, Cell::of(key), room); row && !entries.empty())
+            entries.front().entity = &file_->entityOf(row->at(EntityTable::Entity).integer, &table);
+        const SealedTable& journal = file_->tables().journal;
+        Statement::Use rows(
+            file_->connection().statement(journal.select + " WHERE \"key\" = ?1 ORDER BY \"number\""));
+        rows.bind(1, key);
+        while (rows.next()) {
+            BookFile::read(rows, journal, cells);
+            entries.push_back(file_->decodeEntry(cells));
+        }
+        return entries;
+    });
+}
+
+StoreResult<std::vector<JournalEntry>> SQLiteStore::journalOfCommit(std::int64_t number) const {
+    return guarded([&] {
+        const SealedTable& table = file_->tables().journal;
+        Statement::Use rows(
+            file_->connection().statement(table.select + " WHERE \"commit\" = ?1 ORDER BY \"number\""));
+        rows.bind(1, number);
+        std::vector<JournalEntry> entries;
+        Cells cells;
+        while (rows.next()) {
+            BookFile::read(rows, table, cells);
+            entries.push_back(file_->decodeEntry(cells));
+        }
+        return entries;
+    });
+}
+
+StoreResult<std::vector<std::string>> SQLiteStore::check() const {
+    return guarded([&] { return BookCheck(*file_).findings(); });
+}
+
+} // namespace estatebook::platform

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/store/sqlite/StoreFailure.hpp"
+
+namespace estatebook::platform::sqlite {
+
+namespace {
+
+std::string_view adviceFor(StoreErrorCode code) {
+    switch (code) {
+    case StoreErrorCode::Missing:
+        return "Check its name, or make a new book.";
+    case StoreErrorCode::Exists:
+        return "Choose another name.";
+    case StoreErrorCode::Foreign:
+        return "It was left as it is; choose a book's file.";
+    case StoreErrorCode::Newer:
+        return "It was left as it is; open it with a newer program.";
+    case StoreErrorCode::Damaged:
+        return "It was left as it is; go on with a copy of it.";
+    case StoreErrorCode::Locked:
+        return "Close it there first.";
+    case StoreErrorCode::Busy:
+        return "Nothing was changed; try again.";
+    case StoreErrorCode::ReadOnly:
+        return "Nothing was changed; ask for the right to write the file and its folder.";
+    case StoreErrorCode::Full:
+        return "Nothing was changed; make room and try again.";
+    case StoreErrorCode::Unreadable:
+        return "Check the disk, and try again.";
+    case StoreErrorCode::Moved:
+        return "Nothing was changed; put it back, or open it where it is now.";
+    case StoreErrorCode::InvalidChange:
+        return "Nothing was changed.";
+    case StoreErrorCode::Unsupported:
+        return "Ask for something else.";
+    case StoreErrorCode::OutcomeUnknown:
+        return "Ask again whether the save has landed, before anything is saved another time.";
+    case StoreErrorCode::OutOfMemory:
+        return "Nothing was changed; close other programs and try again.";
+    }
+    return {};
+}
+
+} // namespace
+
+StoreError errorOf(const StoreFailure& failure, std::string_view path) {
+    std::string message = "The book " + std::string(path) + " cannot be used so: " + failure.reason + ". ";
+    message += adviceFor(failure.code);
+    for (char& each : message)
+        if (each == '\n') each = ' ';
+    return {failure.code, std::string(path), std::move(message)};
+}
+
+} // namespace estatebook::platform::sqlite
