@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/BookObjects.hpp"
 
+#include "platform/values/AttributedString.hpp"
 #include "store/TKState.hpp"
 #include "tags/TKTagNames.hpp"
 
@@ -11,6 +12,8 @@
 
 namespace estatebook {
 
+using platform::AttributedString;
+using platform::Dictionary;
 using platform::ManagedObjectContext;
 using platform::Number;
 using platform::Ref;
@@ -49,6 +52,22 @@ Value valueOf(const document::SettingValue& setting) {
         Value operator()(const std::string& text) const { return String::make(text); }
     };
     return std::visit(Visitor{}, setting);
+}
+
+/// A text as it is, or one with attributes.
+Value valueOf(const std::optional<document::RichText>& text) {
+    if (!text) return {};
+    if (const auto plain = text->plain()) return String::make(*plain);
+    std::string whole;
+    std::vector<AttributedString::Run> runs;
+    for (const document::TextPiece& piece : text->pieces) {
+        std::vector<Dictionary::Entry> attributes;
+        for (const document::Setting& attribute : piece.attributes)
+            attributes.emplace_back(attribute.name, valueOf(attribute.value));
+        runs.push_back({whole.size(), piece.text.size(), Dictionary::make(std::move(attributes))});
+        whole += piece.text;
+    }
+    return AttributedString::make(String::make(whole), std::move(runs));
 }
 
 /// Gives identifiers to objects that came without one: the first of KIND-1, KIND-2 … that is free.
@@ -91,7 +110,7 @@ void fill(TKTransaction& object, const document::Transaction& transaction) {
 
 void fill(TKNote& object, const document::Note& note) {
     object.setSubject(textOf(note.subject));
-    object.setContent(Value(textOf(note.content)));
+    object.setContent(valueOf(note.content));
     object.setCreatedDate(note.createdDate);
     object.setCreatedBy(textOf(note.createdBy));
     object.setTagNames(tagNamesOf(note.tags));

@@ -24,6 +24,8 @@ using platform::TimeZone;
 
 constexpr Wanted WantedText = wantedFor(std::optional<std::string>());
 constexpr Wanted WantedList = wantedFor(std::vector<Property>());
+constexpr Wanted WantedPiece{"a text, or an object of a text and its attributes",
+                             "write a text in quotation marks"};
 constexpr Wanted WantedSetting{"a text, a number, true, false or null", "a setting holds nothing else"};
 
 template <class Object>
@@ -93,6 +95,11 @@ std::string BookBuilder::path() const {
     std::string path = place_.path();
     if (stage_ == Stage::Settings && !settingName_.empty()) path += pathStep(forMessage(settingName_));
     if (stage_ == Stage::Tags) path += pathStep(std::to_string(tagCount_));
+    if (stage_ == Stage::Pieces) path += pathStep(std::to_string(pieceCount_));
+    if (stage_ == Stage::Piece || stage_ == Stage::Attributes)
+        path += pathStep(std::to_string(pieceCount_ - 1));
+    if (pieceMember_) path += pathStep(PieceMemberNames[static_cast<std::size_t>(*pieceMember_)]);
+    if (stage_ == Stage::Attributes && !attributeName_.empty()) path += pathStep(forMessage(attributeName_));
     return path;
 }
 
@@ -124,6 +131,12 @@ Wanted BookBuilder::wantedHere() {
         return visitField([](const auto& field, Role) { return wantedFor(field); });
     case Stage::Tags:
         return WantedText;
+    case Stage::Pieces:
+        return WantedPiece;
+    case Stage::Piece:
+        return pieceMember_ == PieceMember::Text ? WantedText : WantedObject;
+    case Stage::Attributes:
+        return WantedSetting;
     default:
         return WantedObject;
     }
@@ -175,6 +188,16 @@ bool BookBuilder::beginObject() {
         return addObject();
     case Stage::InnerList:
         return addInnerObject();
+    case Stage::Pieces:
+        if (!addPiece({})) return false;
+        pieceSeen_ = 0;
+        hasPieceText_ = false;
+        stage_ = Stage::Piece;
+        return true;
+    case Stage::Piece:
+        if (pieceMember_ != PieceMember::Attributes) break;
+        stage_ = Stage::Attributes;
+        return true;
     default:
         break;
     }
@@ -212,6 +235,8 @@ bool BookBuilder::addInnerObject() {
 }
 
 bool BookBuilder::endObject() {
+    if (stage_ == Stage::Attributes) return endAttributes();
+    if (stage_ == Stage::Piece) return endPiece();
     place_.member = BookPlace::NoMember;
     switch (stage_) {
     case Stage::Book:
@@ -245,6 +270,10 @@ bool BookBuilder::beginList() {
         if constexpr (std::is_same_v<Field, std::vector<std::string>>) {
             stage_ = Stage::Tags;
             tagCount_ = 0;
+        } else if constexpr (std::is_same_v<Field, std::optional<RichText>>) {
+            richText() = {};
+            stage_ = Stage::Pieces;
+            pieceCount_ = 0;
         } else if constexpr (std::is_same_v<Field, std::vector<Transaction>> ||
                              std::is_same_v<Field, std::vector<Note>>) {
             place_.inner = std::is_same_v<Field, std::vector<Note>> ? BookPlace::Inner::Notes
@@ -270,6 +299,10 @@ bool BookBuilder::endList() {
         place_.member = BookPlace::NoMember;
         stage_ = Stage::Object;
         return true;
+    case Stage::Pieces:
+        richText().settle();
+        stage_ = Stage::InnerObject;
+        return true;
     default:
         dropRepeated(tags());
         stage_ = place_.inner == BookPlace::Inner::None ? Stage::Object : Stage::InnerObject;
@@ -287,6 +320,10 @@ bool BookBuilder::key(std::string_view name) {
         return enterSetting(name);
     case Stage::Object:
         return enterMember(name, memberNames(), objectSeen_);
+    case Stage::Piece:
+        return enterPieceMember(name);
+    case Stage::Attributes:
+        return enterAttribute(name);
     default:
         return enterMember(name, memberNames(), innerSeen_);
     }
@@ -351,6 +388,13 @@ bool BookBuilder::value(const Scalar& value) {
         return memberValue(value);
     case Stage::Tags:
         return tagValue(value);
+    case Stage::Pieces:
+        if (value.type != Scalar::Type::Text) return refuseValue(value.shown());
+        return addPiece({std::string(value.text), {}});
+    case Stage::Piece:
+        return pieceValue(value);
+    case Stage::Attributes:
+        return attributeValue(value);
     default:
         return refuseValue(value.shown());
     }
@@ -427,6 +471,82 @@ bool BookBuilder::tagValue(const Scalar& value) {
     if (!countEntry()) return false;
     tags().emplace_back(value.text);
     ++tagCount_;
+    return true;
+}
+
+// -- Pieces of a text ---------------------------------------------------------------------------------------
+
+RichText& BookBuilder::richText() {
+    return visitObject(book_, place_, [](auto& object) -> RichText& {
+        if constexpr (requires { object.content; })
+            return object.content ? *object.content : object.content.emplace();
+        else
+            std::abort(); // only a note has one, so the stage cannot be reached
+    });
+}
+
+bool BookBuilder::addPiece(TextPiece piece) {
+    if (!countEntry()) return false;
+    richText().pieces.push_back(std::move(piece));
+    ++pieceCount_;
+    return true;
+}
+
+bool BookBuilder::enterPieceMember(std::string_view name) {
+    const auto found = std::ranges::find(PieceMemberNames, name);
+    pieceMember_.reset();
+    if (found == PieceMemberNames.end())
+        return refuseAt(path() + pathStep(forMessage(name)), source_.line(),
+                        {fmt::format("\"{}\" is no member here", forMessage(name)),
+                         fmt::format("use {}", fmt::join(PieceMemberNames, ", "))});
+    const auto index = static_cast<std::size_t>(found - PieceMemberNames.begin());
+    pieceMember_ = static_cast<PieceMember>(index);
+    if ((pieceSeen_ >> index & 1u) != 0)
+        return refuse({fmt::format("\"{}\" is given twice", name), "keep one of the two"});
+    pieceSeen_ |= 1u << index;
+    return true;
+}
+
+bool BookBuilder::enterAttribute(std::string_view name) {
+    attributeName_ = name;
+    richText().pieces.back().attributes.push_back({attributeName_, {}});
+    return countEntry();
+}
+
+bool BookBuilder::pieceValue(const Scalar& value) {
+    if (value.type == Scalar::Type::Null) return true;
+    if (pieceMember_ != PieceMember::Text || value.type != Scalar::Type::Text)
+        return refuseValue(value.shown());
+    richText().pieces.back().text = value.text;
+    hasPieceText_ = true;
+    return true;
+}
+
+bool BookBuilder::attributeValue(const Scalar& value) {
+    return refuseUnless(takeSetting(value, richText().pieces.back().attributes.back().value));
+}
+
+bool BookBuilder::endAttributes() {
+    auto& attributes = richText().pieces.back().attributes;
+    std::vector<std::string_view> names;
+    for (const Setting& attribute : attributes) names.push_back(attribute.name);
+    std::ranges::sort(names);
+    attributeName_.clear();
+    if (const auto twice = std::ranges::adjacent_find(names); twice != names.end()) {
+        const std::string name = forMessage(*twice);
+        return refuseAt(path() + pathStep(name), source_.line(),
+                        {fmt::format("\"{}\" is given twice", name), "keep one of the two"});
+    }
+    std::erase_if(attributes,
+                  [](const Setting& each) { return std::holds_alternative<std::monostate>(each.value); });
+    stage_ = Stage::Piece;
+    return true;
+}
+
+bool BookBuilder::endPiece() {
+    pieceMember_.reset();
+    if (!hasPieceText_) return refuse({"the piece has no text", "give it a member \"text\""});
+    stage_ = Stage::Pieces;
     return true;
 }
 

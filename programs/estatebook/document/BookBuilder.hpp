@@ -56,6 +56,9 @@ private:
         InnerList,
         InnerObject,
         Tags,
+        Pieces,
+        Piece,
+        Attributes,
         After
     };
 
@@ -92,6 +95,15 @@ private:
     auto visitField(Function&& function);
     [[nodiscard]] std::vector<std::string>& tags();
 
+    bool addPiece(TextPiece piece);
+    bool enterPieceMember(std::string_view name);
+    bool enterAttribute(std::string_view name);
+    bool pieceValue(const Scalar& value);
+    bool attributeValue(const Scalar& value);
+    bool endPiece();
+    bool endAttributes();
+    [[nodiscard]] RichText& richText();
+
     bool checkSettingNames();
     bool finishDates();
     bool finishBook(std::vector<BookWarning>& warnings);
@@ -114,6 +126,12 @@ private:
     bool hasZoneSetting_ = false;
     bool atZoneSetting_ = false;
     std::size_t tagCount_ = 0;
+    /// Of the text being read in pieces, and of the latest of them.
+    std::size_t pieceCount_ = 0;
+    std::string attributeName_;
+    std::optional<PieceMember> pieceMember_;
+    std::uint32_t pieceSeen_ = 0;
+    bool hasPieceText_ = false;
 
     BookDocument book_;
     BookMarks marks_;

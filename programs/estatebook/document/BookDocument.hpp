@@ -47,6 +47,30 @@ struct Setting {
     friend bool operator==(const Setting&, const Setting&) = default;
 };
 
+/// A piece of a text, and the attributes that hold for the whole of it.
+struct TextPiece {
+    std::string text;
+    std::vector<Setting> attributes;
+
+    friend bool operator==(const TextPiece&, const TextPiece&) = default;
+};
+
+/// A text of which pieces may have attributes.
+struct RichText {
+    RichText() = default;
+    /// Without attributes.
+    RichText(std::string plain);
+
+    /// Brings it into the one form it has: no piece is empty, and pieces without attributes do not touch.
+    void settle();
+    /// The text when there are no attributes.
+    [[nodiscard]] std::optional<std::string_view> plain() const noexcept;
+
+    std::vector<TextPiece> pieces;
+
+    friend bool operator==(const RichText&, const RichText&) = default;
+};
+
 struct Transaction {
     std::optional<std::string> id;
     std::optional<platform::Decimal> amount;
@@ -63,7 +87,7 @@ struct Transaction {
 struct Note {
     std::optional<std::string> id;
     std::optional<std::string> subject;
-    std::optional<std::string> content;
+    std::optional<RichText> content;
     std::optional<platform::Date> createdDate;
     std::optional<std::string> createdBy;
     std::vector<std::string> tags;

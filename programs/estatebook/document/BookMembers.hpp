@@ -27,7 +27,8 @@ struct Member {
                      std::optional<platform::Date> Object::*, std::optional<bool> Object::*,
                      std::optional<std::uint64_t> Object::*, std::optional<BillingCycle> Object::*,
                      std::optional<ChargeBehaviour> Object::*, std::vector<std::string> Object::*,
-                     std::vector<Transaction> Object::*, std::vector<Note> Object::*>;
+                     std::optional<RichText> Object::*, std::vector<Transaction> Object::*,
+                     std::vector<Note> Object::*>;
 
     std::string_view name;
     Field field;
@@ -100,6 +101,10 @@ inline constexpr std::array membersOf<Tenure>{
     Member<Tenure>{"transactions", &Tenure::transactions},
     Member<Tenure>{"notes", &Tenure::notes},
 };
+
+/// The members of a piece of a text.
+enum class PieceMember : unsigned char { Text, Attributes };
+inline constexpr std::array<std::string_view, 2> PieceMemberNames{"text", "attributes"};
 
 /// The members of the book itself.
 enum class BookMember : unsigned char { Schema, TimeZone, Settings, Properties, Tenants, Tenures };

@@ -98,6 +98,12 @@ Verdict take(const Scalar& value, std::optional<std::string>& field) {
     return {};
 }
 
+Verdict take(const Scalar& value, std::optional<RichText>& field) {
+    if (value.type != Scalar::Type::Text) return notWanted(wantedFor(field), value.shown());
+    field.emplace(std::string(value.text));
+    return {};
+}
+
 Verdict take(const Scalar& value, std::optional<bool>& field) {
     if (value.type != Scalar::Type::Boolean) return notWanted(wantedFor(field), value.shown());
     field = value.boolean;

@@ -42,6 +42,9 @@ struct Wanted {
 constexpr Wanted wantedFor(const std::optional<std::string>&) noexcept {
     return {"a text", "write it in quotation marks"};
 }
+constexpr Wanted wantedFor(const std::optional<RichText>&) noexcept {
+    return {"a text, or a list of its pieces", "write it in quotation marks"};
+}
 constexpr Wanted wantedFor(const std::optional<platform::Decimal>&) noexcept {
     return {"an amount", R"(write it as "-535.71")"};
 }
@@ -70,6 +73,8 @@ inline constexpr Wanted WantedObject{"an object", "write its members in braces"}
 
 /// Each takes a value into a field. REQUIRES: the value is not null.
 [[nodiscard]] Verdict take(const Scalar& value, std::optional<std::string>& field);
+/// One without attributes.
+[[nodiscard]] Verdict take(const Scalar& value, std::optional<RichText>& field);
 [[nodiscard]] Verdict take(const Scalar& value, std::optional<bool>& field);
 /// A text is read in plain notation, a number by its digits; what a decimal cannot hold exactly is refused.
 [[nodiscard]] Verdict take(const Scalar& value, std::optional<platform::Decimal>& field);

@@ -97,6 +97,19 @@ private:
     void write(std::string_view name, const std::optional<std::string>& text) {
         if (text) writeText(name, *text);
     }
+    void write(std::string_view name, const std::optional<RichText>& text) {
+        if (!text) return;
+        if (const auto plain = text->plain()) return writeText(name, *plain);
+        std::string list;
+        for (const TextPiece& piece : text->pieces) {
+            if (!carries(name, piece.text)) return;
+            list += list.empty() ? "[" : ", ";
+            if (!appendPiece(list, piece))
+                return leaveOut(name, "an attribute is not a number, or its text is not well-formed UTF-8");
+        }
+        begin(name);
+        (out_ += list) += ']';
+    }
     void write(std::string_view name, const std::optional<Decimal>& amount) {
         if (!amount) return;
         if (amount->isNaN()) return leaveOut(name, "the amount is not a number");
@@ -144,6 +157,46 @@ private:
     template <class Object>
     void write(std::string_view name, const std::vector<Object>& objects) {
         writeList(name, objects);
+    }
+
+    /// Whether the piece's attributes can stand in a document.
+    static bool appendPiece(std::string& list, const TextPiece& piece) {
+        if (piece.attributes.empty()) {
+            appendJsonText(list, piece.text);
+            return true;
+        }
+        appendJsonText(list += "{\"text\": ", piece.text);
+        list += ", \"attributes\": {";
+        for (const Setting& attribute : piece.attributes) {
+            if (!platform::isWellFormedUtf8(attribute.name)) return false;
+            if (&attribute != &piece.attributes.front()) list += ", ";
+            appendJsonText(list, attribute.name);
+            list += ": ";
+            if (!std::visit([&](const auto& value) { return appendAttribute(list, value); }, attribute.value))
+                return false;
+        }
+        list += "}}";
+        return true;
+    }
+    static bool appendAttribute(std::string& list, std::monostate) {
+        list += "null";
+        return true;
+    }
+    static bool appendAttribute(std::string& list, bool value) {
+        list += value ? "true" : "false";
+        return true;
+    }
+    static bool appendAttribute(std::string& list, std::int64_t value) {
+        list += std::to_string(value);
+        return true;
+    }
+    static bool appendAttribute(std::string& list, const Decimal& value) {
+        list += value.toString();
+        return !value.isNaN();
+    }
+    static bool appendAttribute(std::string& list, const std::string& value) {
+        appendJsonText(list, value);
+        return platform::isWellFormedUtf8(value);
     }
 
     // -- Objects

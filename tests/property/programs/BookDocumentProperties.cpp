@@ -144,7 +144,22 @@ private:
     Transaction transaction() {
         return {identifier(), decimal(), text(), date(), date(), text(), flag(), random_.tags()};
     }
-    Note note() { return {identifier(), text(), text(), date(), text(), random_.tags()}; }
+    std::optional<RichText> content() {
+        if (random_.chance(50)) return text();
+        RichText result;
+        for (std::int64_t i = random_.between(0, 4); i > 0; --i) {
+            TextPiece& piece = result.pieces.emplace_back();
+            piece.text = random_.text();
+            for (std::int64_t place = random_.between(0, 2); place > 0; --place)
+                piece.attributes.push_back(setting(place));
+            std::erase_if(piece.attributes, [](const Setting& each) {
+                return std::holds_alternative<std::monostate>(each.value);
+            });
+        }
+        result.settle();
+        return result;
+    }
+    Note note() { return {identifier(), text(), content(), date(), text(), random_.tags()}; }
     template <class Made, class Make>
     std::vector<Made> some(Make make) {
         std::vector<Made> result;

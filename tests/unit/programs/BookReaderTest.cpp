@@ -143,6 +143,77 @@ TEST(BookReaderTest, everyMemberOfATenureIsRead) {
     EXPECT_THAT(book.tenures, ElementsAre(expected));
 }
 
+std::string contentOf(std::string_view json) {
+    return tenureOf(R"("notes": [{"content": )" + std::string(json) + "}]");
+}
+
+std::optional<RichText> readContent(std::string_view json) {
+    return read(contentOf(json)).tenures.at(0).notes.at(0).content;
+}
+
+RichText richText(std::vector<TextPiece> pieces) {
+    RichText text;
+    text.pieces = std::move(pieces);
+    return text;
+}
+
+TEST(BookReaderTest, aTextWithAttributesIsAListOfPieces) {
+    EXPECT_EQ(readContent(R"(["Call ", {"text": "before noon", "attributes": {"bold": true, "size": 12,
+                                "spacing": 1.5, "font": "Serif"}}, "."])"),
+              richText({{"Call ", {}},
+                        {"before noon",
+                         {{"bold", true},
+                          {"size", std::int64_t{12}},
+                          {"spacing", Decimal::parse("1.5")},
+                          {"font", std::string("Serif")}}},
+                        {".", {}}}));
+}
+
+TEST(BookReaderTest, piecesWithoutAttributesAreOneText) {
+    const RichText plain(std::string("Call me."));
+    for (
+        const char* json :
+        {R"("Call me.")", R"(["Call me."])", R"(["Call", " me", "."])",
+         R"([{"text": "Call"}, "", {"text": " me.", "attributes": {}}])",
+         R"([{"text": "Call me.", "attributes": {"bold": null}}, {"text": "", "attributes": {"bold": true}}])",
+         R"([{"attributes": null, "text": "Call me."}])"})
+        EXPECT_EQ(readContent(json), plain) << json;
+    EXPECT_EQ(readContent("[]"), RichText());
+    EXPECT_EQ(readContent(R"("")"), RichText());
+    EXPECT_EQ(readContent("null"), std::nullopt);
+}
+
+TEST(BookReaderTest, piecesThatAreNoneAreRefusedWithTheirPlace) {
+    struct {
+        const char* json;
+        const char* path;
+    } const cases[] = {
+        {"7", "/content"},
+        {R"({"text": "a"})", "/content"},
+        {R"(["a", 7])", "/content/1"},
+        {R"(["a", null])", "/content/1"},
+        {R"(["a", ["b"]])", "/content/1"},
+        {R"([{}])", "/content/0"},
+        {R"([{"text": null}])", "/content/0"},
+        {R"([{"attributes": {"bold": true}}])", "/content/0"},
+        {R"(["a", {"text": 7}])", "/content/1/text"},
+        {R"([{"text": {}}])", "/content/0/text"},
+        {R"([{"text": "a", "text": "b"}])", "/content/0/text"},
+        {R"([{"text": "a", "attributes": true}])", "/content/0/attributes"},
+        {R"([{"text": "a", "attributes": []}])", "/content/0/attributes"},
+        {R"([{"text": "a", "attributes": {"b": {}}}])", "/content/0/attributes/b"},
+        {R"([{"text": "a", "attributes": {"b": []}}])", "/content/0/attributes/b"},
+        {R"([{"text": "a", "attributes": {"b/c": 1, "b/c": 2}}])", "/content/0/attributes/b~1c"},
+        {R"([{"text": "a", "style": 1}])", "/content/0/style"},
+        {R"([{"text": "a", "attributes": {}, "style": 1}])", "/content/0/style"},
+    };
+    for (const auto& [json, path] : cases) {
+        const BookReading reading = BookReader::readText(contentOf(json));
+        ASSERT_TRUE(reading.error) << json;
+        EXPECT_EQ(reading.error->path, std::string("/tenures/0/notes/0") + path) << json;
+    }
+}
+
 TEST(BookReaderTest, everyMemberOfATransactionAndANoteIsRead) {
     const BookDocument book = read(tenureOf(
         R"("transactions": [{"id": "t", "amount": "-12.5", "what": "Repair", "when": "2025-06-01",
@@ -161,7 +232,7 @@ TEST(BookReaderTest, everyMemberOfATransactionAndANoteIsRead) {
     Note note;
     note.id = "n";
     note.subject = "Call";
-    note.content = "Line\nline";
+    note.content = RichText("Line\nline");
     note.createdDate = Date{dayInLondon(2025, 6, 1).secondsSinceReferenceDate + 36000};
     note.createdBy = "me";
     note.tags = {"Call"};

@@ -20,7 +20,9 @@ namespace {
 using platform::Date;
 using platform::Decimal;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 
 std::string contentOf(const std::string& path) {
@@ -64,6 +66,38 @@ TEST(BookWriterTest, theExampleHoldsNoTermsToBeWarnedOf) {
 
 TEST(BookWriterTest, anEmptyBookIsItsSchema) {
     EXPECT_EQ(textOf({}), "{\n  \"schema\": \"estatebook/book/1\"\n}\n");
+}
+
+TEST(BookWriterTest, aTextWithAttributesIsWrittenInPiecesAndAPlainOneAsAText) {
+    BookDocument book;
+    book.tenants.resize(1);
+    book.tenants[0].notes.resize(2);
+    RichText& rich = book.tenants[0].notes[0].content.emplace();
+    rich.pieces = {
+        {"Call ", {}},
+        {"\"noon\"", {{"bold", true}, {"size", std::int64_t{12}}, {"font", std::string("Serif")}}}};
+    book.tenants[0].notes[1].content = RichText(std::string("plain"));
+    const std::string text = textOf(book);
+    EXPECT_THAT(text, HasSubstr(R"("content": ["Call ", {"text": "\"noon\"", )"
+                                R"("attributes": {"bold": true, "size": 12, "font": "Serif"}}])"));
+    EXPECT_THAT(text, HasSubstr(R"("content": "plain")"));
+    EXPECT_EQ(canonical(text), text);
+}
+
+TEST(BookWriterTest, aTextThatNoDocumentCarriesIsLeftOutWhole) {
+    BookDocument book;
+    book.tenants.resize(1);
+    const TextPiece pieces[] = {{"\xff", {{"bold", true}}},
+                                {"a", {{"\xff", true}}},
+                                {"a", {{"font", std::string("\xff")}}},
+                                {"a", {{"size", Decimal::notANumber()}}}};
+    for (const TextPiece& piece : pieces) {
+        book.tenants[0].notes.emplace_back().content.emplace().pieces = {{"begins well", {}}, piece};
+    }
+    const WrittenBook written = BookWriter::write(book);
+    EXPECT_THAT(pathsOf(written), ElementsAre("/tenants/0/notes/0/content", "/tenants/0/notes/1/content",
+                                              "/tenants/0/notes/2/content", "/tenants/0/notes/3/content"));
+    EXPECT_THAT(written.text, Not(HasSubstr("begins")));
 }
 
 TEST(BookWriterTest, membersStandInTheOrderOfTheTablesWhateverOrderTheyWereReadIn) {
