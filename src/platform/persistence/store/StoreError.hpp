@@ -53,11 +53,13 @@ public:
 
     [[nodiscard]] explicit operator bool() const noexcept { return content_.index() == 0; }
     /// REQUIRES: no error.
-    [[nodiscard]] T& operator*() noexcept {
+    [[nodiscard]] T& operator*() & noexcept {
         assert(*this);
         return *std::get_if<0>(&content_);
     }
-    [[nodiscard]] const T& operator*() const noexcept {
+    /// By value, so that a loop over what an operation gives walks something that lives.
+    [[nodiscard]] T operator*() && { return std::move(**this); }
+    [[nodiscard]] const T& operator*() const& noexcept {
         assert(*this);
         return *std::get_if<0>(&content_);
     }
