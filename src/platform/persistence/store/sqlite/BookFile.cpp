@@ -343,6 +343,8 @@ JournalEntry BookFile::decodeEntry(std::span<const Cell> cells) const {
     JournalEntry entry;
     entry.commit = cells[1].integer;
     entry.kind = static_cast<JournalEntry::Kind>(cells[2].integer);
+    if (entry.kind != JournalEntry::Kind::Update && entry.kind != JournalEntry::Kind::Deletion)
+        damaged("its journal tells of something that is no change");
     entry.entity = &entityOf(cells[3].integer, nullptr);
     entry.key = cells[4].integer;
     entry.property = cells[5].bytes;

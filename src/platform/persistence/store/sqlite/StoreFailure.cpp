@@ -16,7 +16,7 @@ std::string_view adviceFor(StoreErrorCode code) {
     case StoreErrorCode::Newer:
         return "It was left as it is; open it with a newer program.";
     case StoreErrorCode::Damaged:
-        return "It was left as it is; go on with a copy of it.";
+        return "It was left as it is; go on with an earlier copy.";
     case StoreErrorCode::Locked:
         return "Close it there first.";
     case StoreErrorCode::Busy:
@@ -44,7 +44,7 @@ std::string_view adviceFor(StoreErrorCode code) {
 } // namespace
 
 StoreError errorOf(const StoreFailure& failure, std::string_view path) {
-    std::string message = "The book " + std::string(path) + " cannot be used so: " + failure.reason + ". ";
+    std::string message = std::string(path) + ": " + failure.reason + ". ";
     message += adviceFor(failure.code);
     for (char& each : message)
         if (each == '\n') each = ' ';

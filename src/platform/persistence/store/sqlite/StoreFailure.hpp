@@ -16,7 +16,7 @@ struct StoreFailure {
     std::string reason;
 };
 
-/// "The book PATH cannot be used: REASON. ADVICE"
+/// "PATH: REASON. ADVICE", on one line.
 [[nodiscard]] StoreError errorOf(const StoreFailure& failure, std::string_view path);
 
 [[noreturn]] inline void damaged(std::string reason) {
