@@ -11,6 +11,7 @@
 #include "store/ModelClasses.hpp"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -36,10 +37,15 @@ struct Hooks {
         return static_cast<std::size_t>(std::ranges::count(log, entry));
     }
 
+    /// Without a store all numbers are counted from a far one on.
+    static std::uint64_t numberOf(const platform::ManagedObject& object) {
+        return object.creationNumber() % (std::uint64_t{1} << 62);
+    }
+
     static inline Hooks* current = nullptr;
     static void call(platform::ManagedObject& object, std::string_view hook) {
         if (!current) return;
-        current->log.push_back(std::string(hook) + " " + std::to_string(object.creationNumber()));
+        current->log.push_back(std::string(hook) + " " + std::to_string(numberOf(object)));
         if (const auto reaction = current->react) reaction(object, hook);
     }
     static bool validate(platform::ManagedObject& object, std::string_view hook,

@@ -15,6 +15,7 @@
 
 #include <memory>
 #include <ostream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -75,7 +76,9 @@ class SQLitePlace final : public StorePlace {
     }
     platform::Ref<platform::Store> open(platform::Ref<platform::Store> closed) override {
         closed = nullptr;
-        return *platform::SQLiteStore::open(path_, bookModel(), {});
+        auto opened = platform::SQLiteStore::open(path_, bookModel(), {});
+        if (!opened) throw std::runtime_error(opened.error().message);
+        return *std::move(opened);
     }
 
     TestFolder folder_;

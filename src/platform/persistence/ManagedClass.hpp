@@ -92,6 +92,7 @@ public:
 
 private:
     friend class ManagedObject;
+    friend class ManagedObjectContext;
     explicit ManagedObjectBirth(const ManagedObjectHome& home, bool holdsModel = false) noexcept
         : home_(home), holdsModel_(holdsModel) {}
     const ManagedObjectHome& home_;

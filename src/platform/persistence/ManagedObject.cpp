@@ -90,7 +90,7 @@ Value ManagedObject::relationshipValue(const ModelledProperty& property) const {
     auto& self = const_cast<ManagedObject&>(*this);
     if (property.kind == PropertyKind::ToOne) return Value(Ref<Object>(property.toOne(self).target));
     std::vector<Value> members;
-    const auto objects = property.toMany(self).members();
+    const auto objects = self.knownMembers(property).members();
     members.reserve(objects.size());
     for (ManagedObject* member : objects) members.emplace_back(Ref<Object>(member));
     if (property.kind == PropertyKind::OrderedToMany) return Value(OrderedSet::make(std::move(members)));
@@ -209,7 +209,7 @@ void ManagedObject::setToMany(const ModelledProperty& property, std::span<const 
     }
     const Ref<ManagedObject> held(this);
     willChangeValueForKey(property.key);
-    const auto present = property.toMany(*this).members();
+    const auto present = knownMembers(property).members();
     for (ManagedObject* member : std::vector<ManagedObject*>(present.begin(), present.end()))
         if (std::ranges::find(wanted, member, [](const auto& each) { return each.get(); }) == wanted.end())
             member->setToOne(*member->modelledProperty(property.inverse), nullptr);
@@ -220,7 +220,7 @@ void ManagedObject::setToMany(const ModelledProperty& property, std::span<const 
             return each->modelledProperty(property.inverse)->toOne(*each).target != this;
         });
         for (std::size_t place = 0; place < wanted.size(); ++place)
-            RelationshipUpkeep::move(property.toMany(*this),
+            RelationshipUpkeep::move(knownMembers(property),
                                      RelationshipUpkeep::placeOf(*wanted[place], property), place);
     }
     didChangeValueForKey(property.key);
@@ -243,8 +243,11 @@ void ManagedObject::noteWillChange(Key key) {
     const ModelledProperty* property = modelledProperty(key);
     if (!property) return;
     if (context) context->keepFormerValue(*this, *property);
-    if (property->kind == PropertyKind::ToOne)
-        openLinks().push_back({this, key, property->toOne(*this).target});
+    if (property->kind != PropertyKind::ToOne) return;
+    ManagedObject* const before = property->toOne(*this).target;
+    // Read now, the members still are what they were before the change.
+    if (before) before->knowMembersOf(property->inverse);
+    openLinks().push_back({this, key, before});
 }
 
 void ManagedObject::noteDidChange(Key key) {
@@ -294,9 +297,28 @@ void ManagedObject::fireFault() const {
     managedObjectContext()->fulfilFault(const_cast<ManagedObject&>(*this));
 }
 
+void ManagedObject::fetchMembers(const ModelledProperty& toMany) const {
+    managedObjectContext()->fetchMembers(const_cast<ManagedObject&>(*this), toMany);
+}
+
+ToManySlot& ManagedObject::knownMembers(const ModelledProperty& toMany) {
+    ToManySlot& slot = toMany.toMany(*this);
+    if (slot.isUnknown()) [[unlikely]]
+        fetchMembers(toMany);
+    return slot;
+}
+
+void ManagedObject::knowMembersOf(Key relationship) {
+    const ModelledProperty& property = *modelledProperty(relationship);
+    if (property.kind != PropertyKind::ToOne) knownMembers(property);
+}
+
 std::string ManagedObject::description() const {
+    const std::string number = isStored() || creationNumber_ == 0
+                                   ? std::to_string(creationNumber_)
+                                   : "unsaved " + std::to_string(creationNumber_ - FirstUnstoredNumber);
     return "<" + std::string(entity().managedObjectClassName()) + " " + std::string(entity().name()) + " " +
-           std::to_string(creationNumber_) + ">";
+           number + ">";
 }
 
 std::string_view ManagedObject::runtimeClassName() const noexcept {

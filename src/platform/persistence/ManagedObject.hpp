@@ -16,6 +16,7 @@
 
 #include "platform/observation/ObservableObject.hpp"
 #include "platform/persistence/ManagedClass.hpp"
+#include "platform/persistence/Slots.hpp"
 #include "platform/values/Error.hpp"
 
 #include <cstdint>
@@ -48,11 +49,13 @@ public:
     /// Null for an object without a context, or that left it.
     [[nodiscard]] ManagedObjectContext* managedObjectContext() const noexcept { return home_->context; }
     [[nodiscard]] const EntityDescription& entity() const noexcept { return *home_->entity; }
-    /// Grows with each object of a context: the order of creation.
+    /// The order of creation. A save to a store gives the object another number, that of its row, and keeps the order.
     [[nodiscard]] std::uint64_t creationNumber() const noexcept { return creationNumber_; }
 
     [[nodiscard]] bool isInserted() const noexcept { return has(Inserted); }
     [[nodiscard]] bool isUpdated() const noexcept { return has(Updated) && !has(Inserted) && !has(Deleted); }
+    /// Whether its values are not there yet; reading one fetches them.
+    [[nodiscard]] bool isFault() const noexcept { return has(Fault); }
     /// From the deletion until it is saved.
     [[nodiscard]] bool isDeleted() const noexcept { return has(Deleted); }
     [[nodiscard]] bool hasChanges() const noexcept { return (state_ & (Inserted | Updated | Deleted)) != 0; }
@@ -135,6 +138,13 @@ protected:
             fireFault();
     }
 
+    /// The same for the members of a relationship.
+    void access(const ModelledProperty& toMany, const ToManySlot& slot) const {
+        access();
+        if (slot.isUnknown()) [[unlikely]]
+            fetchMembers(toMany);
+    }
+
     /// As for any observable object; but a write that nobody hears of, and that leaves nothing new to remember, is the
     /// store and no more. Not for relationships.
     template <class Store>
@@ -155,6 +165,7 @@ private:
     friend class ManagedObjectContext;
     friend class MutableOrderedSet;
     friend class RelationshipUpkeep;
+    friend class StoreSave;
 
     enum State : std::uint16_t {
         Inserted = 1,
@@ -178,12 +189,27 @@ private:
         MadeBySystem = 2048,
         /// A to-one property of another object was led here primitively, without its inverse.
         LinkedOneWay = 4096,
+        /// A fault whose values have been read along with others': only its hook has not run.
+        ReadAhead = 8192,
     };
     [[nodiscard]] bool has(State state) const noexcept { return (state_ & state) != 0; }
     void set(State state) noexcept { state_ = static_cast<std::uint16_t>(state_ | state); }
     void clear(State state) noexcept { state_ = static_cast<std::uint16_t>(state_ & ~state); }
 
     void fireFault() const;
+    void fetchMembers(const ModelledProperty& toMany) const;
+    /// Where the members are, read if they have to be.
+    ToManySlot& knownMembers(const ModelledProperty& toMany);
+    /// Has the members of a relationship read; nothing happens for one that leads to one object.
+    void knowMembersOf(Key relationship);
+    /// Whether its links are those of its row or newer ones.
+    [[nodiscard]] bool isRead() const noexcept { return !has(Fault) || has(ReadAhead); }
+    /// Whether the number is that of a row.
+    [[nodiscard]] bool isStored() const noexcept {
+        return creationNumber_ != 0 && creationNumber_ < FirstUnstoredNumber;
+    }
+    /// Objects that no store has yet come after all that one has.
+    static constexpr std::uint64_t FirstUnstoredNumber = std::uint64_t{1} << 62;
     /// From now on it belongs to no context, or to one.
     void goOutside() noexcept;
     void comeHome(const ManagedObjectHome& home) noexcept;

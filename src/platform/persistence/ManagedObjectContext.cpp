@@ -3,6 +3,8 @@
 
 #include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/RelationshipUpkeep.hpp"
+#include "platform/persistence/StoreSave.hpp"
+#include "platform/persistence/StoredObjects.hpp"
 #include "platform/values/Exception.hpp"
 #include "platform/values/FirstException.hpp"
 
@@ -35,6 +37,7 @@ void ManagedObjectContext::assertThread() const noexcept {
 
 void ManagedObjectContext::setPersistentStoreCoordinator(Ref<PersistentStoreCoordinator> coordinator) {
     assert(objectCount_ == 0);
+    stored_.reset();
     coordinator_ = std::move(coordinator);
     rows_.clear();
     homes_.clear();
@@ -61,7 +64,7 @@ void ManagedObjectContext::refuseClass(std::string_view entityName) {
 void ManagedObjectContext::enter(ManagedObject& object) {
     auto& rows = rows_[object.entity().index()];
     if (object.creationNumber_ == 0)
-        object.creationNumber_ = ++lastCreationNumber_;
+        object.creationNumber_ = ManagedObject::FirstUnstoredNumber + ++lastCreationNumber_;
     else
         rows.inOrderOfCreation = false;
     object.place_ = static_cast<std::uint32_t>(rows.objects.size());
@@ -101,6 +104,8 @@ void ManagedObjectContext::leave(ManagedObject& object) {
     object.dropValues();
     journals_.erase(&object);
     records_.erase(&object);
+    identifiers_.erase(&object);
+    if (object.isStored()) storedObjects()->leave(static_cast<RowKey>(object.creationNumber_));
     object.state_ = 0;
     object.goOutside();
     object.release();
@@ -138,6 +143,10 @@ void ManagedObjectContext::endAll() noexcept {
     pendingDeletions_.clear();
     journals_.clear();
     records_.clear();
+    identifiers_.clear();
+    openRowLinks_.clear();
+    unknownSave_.reset();
+    if (stored_) stored_->clear();
     for (const Rows& each : rows)
         for (ManagedObject* object : each.objects)
             if (object) object->release();
@@ -221,7 +230,7 @@ bool ManagedObjectContext::isDenied(ManagedObject& object) {
                 const ManagedObject* target = property.toOne(object).target;
                 return target && !target->isDeleted();
             }
-            return std::ranges::any_of(property.toMany(object).members(),
+            return std::ranges::any_of(object.knownMembers(property).members(),
                                        [](const ManagedObject* member) { return !member->isDeleted(); });
         });
 }
@@ -239,7 +248,7 @@ void ManagedObjectContext::propagateDeletion(ManagedObject& object) {
                 exceptions.keep([&] { deleteObject(*target); });
             continue;
         }
-        const auto members = property.toMany(object).members();
+        const auto members = object.knownMembers(property).members();
         for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end()))
             exceptions.keep([&] { deleteObject(*member); });
     }
@@ -286,6 +295,7 @@ ManagedObjectContext::executeFetchRequest(const FetchRequest& request, Ref<Error
                                  "there is no entity \"" + request.entityName + "\" to fetch objects of");
         return std::nullopt;
     }
+    if (storedObjects()) return fetchFromStore(request, *entity, error);
     std::vector<Ref<ManagedObject>> found;
     std::size_t entities = 0;
     for (const auto& each : coordinator_->managedObjectModel()->entities()) {

@@ -11,15 +11,23 @@
 /// A context owns its objects. When it ends, each awake object is told (`willTurnIntoFault`), then all values go,
 /// then the objects themselves, save those that a `Ref` outside still holds; these read as absent.
 ///
+/// When its coordinator has a store, objects come from there as faults: reading one fetches its values, along with those of its
+/// neighbours, and the members of a relationship are fetched when somebody asks for them. A store that cannot
+/// be read then raises ObjectInaccessibleException. One row has one object. Saved objects are rows of the store, and
+/// `save` fails as the store does.
+///
 /// A context belongs to the thread that made it; debug builds assert that at every entry. Nothing here locks.
 
 #include "platform/persistence/ManagedObject.hpp"
 #include "platform/persistence/PersistentStoreCoordinator.hpp"
 #include "platform/persistence/Predicate.hpp"
 #include "platform/persistence/UndoManager.hpp"
+#include "platform/persistence/store/StoreChanges.hpp"
 
 #include <cstddef>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -29,6 +37,9 @@
 namespace estatebook::platform {
 
 struct ChangeSet;
+struct StoreError;
+class StoredObjects;
+class StoreSave;
 struct ObjectChange;
 struct FormerValue;
 class FormerValues;
@@ -36,6 +47,43 @@ struct ObjectJournal;
 
 /// How a context is bound to threads. This library makes main-queue contexts.
 enum class ConcurrencyType : unsigned { Confinement = 0, PrivateQueue = 1, MainQueue = 2 };
+
+/// What a save does about rows that were changed in the store since they were read. A row that was deleted there is lost to the
+/// policies that let the store win, and fails the save under the others.
+enum class MergePolicy : std::uint8_t {
+    /// The save fails with code 133020 of "Persistence" and the MergeConflicts under ConflictListKey.
+    Error,
+    /// Property by property, the store wins what both have changed.
+    StoreTrump,
+    /// Property by property, the object wins what both have changed.
+    ObjectTrump,
+    /// The whole object replaces what the store has.
+    Overwrite,
+    /// The object's changes are dropped.
+    Rollback,
+};
+
+/// The user-info key of a failed save's Array of MergeConflict.
+inline constexpr std::string_view ConflictListKey = "conflictList";
+
+/// An object that was changed here and in the store.
+class ESTATEBOOK_API MergeConflict final : public Object {
+public:
+    MergeConflict(Ref<ManagedObject> object, std::int64_t oldVersion, std::int64_t newVersion)
+        : Object(Counting::Local), object_(std::move(object)), old_(oldVersion), new_(newVersion) {}
+
+    [[nodiscard]] const Ref<ManagedObject>& sourceObject() const noexcept { return object_; }
+    /// The version that was read.
+    [[nodiscard]] std::int64_t oldVersionNumber() const noexcept { return old_; }
+    /// The store's; 0 when the row is gone.
+    [[nodiscard]] std::int64_t newVersionNumber() const noexcept { return new_; }
+    [[nodiscard]] std::string_view runtimeClassName() const noexcept override { return "MergeConflict"; }
+
+private:
+    Ref<ManagedObject> object_;
+    std::int64_t old_;
+    std::int64_t new_;
+};
 
 struct FetchRequest {
     /// Objects of this entity and of those that inherit from it.
@@ -83,7 +131,8 @@ public:
     void deleteObject(ManagedObject& object);
 
     /// executeFetchRequest:error: The objects that match, in the order of their creation: inserted ones in, deleted
-    /// ones out, unsaved changes seen. None when the fetch failed. Linear in the objects of the entity.
+    /// ones out, unsaved changes seen. None when the fetch failed. Linear in the objects of the entity; a store answers
+    /// for a stored attribute itself.
     [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>>
     executeFetchRequest(const FetchRequest& request, Ref<Error>* error = nullptr);
     /// All objects of an entity, typed; empty when there is no such entity.
@@ -111,7 +160,23 @@ public:
     /// nothing is committed and every object stays changed; the reason is stored through `error`: the one failure itself,
     /// or code 1560 of "Persistence" with all of them under DetailedErrorsKey. With a null `error` the first
     /// failure ends the validation. Raises InternalInconsistencyException when `willSave` never comes to rest.
+    ///
+    /// A store's refusal comes as its StoreErrorCode. After OutcomeUnknown the next save asks the store first what became of
+    /// this one, and never saves anything twice.
     bool save(Ref<Error>* error = nullptr);
+
+    /// MergePolicy::Error from the start.
+    [[nodiscard]] MergePolicy mergePolicy() const noexcept { return mergePolicy_; }
+    void setMergePolicy(MergePolicy policy) noexcept { mergePolicy_ = policy; }
+    /// Who saves, with which program and for which command; it stands in the store's journal. The time is that of the save.
+    void setCommitOrigin(std::string author, std::string program, std::string command);
+
+    /// What a document calls an object. It is kept beside the object's row from the next save on. Raises
+    /// InvalidArgumentException for an object of another context.
+    void setIdentifier(ManagedObject& object, std::string identifier);
+    /// What documents call these objects, each at its object's place; unsaved names count. None when the store failed.
+    [[nodiscard]] std::optional<std::vector<std::optional<std::string>>>
+    identifiers(std::span<const Ref<ManagedObject>> objects, Ref<Error>* error = nullptr);
 
     /// Takes back everything since the last save: inserted objects go, deleted ones return, values are what they
     /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more.
@@ -122,7 +187,7 @@ public:
 
     /// refreshObject:mergeChanges: Without merging, unsaved changes of the object are dropped and it becomes a fault: its
     /// values go, after `willTurnIntoFault`, and come back with `awakeFromFetch` when it is next read. With merging it keeps
-    /// its changes and hears of the refresh. Nothing happens to a fault, nor to an object that is inserted or deleted:
+    /// its changes, takes the rest from the store, and hears of the refresh. Nothing happens to a fault, nor to an object that is inserted or deleted:
     /// there is nothing to read it from. Raises InvalidArgumentException for an object of another context.
     void refreshObjectMergeChanges(ManagedObject& object, bool mergeChanges);
 
@@ -133,6 +198,7 @@ public:
 private:
     friend class ManagedObject;
     friend class RelationshipUpkeep;
+    friend class StoreSave;
     friend class SystemChanges;
 
     /// The objects of one entity; those that left leave holes, closed when they are many.
@@ -143,6 +209,12 @@ private:
         bool inOrderOfCreation = true;
 
         void tidy();
+    };
+    struct OpenRowLink {
+        Ref<ManagedObject> object;
+        const ModelledProperty* property;
+        const EntityDescription* target;
+        RowLink link;
     };
     /// What objects hear when their state was restored.
     struct RestoringEvents {
@@ -191,6 +263,37 @@ private:
     void fulfilFault(ManagedObject& object);
     [[nodiscard]] std::vector<Ref<ManagedObject>> changed(ManagedObject::State state) const;
 
+    // The store
+
+    /// Null without a store.
+    [[nodiscard]] StoredObjects* storedObjects();
+    [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>>
+    fetchFromStore(const FetchRequest& request, const EntityDescription& entity, Ref<Error>* error);
+    ManagedObject& makeFault(const EntityDescription& entity, RowKey key);
+    /// Gives a fault the values of its row.
+    void takeRow(ManagedObject& object, const Row& row);
+    void takeLinks(ManagedObject& object, const Row& row);
+    /// The objects of these rows, in their order; those that are gone are left out.
+    std::vector<ManagedObject*> objectsOf(const EntityDescription& entity, std::span<const RowKey> keys);
+    /// Reads the rows that links lead to, where the key alone does not tell the entity.
+    void followOpenLinks();
+    void readAhead(ManagedObject& object);
+    void fetchMembers(ManagedObject& owner, const ModelledProperty& toMany);
+    [[nodiscard]] std::vector<ManagedObject*>
+    neighbours(ManagedObject& object, bool (*isWanted)(ManagedObject&, const void*), const void* info);
+    bool saveToStore(Ref<Error>* error);
+    /// Whether the conflicts were settled by the policy, so that the save may be tried again.
+    bool settleConflicts(std::span<const StoreConflict> conflicts, Ref<Error>* error);
+    /// Brings what is stored and what has changed here together, and tells the object.
+    void merge(ManagedObject& object, const Row& stored, MergePolicy policy, unsigned event);
+    void loseToStore(ManagedObject& object);
+    /// The object's changes are now those against this row.
+    void rebase(ManagedObject& object, const Row& stored);
+    void mergeFromStore(ManagedObject& object);
+    /// Has members read again, but for those whose changes are not saved.
+    void forgetUnchangedMembers(ManagedObject& object);
+    bool resolveUnknownSave(Ref<Error>* error);
+
     void propagateDeletion(ManagedObject& object);
     [[nodiscard]] static bool isDenied(ManagedObject& object);
     void settleBeforeSave();
@@ -214,6 +317,14 @@ private:
     std::unordered_map<const ManagedObject*, ObjectJournal> journals_;
     /// The values of faults.
     std::unordered_map<const ManagedObject*, std::vector<FormerValue>> records_;
+    std::unique_ptr<StoredObjects> stored_;
+    /// To-one properties of rows that were read, whose targets are to be read yet.
+    std::vector<OpenRowLink> openRowLinks_;
+    std::unordered_map<const ManagedObject*, std::string> identifiers_;
+    /// A save of which the store could not tell what became of it.
+    std::unique_ptr<StoreSave> unknownSave_;
+    CommitOrigin origin_;
+    MergePolicy mergePolicy_ = MergePolicy::Error;
     /// Above zero while fetch hooks run: changes then mark nothing and keep no inverses.
     unsigned changeProcessingOff_ = 0;
     /// Above zero while what happens leaves no undo entry.

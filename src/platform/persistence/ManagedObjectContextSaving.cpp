@@ -85,9 +85,11 @@ void ManagedObjectContext::commit() {
 
 bool ManagedObjectContext::save(Ref<Error>* error) {
     assertThread();
-    if (!hasChanges()) return true;
+    if (unknownSave_ && !resolveUnknownSave(error)) return false;
+    if (!hasChanges() && identifiers_.empty()) return true;
     settleBeforeSave();
     if (!validateAll(error)) return false;
+    if (storedObjects() && !saveToStore(error)) return false;
     commit();
     return true;
 }

@@ -150,6 +150,8 @@ void ManagedObjectContext::takeBack(ManagedObject& object) {
     } else {
         object.comeHome(homeOf(object.entity()));
         object.set(ManagedObject::Inserted);
+        // Its row is gone for good: it gets another one.
+        if (object.isStored()) object.creationNumber_ = 0;
         enter(object);
     }
     noteChanged(object);
@@ -252,6 +254,7 @@ void ManagedObjectContext::restore(const ChangeSet& set, RestoringEvents events)
         }
         std::ranges::for_each(links | std::views::reverse, did);
         for (const Restored& each : orders | std::views::reverse) {
+            each.object->knownMembers(each.property());
             arrange(*each.object, each.property(), each.former->value);
             did(each);
         }
@@ -304,7 +307,7 @@ void ManagedObjectContext::refreshObjectMergeChanges(ManagedObject& object, bool
     if (!owns(object)) throw InvalidArgumentException(object.description() + " is no object of this context");
     processPendingChanges();
     if (object.has(ManagedObject::Fault) || object.has(ManagedObject::Inserted) || object.isDeleted()) return;
-    if (mergeChanges) return object.awakeFromSnapshotEvents(SnapshotRefresh);
+    if (mergeChanges) return mergeFromStore(object);
 
     FirstException exceptions;
     if (ObjectJournal* journal = journalOf(object)) {
@@ -322,22 +325,32 @@ void ManagedObjectContext::refreshObjectMergeChanges(ManagedObject& object, bool
         object.clear(ManagedObject::Awake);
         exceptions.keep([&] { object.willTurnIntoFault(); });
     }
-    auto& record = records_[&object];
-    object.forEachModelledProperty([&](const ModelledProperty& property) {
-        if (property.kind == PropertyKind::Attribute)
-            record.push_back({&property, property.primitive(object)});
-    });
+    if (!object.isStored()) {
+        auto& record = records_[&object];
+        object.forEachModelledProperty([&](const ModelledProperty& property) {
+            if (property.kind == PropertyKind::Attribute)
+                record.push_back({&property, property.primitive(object)});
+        });
+    }
     object.dropValues();
     object.set(ManagedObject::Fault);
+    if (object.isStored()) forgetUnchangedMembers(object);
     exceptions.keep([&] { object.didTurnIntoFault(); });
     exceptions.rethrow();
 }
 
 void ManagedObjectContext::fulfilFault(ManagedObject& object) {
-    auto record = records_.extract(&object);
-    if (record.empty()) throw ObjectInaccessibleException(object.description() + " has no record any more");
-    object.clear(ManagedObject::Fault);
-    for (const FormerValue& each : record.mapped()) each.property->setPrimitive(object, each.value);
+    if (object.isStored()) {
+        if (!object.has(ManagedObject::ReadAhead)) readAhead(object);
+        object.clear(ManagedObject::ReadAhead);
+        object.clear(ManagedObject::Fault);
+    } else {
+        auto record = records_.extract(&object);
+        if (record.empty())
+            throw ObjectInaccessibleException(object.description() + " has no record any more");
+        object.clear(ManagedObject::Fault);
+        for (const FormerValue& each : record.mapped()) each.property->setPrimitive(object, each.value);
+    }
     object.set(ManagedObject::Awake);
     const Raised off(changeProcessingOff_);
     object.awakeFromFetch();

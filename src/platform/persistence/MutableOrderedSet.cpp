@@ -11,12 +11,12 @@ namespace estatebook::platform {
 
 std::size_t MutableOrderedSet::count() const {
     owner_->access();
-    return property_->toMany(*owner_).count();
+    return owner_->knownMembers(*property_).count();
 }
 
 ManagedObject& MutableOrderedSet::objectAtIndex(std::size_t index) const {
     owner_->access();
-    return *property_->toMany(*owner_).members()[index];
+    return *owner_->knownMembers(*property_).members()[index];
 }
 
 const ModelledProperty& MutableOrderedSet::back(ManagedObject& member) const {
@@ -45,8 +45,8 @@ void MutableOrderedSet::insertObjectAtIndex(ManagedObject& object, std::size_t i
     object.setToOne(inverse, owner_.get());
     // Observers may have changed the members in the meantime.
     if (containsObject(object) && index < count())
-        RelationshipUpkeep::move(property_->toMany(*owner_), RelationshipUpkeep::placeOf(object, *property_),
-                                 index);
+        RelationshipUpkeep::move(owner_->knownMembers(*property_),
+                                 RelationshipUpkeep::placeOf(object, *property_), index);
     owner_->didChangeValuesAtIndexesForKey(ChangeKind::Insertion, {index}, property_->key);
 }
 
@@ -70,7 +70,7 @@ void MutableOrderedSet::removeAllObjects() {
     if (all.empty()) return;
     std::iota(all.begin(), all.end(), std::size_t{0});
     owner_->willChangeValuesAtIndexesForKey(ChangeKind::Removal, all, property_->key);
-    const auto members = property_->toMany(*owner_).members();
+    const auto members = owner_->knownMembers(*property_).members();
     const std::vector<Ref<ManagedObject>> leaving(members.begin(), members.end());
     // From the end, so that nobody has to move up.
     for (std::size_t index = leaving.size(); index-- > 0;)

@@ -8,6 +8,7 @@
 #include "platform/values/Set.hpp"
 
 #include <algorithm>
+#include <cassert>
 #include <string>
 
 namespace estatebook::platform {
@@ -41,8 +42,10 @@ void forgetOneWays(const ManagedObject& object) noexcept {
 
 // The members of a to-many relationship
 
+ToManySlot::Members ToManySlot::unknown;
+
 void ToManySlot::Drop::operator()(Members* members) const noexcept {
-    delete members;
+    if (members != &unknown) delete members;
 }
 
 std::size_t ToManySlot::count() const noexcept {
@@ -50,6 +53,7 @@ std::size_t ToManySlot::count() const noexcept {
 }
 
 std::span<ManagedObject* const> ToManySlot::members() const {
+    assert(!isUnknown());
     if (!members_) return {};
     if (members_->holes > 0 || !members_->inOrderOfCreation) members_->tidy();
     return members_->objects;
@@ -125,17 +129,13 @@ bool RelationshipUpkeep::hasJoined(ManagedObject& owner, const ModelledProperty&
 void RelationshipUpkeep::join(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                               const ModelledProperty& back) {
     ToOneSlot& link = back.toOne(member);
-    auto& members = toMany.toMany(owner).members_;
+    auto& members = owner.knownMembers(toMany).members_;
     if (link.target != &owner) return;
     if (hasJoined(owner, toMany, member, back)) {
         link.place = static_cast<std::uint32_t>(find(owner, toMany, member, back));
         return;
     }
-    if (!members) {
-        members.reset(new ToManySlot::Members);
-        members->isOrdered = toMany.kind == PropertyKind::OrderedToMany;
-        members->slotOf = back.toOne;
-    }
+    if (!members) makeMembers(toMany.toMany(owner), toMany, back);
     if (!members->isOrdered && !members->objects.empty() &&
         members->objects.back()->creationNumber() > member.creationNumber())
         members->inOrderOfCreation = false;
@@ -145,6 +145,8 @@ void RelationshipUpkeep::join(ManagedObject& owner, const ModelledProperty& toMa
 
 void RelationshipUpkeep::part(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                               const ModelledProperty& back) {
+    // Whoever is let go without a word may never have been read.
+    if (toMany.toMany(owner).isUnknown()) return;
     const std::size_t place = find(owner, toMany, member, back);
     if (place == NotFound) return;
     auto& members = *toMany.toMany(owner).members_;
@@ -205,6 +207,7 @@ void RelationshipUpkeep::follow(ManagedObject& object, const ModelledProperty& p
         if (joins && property.toOne(object).target != after) return;
         const ModelledProperty& back = *other->modelledProperty(property.inverse);
         if (back.kind != PropertyKind::ToOne) {
+            other->knownMembers(back);
             const bool isMember = joins ? hasJoined(*other, back, object, property)
                                         : find(*other, back, object, property) != NotFound;
             if (isMember != joins) announceMembers(*other, back, object, joins, property);
@@ -233,13 +236,58 @@ std::size_t RelationshipUpkeep::placeOf(ManagedObject& member, const ModelledPro
     return member.modelledProperty(toMany.inverse)->toOne(member).place;
 }
 
+// Reading from a store
+
+ToManySlot::Members& RelationshipUpkeep::makeMembers(ToManySlot& slot, const ModelledProperty& toMany,
+                                                     const ModelledProperty& back) {
+    slot.members_.reset(new ToManySlot::Members);
+    slot.members_->isOrdered = toMany.kind == PropertyKind::OrderedToMany;
+    slot.members_->slotOf = back.toOne;
+    return *slot.members_;
+}
+
+void RelationshipUpkeep::forgetMembers(ToManySlot& slot) noexcept {
+    slot.members_.reset(&ToManySlot::unknown);
+}
+
+void RelationshipUpkeep::takeMembers(ManagedObject& owner, const ModelledProperty& toMany,
+                                     std::span<ManagedObject* const> members) {
+    ToManySlot& slot = toMany.toMany(owner);
+    slot.members_.reset();
+    if (members.empty()) return;
+    const ModelledProperty& back = *members.front()->modelledProperty(toMany.inverse);
+    auto& objects = makeMembers(slot, toMany, back).objects;
+    objects.reserve(members.size());
+    for (ManagedObject* member : members) {
+        ToOneSlot& link = back.toOne(*member);
+        if (link.target != &owner) {
+            if (member->isRead()) continue;
+            letGo(*member, back);
+        }
+        link = {&owner, static_cast<std::uint32_t>(objects.size())};
+        objects.push_back(member);
+    }
+}
+
+void RelationshipUpkeep::takeLink(ManagedObject& object, const ModelledProperty& toOne,
+                                  ManagedObject* target) {
+    ToOneSlot& link = toOne.toOne(object);
+    if (link.target == target) return;
+    letGo(object, toOne);
+    link = {target};
+    if (!target) return;
+    const ModelledProperty& back = *target->modelledProperty(toOne.inverse);
+    if (back.kind != PropertyKind::ToOne && !back.toMany(*target).isUnknown())
+        join(*target, back, object, toOne);
+}
+
 void RelationshipUpkeep::unlinkAll(ManagedObject& object) {
     FirstException exceptions;
     object.forEachModelledProperty([&](const ModelledProperty& property) {
         if (property.kind == PropertyKind::ToOne) {
             if (property.toOne(object).target) exceptions.keep([&] { object.setToOne(property, nullptr); });
         } else if (property.isRelationship()) {
-            const auto members = property.toMany(object).members();
+            const auto members = object.knownMembers(property).members();
             for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end())) {
                 const ModelledProperty& back = *member->modelledProperty(property.inverse);
                 if (back.toOne(*member).target == &object)

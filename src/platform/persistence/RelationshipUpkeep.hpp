@@ -11,6 +11,7 @@
 #include "platform/persistence/Slots.hpp"
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 namespace estatebook::platform {
@@ -45,6 +46,16 @@ public:
     static void move(ToManySlot& slot, std::size_t from, std::size_t to);
     [[nodiscard]] static std::size_t placeOf(ManagedObject& member, const ModelledProperty& toMany);
 
+    // What is read from a store, without a word.
+
+    /// The members are to be read when somebody asks for them.
+    static void forgetMembers(ToManySlot& slot) noexcept;
+    /// These are the members, but for those that lead elsewhere by now.
+    static void takeMembers(ManagedObject& owner, const ModelledProperty& toMany,
+                            std::span<ManagedObject* const> members);
+    /// Leads the to-one property of an object to another one, and joins it with the members there if they are known.
+    static void takeLink(ManagedObject& object, const ModelledProperty& toOne, ManagedObject* target);
+
     /// Takes the object out of every relationship, announcing each change.
     static void unlinkAll(ManagedObject& object);
     /// Forgets all links on this side only; for objects that go together.
@@ -64,6 +75,8 @@ private:
                      const ModelledProperty& back);
     static void part(ManagedObject& owner, const ModelledProperty& toMany, ManagedObject& member,
                      const ModelledProperty& back);
+    static ToManySlot::Members& makeMembers(ToManySlot& slot, const ModelledProperty& toMany,
+                                            const ModelledProperty& back);
     /// The other side of a to-one property forgets the object.
     static void letGo(ManagedObject& object, const ModelledProperty& toOne) noexcept;
     static constexpr std::size_t NotFound = static_cast<std::size_t>(-1);

@@ -107,8 +107,10 @@ public:
     [[nodiscard]] std::size_t count() const noexcept;
     [[nodiscard]] bool isEmpty() const noexcept { return !members_ || count() == 0; }
     /// The members: in the order of their creation, or in the relationship's own where it is ordered. Valid until a
-    /// member goes.
+    /// member goes. REQUIRES: they are known.
     [[nodiscard]] std::span<ManagedObject* const> members() const;
+    /// Whether they stand in a store and were not asked for yet.
+    [[nodiscard]] bool isUnknown() const noexcept { return members_.get() == &unknown; }
 
 private:
     friend class RelationshipUpkeep;
@@ -117,6 +119,8 @@ private:
     struct ESTATEBOOK_API Drop {
         void operator()(Members* members) const noexcept;
     };
+    /// Stands for members that are not known yet.
+    static Members unknown;
     std::unique_ptr<Members, Drop> members_;
 };
 

@@ -62,7 +62,7 @@ protected:
     Ref<ProbeState> state() { return context->insertNewObject<ProbeState>("State"); }
     Ref<ProbeNote> note() { return context->insertNewObject<ProbeNote>("PropertyNote"); }
     static std::string at(std::string_view hook, const ManagedObject& object) {
-        return std::string(hook) + " " + std::to_string(object.creationNumber());
+        return std::string(hook) + " " + std::to_string(Hooks::numberOf(object));
     }
 };
 
@@ -373,7 +373,7 @@ TEST_F(HooksTest, HooksOfDeletionRunBeforeAnythingIsTornDownAndOnce) {
     EXPECT_THAT(hooks.log, ElementsAre(at("prepareForDeletion", *object), at("willTurnIntoFault", *object)));
     hooks.log.clear();
     ASSERT_TRUE(context->save());
-    EXPECT_EQ(hooks.count("willTurnIntoFault " + std::to_string(object->creationNumber())), 0u);
+    EXPECT_EQ(hooks.count("willTurnIntoFault " + std::to_string(Hooks::numberOf(*object))), 0u);
 }
 
 TEST_F(HooksTest, ObjectsThatDeleteOneAnotherComeToAnEnd) {
@@ -507,7 +507,7 @@ TEST_F(HooksTest, SeveralFailuresAreHandedBackTogether) {
     const auto a = state();
     const auto b = state();
     hooks.judge = [](ManagedObject& object) {
-        return Error::make("Validation", -static_cast<std::int64_t>(object.creationNumber()), "no");
+        return Error::make("Validation", -static_cast<std::int64_t>(Hooks::numberOf(object)), "no");
     };
     Ref<Error> error;
     EXPECT_FALSE(context->save(&error));
@@ -517,8 +517,8 @@ TEST_F(HooksTest, SeveralFailuresAreHandedBackTogether) {
     const auto details = error->userInfo()->find(DetailedErrorsKey).as<Array>();
     ASSERT_TRUE(details);
     ASSERT_EQ(details->count(), 2u);
-    EXPECT_EQ(details->at(0).as<Error>()->code(), -static_cast<std::int64_t>(a->creationNumber()));
-    EXPECT_EQ(details->at(1).as<Error>()->code(), -static_cast<std::int64_t>(b->creationNumber()));
+    EXPECT_EQ(details->at(0).as<Error>()->code(), -static_cast<std::int64_t>(Hooks::numberOf(*a)));
+    EXPECT_EQ(details->at(1).as<Error>()->code(), -static_cast<std::int64_t>(Hooks::numberOf(*b)));
 }
 
 TEST_F(HooksTest, WithNobodyToReportToTheFirstFailureEndsTheValidation) {

@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/ChangeJournal.hpp"
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/Raised.hpp"
+#include "platform/persistence/RelationshipUpkeep.hpp"
+#include "platform/persistence/StoreSave.hpp"
+#include "platform/persistence/StoredObjects.hpp"
+#include "platform/values/Array.hpp"
+#include "platform/values/Dictionary.hpp"
+#include "platform/values/Exception.hpp"
+#include "platform/values/FirstException.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace estatebook::platform {
+
+namespace {
+
+constexpr std::int64_t MergeConflictCode = 133020;
+
+/// What one stored property of an object is, in the store.
+struct StoredSide {
+    const ModelledProperty* property;
+    /// Of an attribute:
+    const Value* value;
+    /// Of a to-one relationship:
+    const RowLink* link;
+};
+
+std::vector<StoredSide> sidesOf(const StoredProperties& properties, const Row& row) {
+    std::vector<StoredSide> sides;
+    for (std::size_t place = 0; place < properties.attributes.size(); ++place)
+        if (properties.attributes[place])
+            sides.push_back({properties.attributes[place], &row.values[place], nullptr});
+    for (std::size_t place = 0; place < properties.links.size(); ++place)
+        sides.push_back({properties.links[place], nullptr, &row.links[place]});
+    return sides;
+}
+
+bool isAlike(const StoredSide& side, const Value& value) {
+    if (side.value) return areStoredAlike(*side.value, value);
+    const auto target = value.as<ManagedObject>();
+    return (target ? static_cast<RowKey>(target->creationNumber()) : NoRow) == side.link->target;
+}
+
+} // namespace
+
+bool ManagedObjectContext::settleConflicts(std::span<const StoreConflict> conflicts, Ref<Error>* error) {
+    const bool storeWins = mergePolicy_ == MergePolicy::StoreTrump || mergePolicy_ == MergePolicy::Rollback;
+    const bool isLost = !storeWins && std::ranges::any_of(conflicts, [](const StoreConflict& conflict) {
+        return !conflict.stored.has_value();
+    });
+    if (mergePolicy_ == MergePolicy::Error || isLost) {
+        if (!error) return false;
+        std::vector<Value> list;
+        for (const StoreConflict& conflict : conflicts)
+            list.emplace_back(Ref<Object>(makeRef<MergeConflict>(
+                Ref<ManagedObject>(stored_->find(conflict.key)), conflict.expectedVersion,
+                conflict.stored ? conflict.stored->version : 0)));
+        const std::string message =
+            isLost ? "Objects that were changed here were deleted in the store meanwhile."
+                   : "Objects were changed here and in the store.";
+        *error =
+            makeRef<Error>("Persistence", MergeConflictCode,
+                           Dictionary::make({{std::string(LocalizedDescriptionKey), String::make(message)},
+                                             {std::string(ConflictListKey), Array::make(std::move(list))}}));
+        return false;
+    }
+    FirstException exceptions;
+    for (const StoreConflict& conflict : conflicts) {
+        ManagedObject& object = *stored_->find(conflict.key);
+        exceptions.keep([&] {
+            if (conflict.stored)
+                merge(object, *conflict.stored, mergePolicy_, SnapshotMergePolicy);
+            else
+                loseToStore(object);
+        });
+    }
+    exceptions.keep([&] { processPendingChanges(); });
+    exceptions.rethrow();
+    return true;
+}
+
+void ManagedObjectContext::merge(ManagedObject& object, const Row& stored, MergePolicy policy,
+                                 unsigned event) {
+    stored_->setVersion(stored.key, stored.version);
+    if (object.isDeleted()) {
+        if (policy == MergePolicy::Overwrite || policy == MergePolicy::ObjectTrump) return;
+        const Raised unrecorded(recordingOff_);
+        ChangeSet set;
+        set.changes.push_back({ObjectChange::Kind::Deletion, Ref<ManagedObject>(&object),
+                               allFormerValues(object, &ObjectJournal::sinceSave)});
+        restore(set, {event, 0});
+    }
+
+    const ObjectJournal* journal = journalOf(object);
+    const auto storeWins = [&](const StoredSide& side) {
+        const Value* former = journal ? journal->sinceSave.find(side.property->key) : nullptr;
+        switch (policy) {
+        case MergePolicy::Rollback:
+            return true;
+        case MergePolicy::StoreTrump:
+            return !former || !isAlike(side, *former);
+        case MergePolicy::ObjectTrump:
+            return !former;
+        case MergePolicy::Overwrite:
+        case MergePolicy::Error:
+            break;
+        }
+        return false;
+    };
+    std::vector<StoredSide> taken;
+    for (const StoredSide& side : sidesOf(stored_->properties(object.entity()), stored))
+        if (storeWins(side) && !isAlike(side, object.primitiveValueForKey(side.property->key)))
+            taken.push_back(side);
+
+    const Raised unrecorded(recordingOff_);
+    FirstException exceptions;
+    for (const StoredSide& side : taken)
+        exceptions.keep([&] { object.willChangeValueForKey(side.property->key); });
+    for (const StoredSide& side : taken) {
+        if (side.value) {
+            side.property->setPrimitive(object, *side.value);
+            continue;
+        }
+        const auto& entity = *object.entity().relationship(side.property->key)->destinationEntity;
+        ManagedObject* target = nullptr;
+        if (side.link->target != NoRow)
+            if (const auto targets = objectsOf(entity, std::span(&side.link->target, 1)); !targets.empty())
+                target = targets.front();
+        side.property->toOne(object).target = target;
+    }
+    for (const StoredSide& side : taken)
+        exceptions.keep([&] { object.didChangeValueForKey(side.property->key); });
+    rebase(object, stored);
+    exceptions.keep([&] { object.awakeFromSnapshotEvents(event); });
+    exceptions.rethrow();
+}
+
+void ManagedObjectContext::rebase(ManagedObject& object, const Row& stored) {
+    stored_->setVersion(stored.key, stored.version);
+    ObjectJournal& journal = journals_[&object];
+    FormerValues since;
+    // The order of members is their rows' matter, of which this row tells nothing.
+    for (FormerValue& former : journal.sinceSave.take())
+        if (former.property->kind == PropertyKind::OrderedToMany)
+            since.keep(*former.property, std::move(former.value));
+    for (const StoredSide& side : sidesOf(stored_->properties(object.entity()), stored)) {
+        if (isAlike(side, object.primitiveValueForKey(side.property->key))) continue;
+        Value former;
+        if (side.value)
+            former = *side.value;
+        else if (side.link->target != NoRow)
+            former = Value(Ref<Object>(stored_->find(side.link->target)));
+        since.keep(*side.property, std::move(former));
+    }
+    journal.sinceSave = std::move(since);
+}
+
+void ManagedObjectContext::mergeFromStore(ManagedObject& object) {
+    if (!object.isStored()) return object.awakeFromSnapshotEvents(SnapshotRefresh);
+    const RowKey key = static_cast<RowKey>(object.creationNumber());
+    const auto rows = stored_->store().rows(object.entity(), std::span(&key, 1));
+    if (!rows) throw ObjectInaccessibleException(rows.error().message);
+    if (rows->empty()) throw ObjectInaccessibleException(object.description() + " has no record any more");
+    merge(object, rows->front(), MergePolicy::ObjectTrump, SnapshotRefresh);
+}
+
+/// The row is gone, and with it the object.
+void ManagedObjectContext::loseToStore(ManagedObject& object) {
+    const Ref<ManagedObject> held(&object);
+    const Raised unrecorded(recordingOff_);
+    FirstException exceptions;
+    exceptions.keep([&] { deleteObject(object); });
+    exceptions.keep([&] { processPendingChanges(); });
+    if (owns(object)) leave(object);
+    std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
+    exceptions.rethrow();
+}
+
+bool ManagedObjectContext::resolveUnknownSave(Ref<Error>* error) {
+    if (!unknownSave_) return true;
+    const auto refuse = [&](const StoreError& reason) {
+        if (error) *error = reason.asError();
+        return false;
+    };
+    const auto landed = stored_->store().hasLanded(unknownSave_->changes().token);
+    if (!landed) return refuse(landed.error());
+    if (!*landed) {
+        unknownSave_.reset();
+        return true;
+    }
+    // What has changed since then is told by the rows.
+    const auto save = std::exchange(unknownSave_, nullptr);
+    save->adopt();
+    for (const auto& object : save->saved()) {
+        if (!owns(*object)) continue;
+        object->clear(ManagedObject::Inserted);
+        object->clear(ManagedObject::MadeBySystem);
+        const RowKey key = static_cast<RowKey>(object->creationNumber());
+        const auto rows = stored_->store().rows(object->entity(), std::span(&key, 1));
+        if (!rows) return refuse(rows.error());
+        if (!rows->empty() && !object->isDeleted()) rebase(*object, rows->front());
+        noteChanged(*object);
+    }
+    for (const auto& object : save->deleted())
+        if (owns(*object) && object->isDeleted()) leave(*object);
+    std::erase_if(changed_, [&](const auto& object) { return !owns(*object); });
+    return true;
+}
+
+} // namespace estatebook::platform

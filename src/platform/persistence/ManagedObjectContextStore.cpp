@@ -1,0 +1,291 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/ChangeJournal.hpp"
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/RelationshipUpkeep.hpp"
+#include "platform/persistence/StoreSave.hpp"
+#include "platform/persistence/StoredObjects.hpp"
+#include "platform/values/Exception.hpp"
+
+#include <algorithm>
+#include <utility>
+
+namespace estatebook::platform {
+
+namespace {
+
+[[noreturn]] void raiseUnreadable(const StoreError& error) {
+    throw ObjectInaccessibleException(error.message);
+}
+
+RowKey keyOf(const ManagedObject& object) noexcept {
+    return static_cast<RowKey>(object.creationNumber());
+}
+
+/// Stored attributes are the store's to compare, everything else is asked of the objects.
+bool canBeAskedOfStore(const EntityDescription& entity, const StoredProperties& properties, Key key) {
+    const auto place = properties.shape->attribute(key);
+    return place && !entity.attributes()[*place].isTransient;
+}
+
+} // namespace
+
+StoredObjects* ManagedObjectContext::storedObjects() {
+    if (!stored_ && coordinator_ && coordinator_->persistentStore())
+        stored_ = std::make_unique<StoredObjects>(coordinator_->persistentStore());
+    return stored_.get();
+}
+
+// Rows become objects
+
+ManagedObject& ManagedObjectContext::makeFault(const EntityDescription& entity, RowKey key) {
+    const Ref<ManagedObject> object(entity.managedClass().make(ManagedObjectBirth(homeOf(entity))));
+    object->creationNumber_ = static_cast<std::uint64_t>(key);
+    object->set(ManagedObject::Fault);
+    for (const ModelledProperty* toMany : stored_->properties(entity).toMany)
+        RelationshipUpkeep::forgetMembers(toMany->toMany(*object));
+    enter(*object);
+    stored_->enter(key, *object);
+    return *object;
+}
+
+void ManagedObjectContext::takeRow(ManagedObject& object, const Row& row) {
+    const StoredProperties& properties = stored_->properties(object.entity());
+    for (std::size_t place = 0; place < properties.attributes.size(); ++place)
+        if (const ModelledProperty* attribute = properties.attributes[place])
+            attribute->setPrimitive(object, row.values[place]);
+    takeLinks(object, row);
+    stored_->setVersion(row.key, row.version);
+    object.set(ManagedObject::ReadAhead);
+}
+
+void ManagedObjectContext::takeLinks(ManagedObject& object, const Row& row) {
+    const StoredProperties& properties = stored_->properties(object.entity());
+    for (std::size_t place = 0; place < properties.links.size(); ++place) {
+        const RowLink& link = row.links[place];
+        const EntityDescription& entity = *properties.shape->links()[place].relationship->destinationEntity;
+        ManagedObject* target = link.target == NoRow ? nullptr : stored_->find(link.target);
+        if (!target && link.target != NoRow) {
+            if (!stored_->properties(entity).isLeaf) {
+                openRowLinks_.push_back(
+                    {Ref<ManagedObject>(&object), properties.links[place], &entity, link});
+                continue;
+            }
+            target = &makeFault(entity, link.target);
+        }
+        RelationshipUpkeep::takeLink(object, *properties.links[place], target);
+    }
+}
+
+void ManagedObjectContext::followOpenLinks() {
+    while (!openRowLinks_.empty()) {
+        const auto links = std::exchange(openRowLinks_, {});
+        // Those that lead to one family of entities are read together.
+        for (const OpenRowLink& first : links) {
+            std::vector<RowKey> keys;
+            for (const OpenRowLink& each : links)
+                if (each.target == first.target && !stored_->find(each.link.target))
+                    keys.push_back(each.link.target);
+            if (keys.empty()) continue;
+            std::ranges::sort(keys);
+            keys.erase(std::ranges::unique(keys).begin(), keys.end());
+            objectsOf(*first.target, keys);
+        }
+        for (const OpenRowLink& each : links)
+            RelationshipUpkeep::takeLink(*each.object, *each.property, stored_->find(each.link.target));
+    }
+}
+
+std::vector<ManagedObject*> ManagedObjectContext::objectsOf(const EntityDescription& entity,
+                                                            std::span<const RowKey> keys) {
+    std::vector<RowKey> unknown;
+    for (const RowKey key : keys) {
+        if (stored_->find(key)) continue;
+        if (stored_->properties(entity).isLeaf)
+            makeFault(entity, key);
+        else
+            unknown.push_back(key);
+    }
+    if (!unknown.empty()) {
+        const auto visited = stored_->store().visitRows(entity, unknown, [&](const Row& row) {
+            if (!stored_->find(row.key)) takeRow(makeFault(*row.entity, row.key), row);
+        });
+        if (!visited) raiseUnreadable(visited.error());
+        followOpenLinks();
+    }
+    std::vector<ManagedObject*> objects;
+    objects.reserve(keys.size());
+    for (const RowKey key : keys)
+        if (ManagedObject* object = stored_->find(key)) objects.push_back(object);
+    return objects;
+}
+
+// Reading in batches
+
+/// The object and those that come behind it, among the members of a relationship that was read, else among the objects
+/// of its entity.
+std::vector<ManagedObject*> ManagedObjectContext::neighbours(ManagedObject& object,
+                                                             bool (*isWanted)(ManagedObject&, const void*),
+                                                             const void* info) {
+    const std::size_t most = stored_->store().capabilities().batchSize;
+    // Not to walk past thousands that are there already.
+    const std::size_t furthest = 4 * most;
+    std::vector<ManagedObject*> found{&object};
+    const auto collect = [&](std::span<ManagedObject* const> behind) {
+        for (ManagedObject* other : behind.first(std::min(behind.size(), furthest))) {
+            if (found.size() >= most) return;
+            if (other && other->isStored() && isWanted(*other, info)) found.push_back(other);
+        }
+    };
+    for (const ModelledProperty* link : stored_->properties(object.entity()).links) {
+        const ToOneSlot& slot = link->toOne(object);
+        if (!slot.target) continue;
+        const ModelledProperty& back = *slot.target->modelledProperty(link->inverse);
+        if (back.kind == PropertyKind::ToOne || back.toMany(*slot.target).isUnknown()) continue;
+        const auto members = back.toMany(*slot.target).members();
+        if (slot.place < members.size() && members[slot.place] == &object)
+            collect(members.subspan(slot.place + 1));
+    }
+    if (found.size() == 1) {
+        const std::span<ManagedObject* const> all = rows_[object.entity().index()].objects;
+        collect(all.subspan(object.place_ + 1));
+    }
+    return found;
+}
+
+void ManagedObjectContext::readAhead(ManagedObject& object) {
+    const auto isUnread = [](ManagedObject& other, const void*) { return !other.isRead(); };
+    std::vector<RowKey> keys;
+    for (const ManagedObject* each : neighbours(object, isUnread, nullptr)) keys.push_back(keyOf(*each));
+    std::ranges::sort(keys);
+    const auto visited = stored_->store().visitRows(object.entity(), keys, [&](const Row& row) {
+        if (ManagedObject* each = stored_->find(row.key); each && !each->isRead()) takeRow(*each, row);
+    });
+    if (!visited) raiseUnreadable(visited.error());
+    followOpenLinks();
+    if (!object.has(ManagedObject::ReadAhead))
+        throw ObjectInaccessibleException(object.description() + " has no record any more");
+}
+
+void ManagedObjectContext::fetchMembers(ManagedObject& owner, const ModelledProperty& toMany) {
+    assertThread();
+    const auto isUnknown = [](ManagedObject& other, const void* info) {
+        const auto* property = other.modelledProperty(static_cast<const ModelledProperty*>(info)->key);
+        return property == info && property->toMany(other).isUnknown();
+    };
+    const auto owners = neighbours(owner, isUnknown, &toMany);
+    std::vector<RowKey> keys;
+    for (const ManagedObject* each : owners) keys.push_back(keyOf(*each));
+    const RelationshipDescription& relationship = *owner.entity().relationship(toMany.key);
+    const auto members = stored_->store().members(relationship, keys);
+    if (!members) raiseUnreadable(members.error());
+    for (std::size_t place = 0; place < owners.size(); ++place)
+        RelationshipUpkeep::takeMembers(*owners[place], toMany,
+                                        objectsOf(*relationship.destinationEntity, (*members)[place]));
+}
+
+void ManagedObjectContext::forgetUnchangedMembers(ManagedObject& object) {
+    for (const ModelledProperty* toMany : stored_->properties(object.entity()).toMany) {
+        ToManySlot& slot = toMany->toMany(object);
+        if (slot.isUnknown()) continue;
+        if (std::ranges::none_of(slot.members(), &ManagedObject::hasChanges))
+            RelationshipUpkeep::forgetMembers(slot);
+    }
+}
+
+// Fetching
+
+std::optional<std::vector<Ref<ManagedObject>>>
+ManagedObjectContext::fetchFromStore(const FetchRequest& request, const EntityDescription& entity,
+                                     Ref<Error>* error) {
+    const bool asksStore =
+        request.predicate && canBeAskedOfStore(entity, stored_->properties(entity), request.predicate->key());
+    std::vector<Ref<ManagedObject>> found;
+    const auto visited =
+        stored_->store().fetchRows(entity, asksStore ? request.predicate : std::nullopt, [&](const Row& row) {
+            ManagedObject* object = stored_->find(row.key);
+            if (!object) object = &makeFault(*row.entity, row.key);
+            if (!object->isRead()) takeRow(*object, row);
+            // What has changed here is found below.
+            if (!object->isDeleted() && !object->hasChanges()) found.emplace_back(object);
+        });
+    if (!visited) {
+        if (error) *error = visited.error().asError();
+        return std::nullopt;
+    }
+    followOpenLinks();
+    // Reading a key may run foreign code, which may insert and delete.
+    const auto matches = [&](const Ref<ManagedObject>& object) {
+        return request.predicate->evaluateWithObject(*object);
+    };
+    if (request.predicate && !asksStore) std::erase_if(found, std::not_fn(matches));
+    const std::size_t unchanged = found.size();
+    for (const auto& object : std::vector(changed_))
+        if (object->hasChanges() && !object->isDeleted() && object->entity().isKindOfEntity(entity) &&
+            (!request.predicate || matches(object)))
+            found.push_back(object);
+    if (found.size() > unchanged) std::ranges::sort(found, {}, &ManagedObject::creationNumber);
+    return found;
+}
+
+// Saving
+
+void ManagedObjectContext::setCommitOrigin(std::string author, std::string program, std::string command) {
+    origin_ = {{}, std::move(author), std::move(program), std::move(command)};
+}
+
+void ManagedObjectContext::setIdentifier(ManagedObject& object, std::string identifier) {
+    assertThread();
+    if (!owns(object)) throw InvalidArgumentException(object.description() + " is no object of this context");
+    identifiers_.insert_or_assign(&object, std::move(identifier));
+}
+
+std::optional<std::vector<std::optional<std::string>>>
+ManagedObjectContext::identifiers(std::span<const Ref<ManagedObject>> objects, Ref<Error>* error) {
+    assertThread();
+    std::vector<std::optional<std::string>> all(objects.size());
+    std::vector<RowKey> keys;
+    std::vector<std::size_t> places;
+    for (std::size_t place = 0; place < objects.size(); ++place) {
+        if (const auto unsaved = identifiers_.find(objects[place].get()); unsaved != identifiers_.end()) {
+            all[place] = unsaved->second;
+        } else if (objects[place]->isStored()) {
+            keys.push_back(keyOf(*objects[place]));
+            places.push_back(place);
+        }
+    }
+    if (keys.empty()) return all;
+    const auto stored = stored_->store().identifiers(keys);
+    if (!stored) {
+        if (error) *error = stored.error().asError();
+        return std::nullopt;
+    }
+    for (std::size_t index = 0; index < places.size(); ++index) all[places[index]] = (*stored)[index];
+    return all;
+}
+
+bool ManagedObjectContext::saveToStore(Ref<Error>* error) {
+    const auto refuse = [&](const StoreError& reason) {
+        if (error) *error = reason.asError();
+        return false;
+    };
+    // Each round settles conflicts with what others saved; they cannot go on for ever on one thread.
+    for (;;) {
+        const auto lastKey = stored_->store().lastKey();
+        if (!lastKey) return refuse(lastKey.error());
+        auto save = std::make_unique<StoreSave>(*this, *stored_, *lastKey);
+        if (save->isEmpty()) return true;
+        const auto outcome = stored_->store().save(save->changes());
+        if (outcome && outcome->landed()) {
+            save->adopt();
+            return true;
+        }
+        save->withdraw();
+        if (!outcome) {
+            if (outcome.error().code == StoreErrorCode::OutcomeUnknown) unknownSave_ = std::move(save);
+            return refuse(outcome.error());
+        }
+        if (!settleConflicts(outcome->conflicts, error)) return false;
+    }
+}
+
+} // namespace estatebook::platform

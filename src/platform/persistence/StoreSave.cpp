@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/StoreSave.hpp"
+
+#include "platform/persistence/ChangeJournal.hpp"
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/StoredObjects.hpp"
+#include "platform/system/Clock.hpp"
+#include "platform/values/Set.hpp"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace estatebook::platform {
+
+namespace {
+
+std::size_t placeOf(std::span<const ModelledProperty* const> properties, const ModelledProperty& property) {
+    const auto found = std::ranges::find(properties, &property);
+    assert(found != properties.end());
+    return static_cast<std::size_t>(found - properties.begin());
+}
+
+RowKey keyOf(const ManagedObject& object) noexcept {
+    return static_cast<RowKey>(object.creationNumber());
+}
+
+RowLink linkOf(ManagedObject& object, const ModelledProperty& toOne, const StoredLink& link) {
+    const ToOneSlot& slot = toOne.toOne(object);
+    if (!slot.target) return {};
+    return {keyOf(*slot.target), link.isPlaced ? std::int64_t{slot.place} : 0};
+}
+
+} // namespace
+
+bool areStoredAlike(const Value& a, const Value& b) noexcept {
+    return a.isIdentical(b) || (a.object() && b.object() && a.isEqual(b));
+}
+
+StoreSave::StoreSave(ManagedObjectContext& context, StoredObjects& stored, RowKey lastKey)
+    : context_(context), stored_(stored) {
+    changes_.token = CommitToken::random();
+    changes_.origin = context.origin_;
+    changes_.origin.when = Clock::now();
+
+    // All keys first: rows lead to one another.
+    saved_ = context.insertedObjects();
+    formerNumbers_.reserve(saved_.size());
+    for (const auto& object : saved_) {
+        formerNumbers_.push_back(object->creationNumber_);
+        object->creationNumber_ = static_cast<std::uint64_t>(++lastKey);
+    }
+    changes_.insertions.reserve(saved_.size());
+    for (const auto& object : saved_) insert(object, keyOf(*object));
+    for (const auto& object : context.updatedObjects()) update(*object);
+    for (const auto& object : context.deletedObjects()) {
+        if (!object->isStored()) continue;
+        changes_.deletions.push_back({keyOf(*object), &object->entity(), stored_.version(keyOf(*object))});
+        deleted_.push_back(object);
+    }
+    for (const auto& [object, identifier] : context.identifiers_)
+        if (!object->isDeleted())
+            changes_.identifiers.push_back({keyOf(*object), &object->entity(), identifier});
+    std::ranges::sort(changes_.identifiers, {}, &RowIdentifier::key);
+}
+
+bool StoreSave::isEmpty() const noexcept {
+    return changes_.insertions.empty() && changes_.updates.empty() && changes_.deletions.empty() &&
+           changes_.identifiers.empty();
+}
+
+void StoreSave::insert(const Ref<ManagedObject>& object, RowKey key) {
+    const StoredProperties& properties = stored_.properties(object->entity());
+    Row& row = changes_.insertions.emplace_back(Row{.key = key, .entity = &object->entity()});
+    row.values.reserve(properties.attributes.size());
+    for (const ModelledProperty* attribute : properties.attributes)
+        row.values.push_back(attribute ? attribute->primitive(*object) : Value());
+    row.links.reserve(properties.links.size());
+    for (std::size_t place = 0; place < properties.links.size(); ++place)
+        row.links.push_back(linkOf(*object, *properties.links[place], properties.shape->links()[place]));
+    // A new owner takes members of others along with their changed links; what follows is about those that were there.
+}
+
+RowUpdate& StoreSave::updateOf(ManagedObject& object) {
+    const auto [found, isNew] = updates_.try_emplace(&object, changes_.updates.size());
+    if (isNew) {
+        changes_.updates.push_back({keyOf(object), &object.entity(), stored_.version(keyOf(object))});
+        saved_.emplace_back(&object);
+    }
+    return changes_.updates[found->second];
+}
+
+void StoreSave::changeLink(ManagedObject& object, const ModelledProperty& toOne) {
+    const StoredProperties& properties = stored_.properties(object.entity());
+    const std::size_t place = placeOf(properties.links, toOne);
+    RowUpdate& update = updateOf(object);
+    if (std::ranges::find(update.links, place, &ChangedLink::link) != update.links.end()) return;
+    update.links.push_back({place, linkOf(object, toOne, properties.shape->links()[place])});
+}
+
+void StoreSave::update(ManagedObject& object) {
+    const ObjectJournal* journal = context_.journalOf(object);
+    if (!journal) return;
+    const StoredProperties& properties = stored_.properties(object.entity());
+    for (const FormerValue& former : journal->sinceSave.all()) {
+        const ModelledProperty& property = *former.property;
+        switch (property.kind) {
+        case PropertyKind::Attribute:
+            if (property.flags & PropertyTransient) break;
+            if (Value current = property.primitive(object); !areStoredAlike(former.value, current))
+                updateOf(object).values.push_back(
+                    {placeOf(properties.attributes, property), std::move(current)});
+            break;
+        case PropertyKind::ToOne:
+            if (former.value.as<ManagedObject>().get() != property.toOne(object).target ||
+                properties.shape->links()[placeOf(properties.links, property)].isPlaced)
+                changeLink(object, property);
+            break;
+        case PropertyKind::OrderedToMany:
+            updateOrder(object, property, former.value);
+            break;
+        case PropertyKind::ToMany:
+            break; // follows from the other side
+        }
+    }
+}
+
+void StoreSave::updateOrder(ManagedObject& owner, const ModelledProperty& ordered, const Value& former) {
+    std::unordered_map<const Object*, std::size_t> places;
+    if (const auto members = former.as<OrderedSet>())
+        for (const Value& member : members->members()) places.emplace(member.object().get(), places.size());
+    std::size_t place = 0;
+    for (ManagedObject* member : owner.knownMembers(ordered).members()) {
+        const auto before = places.find(member);
+        if (!member->isInserted() && (before == places.end() || before->second != place))
+            changeLink(*member, *member->modelledProperty(ordered.inverse));
+        ++place;
+    }
+}
+
+void StoreSave::withdraw() noexcept {
+    for (std::size_t index = 0; index < formerNumbers_.size(); ++index)
+        saved_[index]->creationNumber_ = formerNumbers_[index];
+}
+
+void StoreSave::adopt() {
+    for (std::size_t index = 0; index < formerNumbers_.size(); ++index) {
+        const RowKey key = changes_.insertions[index].key;
+        saved_[index]->creationNumber_ = static_cast<std::uint64_t>(key);
+        stored_.enter(key, *saved_[index]);
+    }
+    for (const RowUpdate& update : changes_.updates) stored_.setVersion(update.key, update.version + 1);
+    context_.identifiers_.clear();
+}
+
+} // namespace estatebook::platform

@@ -1,0 +1,742 @@
+// SPDX-License-Identifier: MIT
+
+// Contexts whose objects are kept by a store, of every kind.
+
+#include "model/Advertisement.hpp"
+#include "model/Keys.hpp"
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/MutableOrderedSet.hpp"
+#include "platform/values/Array.hpp"
+#include "platform/values/Exception.hpp"
+#include "platform/values/Set.hpp"
+#include "store/TKProperty.hpp"
+#include "store/TKPropertyNote.hpp"
+#include "store/TKPropertyTransaction.hpp"
+#include "store/TKState.hpp"
+#include "store/TKTenant.hpp"
+#include "store/TKTenureTransaction.hpp"
+#include "support/StoreKinds.hpp"
+#include "support/WatchedStore.hpp"
+#include "tags/TKTag.hpp"
+#include "tags/TKTagNames.hpp"
+#include "tenure/TKTenure.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace estatebook::platform {
+namespace {
+
+using estatebook::test::bookModel;
+using estatebook::test::StoreKind;
+using estatebook::test::storeKinds;
+using estatebook::test::WatchedStore;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+Ref<String> text(std::string_view characters) {
+    return String::make(characters);
+}
+
+class StoredContextTest : public testing::TestWithParam<StoreKind> {
+protected:
+    std::unique_ptr<estatebook::test::StorePlace> place = GetParam().place();
+    Ref<WatchedStore> store = watched();
+    Ref<ManagedObjectContext> book = contextOn(store);
+    Ref<Error> error;
+
+    Ref<WatchedStore> watched() { return makeRef<WatchedStore>(Ref<Store>(&place->store())); }
+
+    static Ref<ManagedObjectContext> contextOn(const Ref<WatchedStore>& on) {
+        auto coordinator = makeRef<PersistentStoreCoordinator>(bookModel());
+        coordinator->addPersistentStore(Ref<Store>(on));
+        auto context = makeRef<ManagedObjectContext>(ConcurrencyType::MainQueue);
+        context->setPersistentStoreCoordinator(std::move(coordinator));
+        return context;
+    }
+
+    void save() { ASSERT_TRUE(book->save(&error)) << error->localizedDescription(); }
+    /// Ends the context, closes the store, and opens both again.
+    void reopen() {
+        book = nullptr;
+        store = nullptr;
+        place->reopen();
+        store = watched();
+        book = contextOn(store);
+    }
+    void saveAndReopen() {
+        save();
+        reopen();
+    }
+
+    Ref<TKProperty> property(std::string_view name) {
+        const auto flat = book->insertNewObject<TKProperty>("Property");
+        flat->setName(text(name));
+        return flat;
+    }
+    Ref<TKTenure> letting(TKProperty* flat = nullptr, TKTenant* tenant = nullptr) {
+        const auto tenure = book->insertNewObject<TKTenure>("Tenure");
+        tenure->setProperty(flat);
+        tenure->setTenant(tenant);
+        return tenure;
+    }
+    Ref<TKProperty> theProperty() { return only<TKProperty>("Property"); }
+    Ref<TKTenure> theLetting() { return only<TKTenure>("Tenure"); }
+    template <class T>
+    Ref<T> only(std::string_view entity) {
+        auto all = book->fetchAll<T>(entity);
+        EXPECT_THAT(all, SizeIs(1)) << entity;
+        return all.empty() ? nullptr : all.front();
+    }
+    /// A payment for each amount.
+    static void pay(TKTenure& tenure, std::initializer_list<int> amounts) {
+        for (const int amount : amounts) tenure.createTransaction()->setAmount(Decimal(amount));
+    }
+    static std::vector<Decimal> amounts(const TKTenure& tenure) {
+        std::vector<Decimal> all;
+        for (const TKTransaction& each : tenure.transactions()) all.push_back(each.amount().value());
+        return all;
+    }
+    static std::vector<std::string> tags(const TKTaggable& object) {
+        std::vector<std::string> names;
+        for (const TKTag& tag : object.tags()) names.emplace_back(tag.name()->view());
+        return names;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Stores, StoredContextTest, testing::ValuesIn(storeKinds()),
+                         [](const auto& kind) { return kind.param.name; });
+
+// Saving and coming back
+
+TEST_P(StoredContextTest, SavedObjectsComeBackWithTheirValues) {
+    const auto flat = property("Elm Street");
+    flat->setRentalAmount(Decimal(1050));
+    flat->setRentalPeriod(Number(std::int64_t{2}));
+    flat->setRentalBillingCycle(Number(30.0));
+    flat->setAvailable(Number(true));
+    flat->createTransaction()->setWhen(Date{794000000.25});
+    saveAndReopen();
+    EXPECT_EQ(theProperty()->name()->view(), "Elm Street");
+    EXPECT_EQ(theProperty()->rentalAmount(), Decimal(1050));
+    EXPECT_EQ(theProperty()->rentalPeriod()->kind(), Number::Kind::Signed);
+    EXPECT_EQ(theProperty()->rentalBillingCycle()->kind(), Number::Kind::Double);
+    EXPECT_EQ(theProperty()->available()->kind(), Number::Kind::Boolean);
+    EXPECT_FALSE(theProperty()->bondAmount());
+    EXPECT_EQ(only<TKPropertyTransaction>("PropertyTransaction")->when(), Date{794000000.25});
+}
+
+TEST_P(StoredContextTest, LinksComeBackOnBothSides) {
+    const auto flat = property("Elm Street");
+    const auto tenant = book->insertNewObject<TKTenant>("Tenant");
+    letting(flat.get(), tenant.get());
+    saveAndReopen();
+    const auto back = theLetting();
+    EXPECT_EQ(back->property(), theProperty().get());
+    EXPECT_EQ(back->tenant(), only<TKTenant>("Tenant").get());
+    ASSERT_EQ(theProperty()->tenures().count(), 1u);
+    EXPECT_EQ(&theProperty()->tenures()[0], back.get());
+}
+
+TEST_P(StoredContextTest, AOneToOneLinkComesBackOnBothSides) {
+    const auto flat = property("Elm Street");
+    flat->setAdvertisement(book->insertNewObject<Advertisement>("Advertisement").get());
+    saveAndReopen();
+    const auto advertisement = only<Advertisement>("Advertisement");
+    EXPECT_EQ(advertisement->property(), theProperty().get());
+    EXPECT_EQ(theProperty()->advertisement(), advertisement.get());
+}
+
+TEST_P(StoredContextTest, FetchesAndMembersComeInTheOrderOfCreation) {
+    for (const char* name : {"Elm", "Ash", "Yew"}) property(name);
+    const auto tenure = letting();
+    pay(*tenure, {3, 1, 2});
+    saveAndReopen();
+    std::vector<std::string_view> names;
+    const auto properties = book->fetchAll<TKProperty>("Property");
+    for (const auto& each : properties) names.push_back(each->name()->view());
+    EXPECT_THAT(names, ElementsAre("Elm", "Ash", "Yew"));
+    EXPECT_THAT(amounts(*theLetting()), ElementsAre(Decimal(3), Decimal(1), Decimal(2)));
+}
+
+TEST_P(StoredContextTest, TagsComeBackInTheirOrderAndTagNamesFromThem) {
+    const auto flat = property("Elm Street");
+    flat->setTagNames(TKTagNames::initWithEditableString("sea, garden, pets"));
+    saveAndReopen();
+    EXPECT_THAT(tags(*theProperty()), ElementsAre("sea", "garden", "pets"));
+    EXPECT_EQ(theProperty()->tagNames()->editableString(), "sea, garden, pets");
+    theProperty()->setTagNames(TKTagNames::initWithEditableString("garden, lift, sea"));
+    saveAndReopen();
+    EXPECT_THAT(tags(*theProperty()), ElementsAre("garden", "lift", "sea"));
+}
+
+TEST_P(StoredContextTest, ATagLeadsToItsOwnerWhateverItsEntity) {
+    property("Elm Street")->setTagNames(TKTagNames::initWithEditableString("sea"));
+    saveAndReopen();
+    const auto tag = only<TKTag>("AccountTag");
+    EXPECT_EQ(tag->valueForKey(keys::owner).as<TKProperty>(), theProperty());
+}
+
+TEST_P(StoredContextTest, AMovedMemberIsWithItsNewOwnerOnly) {
+    const auto flat = property("Elm");
+    property("Ash");
+    letting(flat.get());
+    saveAndReopen();
+    const auto properties = book->fetchAll<TKProperty>("Property");
+    theLetting()->setProperty(properties[1].get());
+    EXPECT_EQ(properties[0]->tenures().count(), 0u);
+    EXPECT_EQ(properties[1]->tenures().count(), 1u);
+    saveAndReopen();
+    const auto again = book->fetchAll<TKProperty>("Property");
+    EXPECT_EQ(again[0]->tenures().count(), 0u);
+    EXPECT_EQ(again[1]->tenures().count(), 1u);
+}
+
+TEST_P(StoredContextTest, AMemberThatMovesAnnouncesBothOwnersThoughNobodyHasReadThem) {
+    const auto flat = property("Elm");
+    property("Ash");
+    letting(flat.get());
+    saveAndReopen();
+    const auto properties = book->fetchAll<TKProperty>("Property");
+    const auto tenure = theLetting();
+    std::vector<std::string> heard;
+    const auto note = [&](std::string_view who) { return [&heard, who] { heard.emplace_back(who); }; };
+    const auto first = properties[0]->observe("tenures", note("Elm"));
+    const auto second = properties[1]->observe("tenures", note("Ash"));
+    tenure->setProperty(properties[1].get());
+    EXPECT_THAT(heard, ElementsAre("Elm", "Ash"));
+}
+
+TEST_P(StoredContextTest, ADeletionTakesMembersAlongThatNobodyHasRead) {
+    const auto tenure = letting();
+    pay(*tenure, {1, 2});
+    tenure->setProperty(property("Elm").get());
+    saveAndReopen();
+    book->deleteObject(*theLetting());
+    saveAndReopen();
+    EXPECT_THAT(book->fetchAll<TKTenureTransaction>("TenureTransaction"), IsEmpty());
+    EXPECT_EQ(theProperty()->tenures().count(), 0u);
+}
+
+TEST_P(StoredContextTest, ADeletionIsDeniedByMembersThatNobodyHasRead) {
+    letting(property("Elm").get());
+    saveAndReopen();
+    book->deleteObject(*theProperty());
+    EXPECT_FALSE(book->save(&error));
+    EXPECT_EQ(error->code(), 1600);
+    book->rollback();
+    EXPECT_FALSE(theProperty()->isDeleted());
+}
+
+TEST_P(StoredContextTest, SavingNothingAsksTheStoreForNothing) {
+    property("Elm");
+    save();
+    unsigned saves = 0;
+    store->onSave = [&](Store& inner, const StoreChanges& changes) {
+        ++saves;
+        return inner.save(changes);
+    };
+    EXPECT_TRUE(book->save());
+    // Set to what it is: the object is changed, its row is not.
+    theProperty()->setName(theProperty()->name());
+    EXPECT_TRUE(book->hasChanges());
+    EXPECT_TRUE(book->save());
+    EXPECT_EQ(saves, 0u);
+    EXPECT_FALSE(book->hasChanges());
+}
+
+TEST_P(StoredContextTest, TheJournalTellsWhoChangedWhat) {
+    const auto flat = property("Elm");
+    book->setCommitOrigin("Ada", "estatebook", "rename");
+    save();
+    flat->setName(text("Ash"));
+    save();
+    const auto commits = store->commits();
+    ASSERT_TRUE(commits);
+    ASSERT_THAT(*commits, SizeIs(2));
+    EXPECT_EQ(commits->back().origin.author, "Ada");
+    EXPECT_EQ(commits->back().origin.command, "rename");
+    const auto entries = store->journalOfCommit(2);
+    ASSERT_TRUE(entries);
+    ASSERT_THAT(*entries, SizeIs(1));
+    EXPECT_EQ(entries->front().property, "name");
+    EXPECT_EQ(entries->front().former, Value(text("Elm")));
+    EXPECT_EQ(entries->front().current, Value(text("Ash")));
+}
+
+TEST_P(StoredContextTest, IdentifiersGoWithTheirRows) {
+    const auto elm = property("Elm");
+    const auto ash = property("Ash");
+    book->setIdentifier(*elm, "p1");
+    EXPECT_THAT(*book->identifiers(std::vector<Ref<ManagedObject>>{elm, ash}),
+                ElementsAre("p1", std::nullopt));
+    saveAndReopen();
+    const auto all = book->executeFetchRequest({"Property"});
+    EXPECT_THAT(*book->identifiers(*all), ElementsAre("p1", std::nullopt));
+}
+
+// Faults
+
+TEST_P(StoredContextTest, ObjectsComeAsFaultsAndAwakeWhenTheyAreRead) {
+    letting();
+    saveAndReopen();
+    const auto tenure = theLetting();
+    EXPECT_TRUE(tenure->isFault());
+    EXPECT_FALSE(tenure->primitiveValueForKey(keys::currentDate).date());
+    EXPECT_TRUE(tenure->currentDate());
+    EXPECT_FALSE(tenure->isFault());
+}
+
+TEST_P(StoredContextTest, OneRowHasOneObject) {
+    letting(property("Elm").get());
+    saveAndReopen();
+    const auto tenure = theLetting();
+    const TKProperty* const flat = tenure->property();
+    EXPECT_EQ(theProperty().get(), flat);
+    EXPECT_EQ(theLetting(), tenure);
+    EXPECT_EQ(&flat->tenures()[0], tenure.get());
+}
+
+TEST_P(StoredContextTest, NeighboursAreReadAlongInOneBatch) {
+    const auto tenure = letting();
+    for (int index = 0; index < 60; ++index) pay(*tenure, {index});
+    saveAndReopen();
+    const auto back = theLetting();
+    static_cast<void>(back->startDate());
+    const auto members = back->transactions();
+    store->reads = {};
+    EXPECT_EQ(members[0].amount(), Decimal(0));
+    const auto afterFirst = store->reads;
+    EXPECT_LE(afterFirst.batches, 1u);
+    EXPECT_THAT(amounts(*back), SizeIs(60));
+    EXPECT_EQ(store->reads, afterFirst) << "all others were there already";
+}
+
+TEST_P(StoredContextTest, MembersOfManyOwnersAreReadAtOnce) {
+    for (int index = 0; index < 50; ++index) pay(*letting(), {index, index});
+    saveAndReopen();
+    const auto tenures = book->fetchAll<TKTenure>("Tenure");
+    for (const auto& tenure : tenures) static_cast<void>(tenure->startDate());
+    store->reads = {};
+    for (const auto& tenure : tenures) EXPECT_EQ(tenure->transactions().count(), 2u);
+    EXPECT_EQ(store->reads.memberBatches, 1u);
+}
+
+TEST_P(StoredContextTest, AFaultWhoseRowIsGoneSaysSo) {
+    property("Elm")->createNote();
+    saveAndReopen();
+    const TKProperty* const flat = only<TKPropertyNote>("PropertyNote")->property();
+    ASSERT_TRUE(flat->isFault());
+    const auto other = contextOn(store);
+    other->deleteObject(*other->fetchAll<TKProperty>("Property").front());
+    ASSERT_TRUE(other->save());
+    EXPECT_THROW(static_cast<void>(flat->name()), ObjectInaccessibleException);
+    EXPECT_THROW(static_cast<void>(flat->name()), ObjectInaccessibleException);
+}
+
+TEST_P(StoredContextTest, AStoreThatCannotBeReadIsTold) {
+    property("Elm")->createNote();
+    saveAndReopen();
+    const TKProperty* const flat = only<TKPropertyNote>("PropertyNote")->property();
+    store->unreadable = StoreError{StoreErrorCode::Unreadable, "", "The disk does not answer"};
+    EXPECT_THROW(static_cast<void>(flat->name()), ObjectInaccessibleException);
+    EXPECT_THROW(static_cast<void>(flat->notes()), ObjectInaccessibleException);
+    EXPECT_FALSE(book->executeFetchRequest({"Tenure"}, &error));
+    EXPECT_EQ(error->localizedDescription(), "The disk does not answer");
+    store->unreadable.reset();
+    EXPECT_EQ(flat->name()->view(), "Elm") << "nothing is lost by that";
+    EXPECT_EQ(flat->notes().count(), 1u);
+}
+
+TEST_P(StoredContextTest, ARefreshReadsWhatOthersSaved) {
+    property("Elm");
+    save();
+    const auto mine = theProperty();
+    const auto other = contextOn(store);
+    other->fetchAll<TKProperty>("Property").front()->setName(text("Ash"));
+    ASSERT_TRUE(other->save());
+    EXPECT_EQ(mine->name()->view(), "Elm");
+    mine->setRentalAmount(Decimal(5));
+    book->refreshObjectMergeChanges(*mine, false);
+    EXPECT_TRUE(mine->isFault());
+    EXPECT_EQ(mine->name()->view(), "Ash");
+    EXPECT_FALSE(mine->rentalAmount());
+    EXPECT_FALSE(book->hasChanges());
+    mine->setName(text("Oak"));
+    EXPECT_TRUE(book->save(&error)) << "it is the version that was refreshed";
+}
+
+TEST_P(StoredContextTest, AMergingRefreshKeepsChangesAndReadsTheRest) {
+    property("Elm");
+    save();
+    const auto mine = theProperty();
+    auto other = contextOn(store);
+    other->fetchAll<TKProperty>("Property").front()->setName(text("Ash"));
+    ASSERT_TRUE(other->save());
+    other = nullptr;
+    mine->setRentalAmount(Decimal(5));
+    book->refreshObjectMergeChanges(*mine, true);
+    EXPECT_EQ(mine->name()->view(), "Ash");
+    EXPECT_EQ(mine->rentalAmount(), Decimal(5));
+    saveAndReopen();
+    EXPECT_EQ(theProperty()->name()->view(), "Ash");
+    EXPECT_EQ(theProperty()->rentalAmount(), Decimal(5));
+}
+
+TEST_P(StoredContextTest, ARefreshedOwnerReadsItsMembersAnew) {
+    letting();
+    save();
+    const auto mine = theLetting();
+    EXPECT_EQ(mine->transactions().count(), 0u);
+    const auto other = contextOn(store);
+    pay(*other->fetchAll<TKTenure>("Tenure").front(), {7});
+    ASSERT_TRUE(other->save());
+    book->refreshObjectMergeChanges(*mine, false);
+    EXPECT_THAT(amounts(*mine), ElementsAre(Decimal(7)));
+}
+
+// Fetches
+
+TEST_P(StoredContextTest, AFetchSeesUnsavedChanges) {
+    property("Elm");
+    property("Ash");
+    property("Elm");
+    saveAndReopen();
+    const auto named = [&](std::string_view name) {
+        std::vector<std::uint64_t> found;
+        const auto predicate = Predicate::predicateWithFormat("name = %@", Value(text(name)));
+        const auto objects = book->executeFetchRequest({"Property", predicate});
+        for (const auto& each : *objects) found.push_back(each->creationNumber());
+        return found;
+    };
+    const auto all = book->fetchAll<TKProperty>("Property");
+    const auto number = [&](std::size_t index) { return all[index]->creationNumber(); };
+    EXPECT_THAT(named("Elm"), ElementsAre(number(0), number(2)));
+    all[0]->setName(text("Oak"));
+    all[1]->setName(text("Elm"));
+    const auto added = property("Elm");
+    EXPECT_THAT(named("Elm"), ElementsAre(number(1), number(2), added->creationNumber()));
+    book->deleteObject(*all[2]);
+    EXPECT_THAT(named("Elm"), ElementsAre(number(1), added->creationNumber()));
+    EXPECT_THAT(named("Oak"), ElementsAre(number(0)));
+}
+
+TEST_P(StoredContextTest, AFetchByADerivedKeyAsksTheObjects) {
+    const auto tenure = letting();
+    pay(*tenure, {100});
+    letting();
+    saveAndReopen();
+    const auto paid = book->executeFetchRequest(
+        {"Tenure", Predicate::predicateWithFormat("totalIncome = %@", Value(Decimal(100)))});
+    ASSERT_TRUE(paid);
+    EXPECT_THAT(*paid, SizeIs(1));
+}
+
+TEST_P(StoredContextTest, ASettingThatIsThereIsFoundAgain) {
+    TKState::stateForKeyInManagedObjectContext(text("Colour"), *book)->setValue(Value(text("green")));
+    saveAndReopen();
+    const auto found = TKState::stateForKeyInManagedObjectContext(text("Colour"), *book);
+    EXPECT_EQ(found->value(), Value(text("green")));
+    EXPECT_FALSE(book->hasChanges());
+}
+
+// Failing, undoing
+
+TEST_P(StoredContextTest, ASaveThatFailsLeavesEverythingChanged) {
+    const auto flat = property("Elm");
+    save();
+    flat->setName(text("Ash"));
+    const auto added = property("Oak");
+    const auto number = added->creationNumber();
+    store->onSave = [](Store&, const StoreChanges&) -> StoreResult<SaveOutcome> {
+        return StoreError{StoreErrorCode::Full, "", "There is no room left"};
+    };
+    EXPECT_FALSE(book->save(&error));
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(StoreErrorCode::Full));
+    EXPECT_THAT(book->insertedObjects(), ElementsAre(added));
+    EXPECT_THAT(book->updatedObjects(), ElementsAre(flat));
+    EXPECT_EQ(added->creationNumber(), number);
+    store->onSave = nullptr;
+    saveAndReopen();
+    EXPECT_THAT(book->fetchAll<TKProperty>("Property"), SizeIs(2));
+}
+
+TEST_P(StoredContextTest, ASaveNobodyKnowsOfIsAskedAboutAndNeverDoneTwice) {
+    const auto flat = property("Elm");
+    save();
+    flat->setName(text("Ash"));
+    const auto added = property("Oak");
+    const StoreError unknown{StoreErrorCode::OutcomeUnknown, "", "Whether it was saved is unknown"};
+    store->onSave = [&](Store& inner, const StoreChanges& changes) -> StoreResult<SaveOutcome> {
+        EXPECT_TRUE(inner.save(changes));
+        return unknown;
+    };
+    EXPECT_FALSE(book->save(&error));
+    EXPECT_TRUE(added->isInserted());
+    store->outcomeUnknown = unknown;
+    EXPECT_FALSE(book->save(&error));
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(StoreErrorCode::OutcomeUnknown));
+    // Meanwhile the user goes on.
+    added->setRentalAmount(Decimal(7));
+    flat->setRentalAmount(Decimal(8));
+    store->outcomeUnknown.reset();
+    store->onSave = nullptr;
+    ASSERT_TRUE(book->save(&error)) << error->localizedDescription();
+    EXPECT_FALSE(book->hasChanges());
+    reopen();
+    const auto all = book->fetchAll<TKProperty>("Property");
+    ASSERT_THAT(all, SizeIs(2));
+    EXPECT_EQ(all[0]->name()->view(), "Ash");
+    EXPECT_EQ(all[0]->rentalAmount(), Decimal(8));
+    EXPECT_EQ(all[1]->name()->view(), "Oak");
+    EXPECT_EQ(all[1]->rentalAmount(), Decimal(7));
+}
+
+TEST_P(StoredContextTest, ASaveNobodyKnowsOfThatDidNotLandIsDoneAgain) {
+    property("Elm");
+    store->onSave = [&](Store&, const StoreChanges&) -> StoreResult<SaveOutcome> {
+        return StoreError{StoreErrorCode::OutcomeUnknown, "", "Whether it was saved is unknown"};
+    };
+    EXPECT_FALSE(book->save(&error));
+    store->onSave = nullptr;
+    saveAndReopen();
+    EXPECT_EQ(theProperty()->name()->view(), "Elm");
+}
+
+TEST_P(StoredContextTest, ARollbackReturnsToWhatTheStoreHas) {
+    const auto tenure = letting(property("Elm").get());
+    pay(*tenure, {1, 2});
+    saveAndReopen();
+    const auto back = theLetting();
+    back->setRentalAmount(Decimal(9));
+    back->setProperty(property("Ash").get());
+    pay(*back, {3});
+    book->deleteObject(back->transactions()[0]);
+    book->rollback();
+    EXPECT_FALSE(back->rentalAmount());
+    EXPECT_EQ(back->property()->name()->view(), "Elm");
+    EXPECT_THAT(amounts(*back), ElementsAre(Decimal(1), Decimal(2)));
+    EXPECT_FALSE(book->hasChanges());
+    saveAndReopen();
+    EXPECT_THAT(amounts(*theLetting()), ElementsAre(Decimal(1), Decimal(2)));
+}
+
+TEST_P(StoredContextTest, AnUndoneDeletionIsSavedAsAnotherRow) {
+    const auto tenure = letting(property("Elm").get());
+    pay(*tenure, {1, 2});
+    save();
+    book->undoManager()->endEvent();
+    const auto number = tenure->creationNumber();
+    book->deleteObject(*tenure);
+    save();
+    book->undo();
+    EXPECT_EQ(theLetting(), tenure);
+    save();
+    EXPECT_GT(tenure->creationNumber(), number);
+    reopen();
+    EXPECT_THAT(amounts(*theLetting()), ElementsAre(Decimal(1), Decimal(2)));
+    EXPECT_EQ(theLetting()->property()->name()->view(), "Elm");
+}
+
+TEST_P(StoredContextTest, AnUndoneChangeIsSaved) {
+    const auto flat = property("Elm");
+    save();
+    book->undoManager()->endEvent();
+    flat->setName(text("Ash"));
+    save();
+    book->undo();
+    saveAndReopen();
+    EXPECT_EQ(theProperty()->name()->view(), "Elm");
+}
+
+TEST_P(StoredContextTest, AResetForgetsTheObjectsButNotTheRows) {
+    property("Elm");
+    save();
+    const auto held = theProperty();
+    book->reset();
+    EXPECT_FALSE(held->managedObjectContext());
+    EXPECT_FALSE(held->name());
+    EXPECT_NE(theProperty(), held);
+    EXPECT_EQ(theProperty()->name()->view(), "Elm");
+}
+
+TEST_P(StoredContextTest, ObjectsInsertedBeforeTheStoreCameAreSavedInIt) {
+    auto coordinator = makeRef<PersistentStoreCoordinator>(bookModel());
+    book = makeRef<ManagedObjectContext>(ConcurrencyType::MainQueue);
+    book->setPersistentStoreCoordinator(coordinator);
+    const auto flat = property("Elm");
+    coordinator->addPersistentStore(Ref<Store>(store));
+    coordinator = nullptr;
+    letting(flat.get());
+    saveAndReopen();
+    EXPECT_EQ(theLetting()->property(), theProperty().get());
+}
+
+// Conflicts
+
+class ConflictTest : public StoredContextTest {
+protected:
+    Ref<TKProperty> mine;
+
+    /// Both change the property: the name both, the rent we, the bond they.
+    void conflict(MergePolicy policy) {
+        const auto flat = property("Elm");
+        flat->setRentalAmount(Decimal(1));
+        flat->setBondAmount(Decimal(1));
+        save();
+        mine = theProperty();
+        const auto other = contextOn(store);
+        const auto theirs = other->fetchAll<TKProperty>("Property").front();
+        theirs->setName(text("Theirs"));
+        theirs->setBondAmount(Decimal(3));
+        ASSERT_TRUE(other->save());
+        mine->setName(text("Mine"));
+        mine->setRentalAmount(Decimal(2));
+        book->setMergePolicy(policy);
+    }
+    /// The other context deletes what we change.
+    void lose(MergePolicy policy) {
+        property("Elm");
+        save();
+        mine = theProperty();
+        mine->setName(text("Mine"));
+        const auto other = contextOn(store);
+        other->deleteObject(*other->fetchAll<TKProperty>("Property").front());
+        ASSERT_TRUE(other->save());
+        book->setMergePolicy(policy);
+    }
+    void expectSaved(std::string_view name, int rent, int bond) {
+        ASSERT_TRUE(book->save(&error)) << error->localizedDescription();
+        EXPECT_FALSE(book->hasChanges());
+        const auto expect = [&] {
+            EXPECT_EQ(theProperty()->name()->view(), name);
+            EXPECT_EQ(theProperty()->rentalAmount(), Decimal(rent));
+            EXPECT_EQ(theProperty()->bondAmount(), Decimal(bond));
+        };
+        expect();
+        reopen();
+        expect();
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Stores, ConflictTest, testing::ValuesIn(storeKinds()),
+                         [](const auto& kind) { return kind.param.name; });
+
+TEST_P(ConflictTest, IsAnErrorWithTheListAtFirst) {
+    conflict(MergePolicy::Error);
+    EXPECT_FALSE(book->save(&error));
+    EXPECT_EQ(error->code(), 133020);
+    const auto list = error->userInfo()->find(ConflictListKey).as<Array>();
+    ASSERT_TRUE(list);
+    ASSERT_EQ(list->count(), 1u);
+    const auto told = list->at(0).as<MergeConflict>();
+    EXPECT_EQ(told->sourceObject(), mine);
+    EXPECT_EQ(told->oldVersionNumber(), 1);
+    EXPECT_EQ(told->newVersionNumber(), 2);
+    EXPECT_EQ(mine->name()->view(), "Mine");
+    EXPECT_TRUE(mine->isUpdated());
+}
+
+TEST_P(ConflictTest, TheStoreTrumpsPropertyByProperty) {
+    conflict(MergePolicy::StoreTrump);
+    expectSaved("Theirs", 2, 3);
+}
+
+TEST_P(ConflictTest, TheObjectTrumpsPropertyByProperty) {
+    conflict(MergePolicy::ObjectTrump);
+    expectSaved("Mine", 2, 3);
+}
+
+TEST_P(ConflictTest, TheObjectOverwritesTheWholeRow) {
+    conflict(MergePolicy::Overwrite);
+    expectSaved("Mine", 2, 1);
+}
+
+TEST_P(ConflictTest, TheObjectIsRolledBackToTheRow) {
+    conflict(MergePolicy::Rollback);
+    expectSaved("Theirs", 1, 3);
+}
+
+TEST_P(ConflictTest, ADeletionOfWhatOthersChangedFollowsThePolicy) {
+    for (const MergePolicy policy :
+         {MergePolicy::StoreTrump, MergePolicy::Rollback, MergePolicy::ObjectTrump, MergePolicy::Overwrite}) {
+        property("Elm");
+        save();
+        const auto flat = book->fetchAll<TKProperty>("Property").back();
+        const auto other = contextOn(store);
+        other->fetchAll<TKProperty>("Property").back()->setName(text("Theirs"));
+        ASSERT_TRUE(other->save());
+        book->deleteObject(*flat);
+        book->setMergePolicy(policy);
+        ASSERT_TRUE(book->save(&error)) << error->localizedDescription();
+        const bool storeWins = policy == MergePolicy::StoreTrump || policy == MergePolicy::Rollback;
+        EXPECT_EQ(flat->managedObjectContext() != nullptr, storeWins);
+        if (storeWins) {
+            EXPECT_EQ(flat->name()->view(), "Theirs");
+        }
+        for (const auto& each : book->fetchAll<TKProperty>("Property")) book->deleteObject(*each);
+        book->setMergePolicy(MergePolicy::Error);
+        save();
+    }
+}
+
+TEST_P(ConflictTest, ARowThatIsGoneTakesTheObjectAlongWhenTheStoreWins) {
+    for (const MergePolicy policy : {MergePolicy::StoreTrump, MergePolicy::Rollback}) {
+        lose(policy);
+        ASSERT_TRUE(book->save(&error)) << error->localizedDescription();
+        EXPECT_FALSE(mine->managedObjectContext());
+        EXPECT_FALSE(book->hasChanges());
+        EXPECT_THAT(book->fetchAll<TKProperty>("Property"), IsEmpty());
+    }
+}
+
+TEST_P(ConflictTest, ARowThatIsGoneFailsTheSaveWhenTheObjectWouldWin) {
+    for (const MergePolicy policy : {MergePolicy::ObjectTrump, MergePolicy::Overwrite, MergePolicy::Error}) {
+        lose(policy);
+        EXPECT_FALSE(book->save(&error));
+        EXPECT_EQ(error->code(), 133020);
+        EXPECT_TRUE(mine->isUpdated());
+        EXPECT_EQ(mine->name()->view(), "Mine");
+        book->reset();
+    }
+}
+
+// The coordinator
+
+TEST(PersistentStoreCoordinatorTest, OpensEachTypeOfStore) {
+    const estatebook::test::TestFolder folder;
+    for (const std::string_view type : {"InMemory", "SQLite"}) {
+        const auto coordinator = makeRef<PersistentStoreCoordinator>(bookModel());
+        const auto store = coordinator->addPersistentStore(type, folder.file("book.estatebook"));
+        ASSERT_TRUE(store);
+        EXPECT_EQ(store->type(), type);
+        EXPECT_EQ(coordinator->persistentStore(), store);
+    }
+    Ref<Error> error;
+    const auto again = makeRef<PersistentStoreCoordinator>(bookModel());
+    EXPECT_TRUE(again->addPersistentStore("SQLite", folder.file("book.estatebook"), {.isReadOnly = true}));
+    EXPECT_FALSE(again->addPersistentStore("InMemory", "", {}, &error));
+    EXPECT_THAT(error->localizedDescription(), HasSubstr("has a store already"));
+}
+
+TEST(PersistentStoreCoordinatorTest, RefusesWhatItCannotOpen) {
+    const estatebook::test::TestFolder folder;
+    Ref<Error> error;
+    const auto coordinator = makeRef<PersistentStoreCoordinator>(bookModel());
+    EXPECT_FALSE(coordinator->addPersistentStore("Binary", "", {}, &error));
+    EXPECT_THAT(error->localizedDescription(), HasSubstr("no type of stores \"Binary\""));
+    EXPECT_FALSE(coordinator->addPersistentStore("SQLite", folder.file("none.estatebook"),
+                                                 {.isReadOnly = true}, &error));
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(StoreErrorCode::Missing));
+    EXPECT_FALSE(coordinator->addPersistentStore("SQLite", folder.file("none.estatebook"),
+                                                 {.createsMissing = false}, &error));
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(StoreErrorCode::Missing));
+    EXPECT_FALSE(coordinator->persistentStore());
+    EXPECT_FALSE(
+        makeRef<PersistentStoreCoordinator>(nullptr)->addPersistentStore("InMemory", "", {}, &error));
+}
+
+} // namespace
+} // namespace estatebook::platform
