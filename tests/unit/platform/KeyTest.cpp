@@ -50,7 +50,7 @@ TEST(KeyTest, ANewNameMakesANewKeyOnce) {
 }
 
 TEST(KeyTest, NamesThatBeginAndEndAlikeAreToldApart) {
-    for (const std::size_t middle : {0, 1, 2, 3, 9, 300}) {
+    for (const std::size_t middle : {0u, 1u, 2u, 3u, 9u, 300u}) {
         const std::string filling(middle, '-');
         const std::string names[] = {"keyTest1" + filling + "a" + filling + "keyTest1",
                                      "keyTest1" + filling + "b" + filling + "keyTest1"};

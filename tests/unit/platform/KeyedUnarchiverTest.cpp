@@ -213,7 +213,7 @@ TEST(KeyedUnarchiverTest, ListsThatStandForVeryManyMembersAreReadButNotCompared)
     objects.push_back(classRecord("NSArray"));
     objects.push_back(classRecord("NSSet"));
     for (std::uint64_t level = 0; level < Levels; ++level)
-        for (const std::uint64_t tower : {4, 5})
+        for (const std::uint64_t tower : {4u, 5u})
             objects.push_back(pair(tower + 2 * (level + 1), tower + 2 * (level + 1), 2));
     objects.push_back(text("a"));
     objects.push_back(text("a"));

@@ -116,7 +116,8 @@ TEST(ObservationTokenTest, AnotherTokenInItsPlaceEndsARegistration) {
     anna->setAmount(Decimal(1));
     bert->setAmount(Decimal(1));
     EXPECT_THAT(told, ElementsAre("bert"));
-    token = std::move(token);
+    ObservationToken& itself = token;
+    token = std::move(itself);
     EXPECT_TRUE(token) << "moved into itself";
 }
 
