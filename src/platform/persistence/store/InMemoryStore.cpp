@@ -21,6 +21,19 @@ Keys keysOf(const std::vector<Changes>& changes) {
     return keys;
 }
 
+/// Shows the visitor those rows of the entity that match; gives their number.
+template <class Rows, class Matches>
+std::size_t visitMatching(const Rows& rows, const EntityDescription& entity, const Store::RowVisitor& visitor,
+                          Matches matches) {
+    std::size_t count = 0;
+    for (const auto& [key, row] : rows) {
+        if (!row.entity->isKindOfEntity(entity) || !matches(row)) continue;
+        visitor(row);
+        ++count;
+    }
+    return count;
+}
+
 } // namespace
 
 InMemoryStore::InMemoryStore(Ref<ManagedObjectModel> model)
@@ -57,20 +70,15 @@ StoreResult<std::vector<RowKey>> InMemoryStore::fetchKeys(const EntityDescriptio
 StoreResult<std::size_t> InMemoryStore::fetchRows(const EntityDescription& entity,
                                                   const std::optional<Predicate>& predicate,
                                                   const RowVisitor& visitor) const {
-    std::optional<std::size_t> attribute;
-    if (predicate) {
-        attribute = shapes().of(entity).attribute(predicate->key());
-        if (!attribute || entity.attributes()[*attribute].isTransient)
-            return failure(StoreErrorCode::Unsupported, detail::unstoredProperty(entity, predicate->key()));
-    }
-    std::size_t count = 0;
-    for (const auto& [key, row] : rowsOf(entity)) {
-        if (!row.entity->isKindOfEntity(entity)) continue;
-        if (attribute && !row.values[*attribute].isEqual(predicate->value())) continue;
-        visitor(row);
-        ++count;
-    }
-    return count;
+    const Rows& rows = rowsOf(entity);
+    if (!predicate) return visitMatching(rows, entity, visitor, [](const Row&) { return true; });
+    const auto place = detail::storedAttribute(shapes().of(entity), predicate->key());
+    if (!place)
+        return failure(StoreErrorCode::Unsupported, detail::unstoredProperty(entity, predicate->key()));
+    return visitMatching(rows, entity, visitor,
+                         [place = *place, &wanted = predicate->value()](const Row& row) {
+                             return row.values[place].isEqual(wanted);
+                         });
 }
 
 StoreResult<std::size_t> InMemoryStore::visitRows(const EntityDescription& entity,
@@ -91,7 +99,7 @@ StoreResult<std::vector<std::vector<RowKey>>> InMemoryStore::members(const Relat
     std::unordered_map<RowKey, std::vector<std::pair<std::int64_t, RowKey>>> found;
     for (const RowKey owner : owners) found.try_emplace(owner);
     const EntityDescription& entity = *toMany.destinationEntity;
-    const std::size_t link = *shapes().of(entity).link(toMany.inverse);
+    const std::size_t link = shapes().linkToOwner(toMany);
     for (const auto& [key, row] : rowsOf(entity)) {
         if (!row.entity->isKindOfEntity(entity)) continue;
         const auto owner = found.find(row.links[link].target);

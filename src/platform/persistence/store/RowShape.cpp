@@ -4,6 +4,7 @@
 #include "platform/persistence/ManagedObjectModel.hpp"
 
 #include <algorithm>
+#include <cassert>
 
 namespace estatebook::platform {
 
@@ -45,6 +46,14 @@ Row RowShape::emptyRow(RowKey key) const {
 RowShapes::RowShapes(const ManagedObjectModel& model) {
     shapes_.reserve(model.entities().size());
     for (const auto& entity : model.entities()) shapes_.emplace_back(*entity);
+}
+
+std::size_t RowShapes::linkToOwner(const RelationshipDescription& toMany) const noexcept {
+    const auto links = of(*toMany.destinationEntity).links();
+    const auto found = std::ranges::find_if(
+        links, [&](const StoredLink& each) { return each.relationship->name == toMany.inverse; });
+    assert(found != links.end());
+    return static_cast<std::size_t>(found - links.begin());
 }
 
 } // namespace estatebook::platform

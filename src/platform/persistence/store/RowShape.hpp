@@ -56,6 +56,9 @@ public:
     [[nodiscard]] const RowShape& of(const EntityDescription& entity) const noexcept {
         return shapes_[entity.index()];
     }
+    /// The place, among a member's links, of the one that leads to the member's owner. REQUIRES: a to-many
+    /// relationship of the model.
+    [[nodiscard]] std::size_t linkToOwner(const RelationshipDescription& toMany) const noexcept;
     /// In the order of the model's entities.
     [[nodiscard]] std::span<const RowShape> all() const noexcept { return shapes_; }
 

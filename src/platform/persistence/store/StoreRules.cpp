@@ -16,8 +16,10 @@ bool fits(const AttributeDescription& attribute, const Value& value) {
         return value.string() != nullptr;
     case AttributeType::Date:
         return value.date().has_value();
-    case AttributeType::Decimal:
-        return value.isNumber() && value.number()->kind() == Number::Kind::Decimal;
+    case AttributeType::Decimal: {
+        const auto number = value.number();
+        return number && number->kind() == Number::Kind::Decimal;
+    }
     case AttributeType::Number:
         return value.isNumber();
     case AttributeType::Any:
@@ -153,6 +155,11 @@ std::string newStoreIdentifier() {
         text += digits[byte & 15];
     }
     return text;
+}
+
+std::optional<std::size_t> storedAttribute(const RowShape& shape, Key name) noexcept {
+    const auto place = shape.attribute(name);
+    return place && !shape.entity().attributes()[*place].isTransient ? place : std::nullopt;
 }
 
 bool canBeSummed(const AttributeDescription& attribute) noexcept {

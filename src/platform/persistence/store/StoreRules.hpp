@@ -21,6 +21,9 @@ namespace estatebook::platform::detail {
 /// Made of random bits: 32 hexadecimal digits.
 [[nodiscard]] std::string newStoreIdentifier();
 
+/// The place of a stored attribute among a row's values; none when the entity has no such attribute.
+[[nodiscard]] std::optional<std::size_t> storedAttribute(const RowShape& shape, Key name) noexcept;
+
 /// Whether the members' values can be added up.
 [[nodiscard]] bool canBeSummed(const AttributeDescription& attribute) noexcept;
 

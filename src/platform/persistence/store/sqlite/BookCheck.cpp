@@ -90,12 +90,11 @@ void BookCheck::checkArchives(const EntityTable& table, const Cells& cells, cons
 void BookCheck::checkPlaces(const EntityTable& table) {
     for (std::size_t index = 0; index + 1 < table.properties.size(); ++index) {
         if (table.properties[index + 1].kind != Column::Kind::Place) continue;
-        const std::string owner = quoted(table.properties[index].name);
-        const std::string place = quoted(table.properties[index + 1].name);
         Statement::Use rows(file_.connection().statement(
-            "SELECT " + owner + " FROM " + quoted(table.name) + " WHERE " + owner + " IS NOT NULL GROUP BY " +
-            owner + " HAVING MIN(" + place + ") <> 0 OR MAX(" + place +
-            ") <> COUNT(*) - 1 OR COUNT(DISTINCT " + place + ") <> COUNT(*)"));
+            "SELECT owner FROM (SELECT " + quoted(table.properties[index].name) + " AS owner, " +
+            quoted(table.properties[index + 1].name) + " AS place FROM " + quoted(table.name) +
+            ") WHERE owner IS NOT NULL GROUP BY owner "
+            "HAVING MIN(place) <> 0 OR MAX(place) <> COUNT(*) - 1 OR COUNT(DISTINCT place) <> COUNT(*)"));
         while (rows.next())
             find("The members of " + std::to_string(rows.integer(0)) + " in " + table.name +
                  " do not stand at places from 0 on without gaps");

@@ -129,8 +129,8 @@ void BookTables::addColumns(EntityTable& table, const RowShape& shape, const Row
     EntityColumns& places = columns_[shape.entity().index()];
     places.table = entityTables_.size();
     // What an ancestor declares has a column already; what a sibling calls the same is named apart.
-    const auto columnFor = [&](Key property, std::string name, Column::Kind kind, AttributeType type,
-                               std::string target) {
+    const auto columnFor = [&](Key property, const std::string& name, Column::Kind kind, AttributeType type,
+                               const std::string& target) {
         const EntityDescription& owner = declarerOf(shape.entity(), property);
         const auto sameName = [](std::string_view a, std::string_view b) {
             return std::ranges::equal(a, b, [](char one, char other) { return (one | 32) == (other | 32); });

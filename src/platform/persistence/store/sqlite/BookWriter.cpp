@@ -89,49 +89,55 @@ std::optional<Row> BookWriter::storedRow(const EntityDescription& entity, RowKey
 
 // Rows
 
-void BookWriter::link(Cells& cells, const EntityColumns::Link& place, const RowLink& link) const {
-    cells[place.target] = link.target == NoRow ? Cell() : Cell::of(link.target);
-    if (place.place) cells[*place.place] = link.target == NoRow ? Cell() : Cell::of(link.place);
+Cells BookWriter::presentCells(const EntityTable& table, RowKey key) {
+    room_.clear();
+    auto cells = file_.find(table, Cell::of(key), room_);
+    if (!cells) damaged("a row of its table \"" + table.name + "\" cannot be found again");
+    return *std::move(cells);
+}
+
+void BookWriter::set(const EntityDescription& entity, std::size_t attribute, const Value& value) {
+    if (const auto place = file_.tables().columnsOf(entity).values[attribute])
+        cells_[*place] = file_.coding().encode(value, entity.attributes()[attribute].type, room_);
+}
+
+void BookWriter::link(const EntityColumns::Link& place, const RowLink& link) {
+    cells_[place.target] = link.target == NoRow ? Cell() : Cell::of(link.target);
+    if (place.place) cells_[*place.place] = link.target == NoRow ? Cell() : Cell::of(link.place);
 }
 
 void BookWriter::insert(const Row& row) {
     const EntityTable& table = file_.tables().tableOf(*row.entity);
     const EntityColumns& columns = file_.tables().columnsOf(*row.entity);
-    const auto attributes = row.entity->attributes();
     room_.clear();
     cells_.assign(table.columns.size(), Cell());
     cells_[EntityTable::Key] = Cell::of(row.key);
     cells_[EntityTable::Entity] = Cell::of(BookTables::numberOf(*row.entity));
     cells_[EntityTable::Version] = Cell::of(std::int64_t{1});
-    for (std::size_t index = 0; index < attributes.size(); ++index)
-        if (const auto place = columns.values[index])
-            cells_[*place] = file_.coding().encode(row.values[index], attributes[index].type, room_);
+    for (std::size_t index = 0; index < row.values.size(); ++index)
+        set(*row.entity, index, row.values[index]);
     for (std::size_t index = 0; index < columns.links.size(); ++index)
-        link(cells_, columns.links[index], row.links[index]);
+        link(columns.links[index], row.links[index]);
     insertCells(table, cells_);
 }
 
 void BookWriter::update(const RowUpdate& update) {
     const EntityTable& table = file_.tables().tableOf(*update.entity);
     const EntityColumns& columns = file_.tables().columnsOf(*update.entity);
-    room_.clear();
-    const Cells former = file_.find(table, Cell::of(update.key), room_).value();
+    const Cells former = presentCells(table, update.key);
     Row row;
     file_.decode(table, former, row);
     detail::applyUpdate(row, update, file_.shapes().of(*update.entity), number_, journal_);
     cells_ = former;
     cells_[EntityTable::Version] = Cell::of(row.version);
-    for (const ChangedValue& changed : update.values)
-        cells_[*columns.values[changed.attribute]] =
-            file_.coding().encode(changed.value, update.entity->attributes()[changed.attribute].type, room_);
-    for (const ChangedLink& changed : update.links) link(cells_, columns.links[changed.link], changed.target);
+    for (const ChangedValue& changed : update.values) set(*update.entity, changed.attribute, changed.value);
+    for (const ChangedLink& changed : update.links) link(columns.links[changed.link], changed.target);
     replaceCells(table, former, cells_);
 }
 
 void BookWriter::remove(const RowDeletion& deletion) {
     const EntityTable& table = file_.tables().tableOf(*deletion.entity);
-    room_.clear();
-    const Cells former = file_.find(table, Cell::of(deletion.key), room_).value();
+    const Cells former = presentCells(table, deletion.key);
     Row row;
     file_.decode(table, former, row);
     detail::journalDeletion(row, file_.shapes().of(*deletion.entity), number_, journal_);
@@ -243,24 +249,30 @@ void BookWriter::removeCells(const SealedTable& table, const Cells& former) {
 }
 
 StoreFailure BookWriter::danglingLink() {
+    std::string name;
     RowKey key = NoRow;
-    const EntityTable* table = nullptr;
     {
         Statement::Use found(file_.connection().statement("PRAGMA foreign_key_check"));
-        if (!found.next()) return invalid("The changes leave a link that leads nowhere");
-        const std::string name(found.text(0));
-        key = found.integer(1);
-        for (const EntityTable& each : file_.tables().entityTables())
-            if (each.name == name) table = &each;
+        if (found.next()) {
+            name = found.text(0);
+            key = found.integer(1);
+        }
     }
-    const Row row = storedRow(*table->root, key).value();
+    for (const EntityTable& table : file_.tables().entityTables()) {
+        if (table.name != name) continue;
+        if (const auto row = storedRow(*table.root, key)) return danglingLinkOf(*row);
+    }
+    return invalid("The changes leave a link that leads nowhere");
+}
+
+StoreFailure BookWriter::danglingLinkOf(const Row& row) {
     const auto links = file_.shapes().of(*row.entity).links();
     for (std::size_t index = 0; index < links.size(); ++index) {
         const RowKey target = row.links[index].target;
         if (target != NoRow && !storedRow(*links[index].relationship->destinationEntity, target))
-            return invalid(detail::danglingLink(*row.entity, key, target));
+            return invalid(detail::danglingLink(*row.entity, row.key, target));
     }
-    return invalid("The changes leave " + detail::nameOf(*row.entity, key) +
+    return invalid("The changes leave " + detail::nameOf(*row.entity, row.key) +
                    " with a link that leads nowhere");
 }
 

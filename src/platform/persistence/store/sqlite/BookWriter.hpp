@@ -32,6 +32,7 @@ private:
     [[nodiscard]] std::vector<StoreConflict> conflicts();
     [[nodiscard]] std::optional<Row> storedRow(const EntityDescription& entity, RowKey key);
     [[nodiscard]] StoreFailure danglingLink();
+    [[nodiscard]] StoreFailure danglingLinkOf(const Row& row);
 
     void insert(const Row& row);
     void update(const RowUpdate& update);
@@ -45,7 +46,11 @@ private:
     void insertCells(const SealedTable& table, const Cells& cells);
     void replaceCells(const SealedTable& table, const Cells& former, const Cells& cells);
     void removeCells(const SealedTable& table, const Cells& former);
-    void link(Cells& cells, const EntityColumns::Link& place, const RowLink& link) const;
+    /// The cells of a row that is known to be there, with their bytes in the room.
+    [[nodiscard]] Cells presentCells(const EntityTable& table, RowKey key);
+    // Into the cells of the row that is made.
+    void set(const EntityDescription& entity, std::size_t attribute, const Value& value);
+    void link(const EntityColumns::Link& place, const RowLink& link);
 
     BookFile& file_;
     const StoreChanges& changes_;

@@ -135,17 +135,25 @@ Cell CellCoding::encode(const Value& value, AttributeType type, CellRoom& room) 
     if (value.isAbsent()) return {};
     switch (type) {
     case AttributeType::String:
-        return Cell::text(value.string()->view());
+        if (const auto text = value.string()) return Cell::text(text->view());
+        break;
     case AttributeType::Date:
-        return encodeDate(*value.date(), room);
+        if (const auto date = value.date()) return encodeDate(*date, room);
+        break;
     case AttributeType::Decimal:
-        return encodeDecimal(*value.decimal(), room);
+        if (const auto decimal = value.decimal()) return encodeDecimal(*decimal, room);
+        break;
     case AttributeType::Number:
-        return encodeNumber(*value.number(), room);
+        if (const auto number = value.number()) return encodeNumber(*number, room);
+        break;
     case AttributeType::Any:
     case AttributeType::Object:
-        break;
+        return encodeObject(value, room);
     }
+    throw StoreFailure{StoreErrorCode::InvalidChange, "A value is not of the type of its attribute"};
+}
+
+Cell CellCoding::encodeObject(const Value& value, CellRoom& room) const {
     Ref<Error> error;
     const Ref<Data> archive = KeyedArchiver::archivedData(value, classes_, &error);
     if (!archive) throw StoreFailure{StoreErrorCode::InvalidChange, error->localizedDescription()};

@@ -30,13 +30,15 @@ class CellCoding {
 public:
     explicit CellCoding(std::span<const ArchivedClass> classes) noexcept : classes_(classes) {}
 
-    /// Throws a StoreFailure for an object that no archive holds. A text stays the value's. REQUIRES: a value
-    /// of the type.
+    /// Throws a StoreFailure for a value of another type, and for an object that no archive holds. A text stays the
+    /// value's.
     [[nodiscard]] Cell encode(const Value& value, AttributeType type, CellRoom& room) const;
     /// Throws a StoreFailure for a cell that `encode` cannot have made.
     [[nodiscard]] Value decode(const Cell& cell, AttributeType type) const;
 
 private:
+    [[nodiscard]] Cell encodeObject(const Value& value, CellRoom& room) const;
+
     std::span<const ArchivedClass> classes_;
 };
 

@@ -134,8 +134,8 @@ StoreResult<std::size_t> SQLiteStore::fetchRows(const EntityDescription& entity,
                                                 const RowVisitor& visitor) const {
     std::optional<std::size_t> attribute;
     if (predicate) {
-        attribute = shapes().of(entity).attribute(predicate->key());
-        if (!attribute || entity.attributes()[*attribute].isTransient)
+        attribute = detail::storedAttribute(shapes().of(entity), predicate->key());
+        if (!attribute)
             return failure(StoreErrorCode::Unsupported, detail::unstoredProperty(entity, predicate->key()));
     }
     return guarded([&] {
@@ -192,7 +192,7 @@ std::string membersOf(const BookTables& tables, const RowShapes& shapes,
                       const RelationshipDescription& toMany, const std::string& select) {
     const EntityDescription& entity = *toMany.destinationEntity;
     const EntityTable& table = tables.tableOf(entity);
-    const EntityColumns::Link& link = tables.columnsOf(entity).links[*shapes.of(entity).link(toMany.inverse)];
+    const EntityColumns::Link& link = tables.columnsOf(entity).links[shapes.linkToOwner(toMany)];
     const Column& column = table.properties[link.target - EntityTable::FirstProperty];
     return select + " WHERE " + quoted(column.name) + " = ?1" + tables.filterFor(entity, *column.owner) +
            " ORDER BY " + (link.place ? quoted(table.columns[*link.place]) + ", " : "") + "\"_key\"";
