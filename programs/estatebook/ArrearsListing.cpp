@@ -49,8 +49,8 @@ void appendTo(std::vector<Listing::Cell>& cells, const Arrears& arrears, const T
     std::optional<Date> next;
     // A tenure without rent may owe something, and has no periods.
     if (const auto due = reckon([&] { return tenure.duePeriods(); })) {
-        unpaid = unpaidPeriods(**due.value);
-        next = nextPeriodStart(**due.value);
+        unpaid = unpaidPeriods(**due);
+        next = nextPeriodStart(**due);
     }
     cells.insert(cells.end(), {Listing::cell(arrears.since()), std::uint64_t{arrears.outstanding->count()},
                                Listing::cell(unpaid), Listing::cell(next), arrears.ageing.owed(),
@@ -86,14 +86,14 @@ void ArrearsListing::add(const OpenBook::Letting& letting) {
     TKTenure& tenure = *letting.object;
     const Schedule schedule(tenure);
     auto arrears = reckon([&] { return Arrears::ofStatement(*tenure.statement(), book_.asOf()); });
-    if (!schedule.row()) arrears = {std::nullopt, schedule.row().error};
-    if (arrears && !arrears.value->isOwed(book_.rounding())) return;
+    if (!schedule.row()) arrears = schedule.row().error();
+    if (arrears && !arrears->isOwed(book_.rounding())) return;
 
     std::vector<Listing::Cell> cells = cellsOfTerms(letting);
     if (arrears)
-        appendTo(cells, *arrears.value, tenure);
+        appendTo(cells, *arrears, tenure);
     else
-        cells.insert(cells.end(), {{}, {}, {}, {}, arrears.error});
+        cells.insert(cells.end(), {{}, {}, {}, {}, arrears.error()});
     cells.resize(listing_.columnCount());
     listing_.addRow(std::move(cells));
 }

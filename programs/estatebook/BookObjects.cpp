@@ -62,6 +62,7 @@ Value valueOf(const std::optional<document::RichText>& text) {
     std::vector<AttributedString::Run> runs;
     for (const document::TextPiece& piece : text->pieces) {
         std::vector<Dictionary::Entry> attributes;
+        attributes.reserve(piece.attributes.size());
         for (const document::Setting& attribute : piece.attributes)
             attributes.emplace_back(attribute.name, valueOf(attribute.value));
         runs.push_back({whole.size(), piece.text.size(), Dictionary::make(std::move(attributes))});

@@ -74,8 +74,8 @@ public:
     /// What the function gives, or why it gives nothing.
     template <class Function>
     [[nodiscard]] static Cell reckoned(Function&& function) {
-        const auto value = reckon(std::forward<Function>(function));
-        return value ? cell(*value.value) : Cell(value.error);
+        const auto outcome = reckon(std::forward<Function>(function));
+        return outcome ? cell(*outcome) : Cell(outcome.error());
     }
 
 private:

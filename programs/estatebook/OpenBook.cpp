@@ -30,15 +30,23 @@ namespace {
 
 constexpr std::size_t MaximalChoices = 20;
 
+/// What a file gives that has a document in it.
+struct BookContent {
+    document::BookDocument document;
+    std::vector<document::BookWarning> warnings;
+};
+
+Failure failureOf(const document::BookError& error) {
+    const bool isUnreadable = error.kind == document::BookError::Kind::Unreadable;
+    return Failure(isUnreadable ? ExitCode::CannotRead : ExitCode::BadData, error.text());
+}
+
 /// Throws Failure when there is no document in it.
-document::BookReading readBook(const std::string& file) {
+BookContent readBook(const std::string& file) {
     auto reading = file == "-" ? document::BookReader::readStream(stdin, "standard input")
                                : document::BookReader::readFile(file);
-    if (!reading)
-        throw Failure(reading.error->kind == document::BookError::Kind::Unreadable ? ExitCode::CannotRead
-                                                                                   : ExitCode::BadData,
-                      reading.error->text());
-    return reading;
+    if (!reading.document) throw failureOf(reading.error.value_or(document::BookError()));
+    return {*std::move(reading.document), std::move(reading.warnings)};
 }
 
 platform::Calendar calendarOf(const document::BookDocument& document) {
@@ -93,26 +101,26 @@ entryNamed(const std::string& file, const std::vector<BookObjects::Entry<T>>& en
 } // namespace
 
 OpenBook OpenBook::open(const std::string& file, std::string_view asOf) {
-    const document::BookReading reading = readBook(file);
-    OpenBook book(file, calendarOf(*reading.document));
+    const BookContent content = readBook(file);
+    OpenBook book(file, calendarOf(content.document));
     if (const auto today = dateOf(asOf, book.calendar_)) platform::Clock::setNow([today] { return *today; });
-    for (const document::BookWarning& warning : reading.warnings) std::cerr << warning.text() << '\n';
+    for (const document::BookWarning& warning : content.warnings) std::cerr << warning.text() << '\n';
 
     TimeZone::setDefaultTimeZone(book.calendar_.timeZone());
     if (const auto error = TKManagedObjectModel::modelError())
         throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
                                                         forMessage(error->localizedDescription(), 400)));
-    book.fill(*reading.document);
+    book.fill(content.document);
     return book;
 }
 
 OpenBook OpenBook::readAgain() const {
-    const document::BookReading reading = readBook(path_);
-    OpenBook book(path_, calendarOf(*reading.document));
+    const BookContent content = readBook(path_);
+    OpenBook book(path_, calendarOf(content.document));
     if (book.calendar_ != calendar_)
         throw Failure(ExitCode::BadData, fmt::format("{}: its time zone is {} now; start again to follow it",
                                                      file_, book.calendar_.timeZone()->name()));
-    book.fill(*reading.document);
+    book.fill(content.document);
     return book;
 }
 
@@ -128,7 +136,8 @@ void OpenBook::fill(const document::BookDocument& document) {
 }
 
 Date OpenBook::asOf() const {
-    return TKCurrentDateController::sharedInstance().currentDate().value();
+    const auto today = TKCurrentDateController::sharedInstance().currentDate();
+    return today ? *today : platform::Clock::now();
 }
 
 std::string OpenBook::currencyName() const {

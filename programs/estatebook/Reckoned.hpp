@@ -7,14 +7,16 @@
 /// commands show that in the value's place and go on with the next one.
 ///
 ///     const auto balance = reckon([&] { return tenure.balance(); });
-///     if (balance) show(*balance.value);
-///     else show(balance.error.words);                    // "division by zero"
+///     if (balance) show(*balance);
+///     else show(balance.error().words);                  // "division by zero"
 
 #include "platform/values/Exception.hpp"
 
+#include <cassert>
 #include <optional>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 
 namespace estatebook {
 
@@ -28,19 +30,36 @@ struct ReckoningError {
 [[nodiscard]] ReckoningError reckoningError(const platform::Exception& exception) noexcept;
 
 template <class T>
-struct Reckoned {
-    std::optional<T> value;
-    ReckoningError error;
+class Reckoned {
+public:
+    Reckoned(T value) : value_(std::move(value)) {}
+    Reckoned(ReckoningError error) : error_(error) {}
 
-    explicit operator bool() const noexcept { return value.has_value(); }
+    explicit operator bool() const noexcept { return value_.has_value(); }
+    /// REQUIRES: there is a value.
+    [[nodiscard]] const T& operator*() const noexcept {
+        assert(value_);
+        return *value_;
+    }
+    [[nodiscard]] T& operator*() noexcept {
+        assert(value_);
+        return *value_;
+    }
+    [[nodiscard]] const T* operator->() const noexcept { return &**this; }
+    /// Empty when there is a value.
+    [[nodiscard]] ReckoningError error() const noexcept { return error_; }
+
+private:
+    std::optional<T> value_;
+    ReckoningError error_{};
 };
 
 template <class Function>
 [[nodiscard]] auto reckon(Function&& function) -> Reckoned<std::invoke_result_t<Function>> {
     try {
-        return {function(), {}};
+        return function();
     } catch (const platform::Exception& exception) {
-        return {std::nullopt, reckoningError(exception)};
+        return reckoningError(exception);
     }
 }
 

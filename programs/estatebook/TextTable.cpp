@@ -150,6 +150,7 @@ void TextTable::print(std::ostream& out, std::size_t width) const {
     };
 
     std::vector<std::string_view> cells;
+    cells.reserve(columns_.size());
     for (const Column& column : columns_) cells.emplace_back(column.title);
     printLine(cells, true);
     out << rule << '\n';

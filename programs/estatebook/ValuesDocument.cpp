@@ -108,9 +108,9 @@ private:
         member("isBalanced", [&] { return tenure.isBalanced(); });
         json_.key("periods");
         if (schedule.row())
-            list(**schedule.row().value, [&](const TKPeriod& period) { value(period); });
+            list(**schedule.row(), [&](const TKPeriod& period) { value(period); });
         else
-            value(schedule.row().error);
+            value(schedule.row().error());
         member("statement", [&] { return tenure.statement(); });
         member("duePeriods", [&] { return tenure.duePeriods(); });
         json_.endObject();
@@ -129,9 +129,9 @@ private:
         json_.key(name);
         const auto reckoned = reckon(function);
         if (reckoned)
-            value(*reckoned.value);
+            value(*reckoned);
         else
-            value(reckoned.error);
+            value(reckoned.error());
     }
 
     template <class Range, class Function>

@@ -24,10 +24,10 @@ void printBonds(const BondOptions& options, std::ostream& out) {
         const auto entry =
             reckon([&] { return BondLedgerEntry::ofTenure(tenure, book.asOf(), options.tag); });
         if (!entry)
-            listing.addRow({id, name, {}, {}, {}, {}, entry.error});
-        else if (!entry.value->isEmpty())
-            listing.addRow({id, name, entry.value->charged, entry.value->paid, entry.value->released,
-                            entry.value->returned, entry.value->held()});
+            listing.addRow({id, name, {}, {}, {}, {}, entry.error()});
+        else if (!entry->isEmpty())
+            listing.addRow(
+                {id, name, entry->charged, entry->paid, entry->released, entry->returned, entry->held()});
     }
     listing.print(book.heading("Bonds on"), options.list.format, out);
 }

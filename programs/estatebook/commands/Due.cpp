@@ -6,7 +6,6 @@
 
 namespace estatebook {
 
-using platform::Ref;
 using Align = TextTable::Align;
 
 namespace {
@@ -31,10 +30,10 @@ void printDue(const ListOptions& options, std::ostream& out) {
         const Listing::Cell name = Listing::cell(letting.object->name());
         const auto reading = reckon([&] { return letting.object->duePeriods(); });
         if (!reading) {
-            listing.addRow({letting.id, name, {}, reading.error, {}});
+            listing.addRow({letting.id, name, {}, reading.error(), {}});
             continue;
         }
-        const TKDuePeriods& due = **reading.value;
+        const TKDuePeriods& due = **reading;
         if (isSettled(due) && !due.next()) continue;
         listing.addRow({letting.id, name, Listing::cell(unpaidPeriods(due)), Listing::cell(due.balance()),
                         Listing::cell(nextPeriodStart(due))});

@@ -52,8 +52,8 @@ void printIncome(const IncomeOptions& options, std::ostream& out) {
     if (!reading)
         throw Failure(ExitCode::BadData,
                       fmt::format("{}: the income of a month cannot be reckoned ({}); check the amounts",
-                                  book.file(), reading.error.words));
-    auto& months = *reading.value;
+                                  book.file(), reading.error().words));
+    auto& months = *reading;
     if (options.months) keepLast(months, *options.months);
 
     Listing listing(book, "income",

@@ -28,12 +28,12 @@ void printRentRoll(const ListOptions& options, std::ostream& out) {
         if (!tenure->isActive()) continue;
         const Listing::Cell name = Listing::cell(tenure->name());
         const auto entry = reckon([&] { return RentRollEntry::ofTenure(tenure); });
-        const RentRollEntry known = entry ? *entry.value : RentRollEntry::ofTerms(tenure);
+        const RentRollEntry known = entry ? *entry : RentRollEntry::ofTerms(tenure);
         const Listing::Cell rhythm = known.rent ? Listing::Cell(rentRhythm(*tenure)) : Listing::Cell();
         listing.addRow({id, name, Listing::cell(known.property), Listing::cell(known.tenant),
                         Listing::cell(known.start), Listing::cell(known.end), Listing::cell(known.rent),
                         rhythm, Listing::cell(known.paidTo), Listing::cell(known.nextDue),
-                        entry ? Listing::Cell(known.balance) : Listing::Cell(entry.error)});
+                        entry ? Listing::Cell(known.balance) : Listing::Cell(entry.error())});
     }
     listing.print(book.heading("Rent roll of"), options.format, out);
 }

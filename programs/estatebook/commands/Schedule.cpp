@@ -41,11 +41,11 @@ std::vector<Ref<TKPeriod>> firstPeriods(const TKTenure& tenure, std::uint64_t co
         const auto end =
             reckon([&] { return billing->dateWithPeriodOffsetFromStartDate(periods.size() + 1, anchor); });
         if (!end) break;
-        periods.push_back(TKPeriod::periodWithStartDateEndDate(start, *end.value));
+        periods.push_back(TKPeriod::periodWithStartDateEndDate(start, *end));
         TKPeriod& period = *periods.back();
-        if (billing->periodBillingMode() == TKPeriodBillingModeEnd) period.setBillingDate(*end.value);
+        if (billing->periodBillingMode() == TKPeriodBillingModeEnd) period.setBillingDate(*end);
         if (last && period.endDate() > last) period.setEndDate(last);
-        start = *end.value;
+        start = *end;
     }
     return periods;
 }
@@ -78,10 +78,10 @@ void printSchedule(const ScheduleOptions& options, std::ostream& out) {
     const Schedule schedule(tenure);
     const auto periods = reckon([&] {
         if (options.count) return firstPeriods(tenure, *options.count);
-        return schedule.row() ? periodsOf(**schedule.row().value) : std::vector<Ref<TKPeriod>>();
+        return schedule.row() ? periodsOf(**schedule.row()) : std::vector<Ref<TKPeriod>>();
     });
-    if (!schedule.row()) throw book.unreckonable(letting, schedule.row().error);
-    if (!periods) throw book.unreckonable(letting, periods.error);
+    if (!schedule.row()) throw book.unreckonable(letting, schedule.row().error());
+    if (!periods) throw book.unreckonable(letting, periods.error());
 
     const std::size_t width = TextTable::widthOfOutput();
     const Ref<DateFormatter> dates = DateFormatter::medium();
@@ -103,7 +103,7 @@ void printSchedule(const ScheduleOptions& options, std::ostream& out) {
                      {"Days", TextTable::Align::Right},
                      {"Billed"}});
     std::size_t number = 0;
-    for (const Ref<TKPeriod>& period : *periods.value)
+    for (const Ref<TKPeriod>& period : *periods)
         table.addRow({std::to_string(++number), dateCell(period->startDate()), dateCell(period->endDate()),
                       std::to_string(period->days()), dateCell(period->billingDate())});
     table.print(out, width);

@@ -262,7 +262,7 @@ void printStatement(const StatementOptions& options, std::ostream& out) {
     const OpenBook book = OpenBook::open(options.list.book.file, options.list.book.asOf);
     const OpenBook::Letting& letting = book.lettingNamed(options.tenure);
     const Schedule schedule(*letting.object);
-    if (!schedule.row()) throw book.unreckonable(letting, schedule.row().error);
+    if (!schedule.row()) throw book.unreckonable(letting, schedule.row().error());
 
     const auto statement = reckon([&] {
         Statement made{.book = book, .letting = letting, .options = options, .parts = {}};
@@ -271,14 +271,14 @@ void printStatement(const StatementOptions& options, std::ostream& out) {
         (options.byTag ? addByTag : addWhole)(made, *lines);
         return made;
     });
-    if (!statement) throw book.unreckonable(letting, statement.error);
+    if (!statement) throw book.unreckonable(letting, statement.error());
     switch (options.list.format) {
     case Format::Csv:
-        return printCsv(*statement.value, out);
+        return printCsv(*statement, out);
     case Format::Json:
-        return printJson(*statement.value, out);
+        return printJson(*statement, out);
     case Format::Text:
-        return printText(*statement.value, out);
+        return printText(*statement, out);
     }
 }
 

@@ -529,6 +529,7 @@ bool BookBuilder::attributeValue(const Scalar& value) {
 bool BookBuilder::endAttributes() {
     auto& attributes = richText().pieces.back().attributes;
     std::vector<std::string_view> names;
+    names.reserve(attributes.size());
     for (const Setting& attribute : attributes) names.push_back(attribute.name);
     std::ranges::sort(names);
     attributeName_.clear();
