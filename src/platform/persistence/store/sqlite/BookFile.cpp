@@ -5,20 +5,14 @@
 #include "platform/persistence/store/StoreRules.hpp"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <system_error>
-#include <unistd.h>
 #include <utility>
 
 namespace estatebook::platform::sqlite {
 
 namespace {
-
-namespace files = std::filesystem;
 
 StoreFailure unreadable(std::string_view what, const std::error_code& error) {
     const bool isForbidden =
@@ -34,12 +28,12 @@ std::uint32_t numberAt(const FileHead& head, std::size_t place) {
 }
 
 /// Before the data base sees the file: it would tidy up after the writer of a file that is none of ours.
-void requireHead(const std::string& path) {
+void requireHead(const FileSystem& files, const std::string& path) {
     constexpr std::string_view Magic("SQLite format 3\0", 16);
     constexpr std::size_t JournalVersions = 18;
     constexpr std::size_t UserVersion = 60;
     constexpr std::size_t ApplicationIdPlace = 68;
-    const FileHead head = readFileHead(path);
+    const FileHead head = readFileHead(files, path);
     if (head.size < static_cast<std::int64_t>(head.bytes.size()))
         throw StoreFailure{StoreErrorCode::Foreign, "the file is too short for a book"};
     if (std::memcmp(head.bytes.data(), Magic.data(), Magic.size()) != 0 ||
@@ -55,59 +49,49 @@ void requireHead(const std::string& path) {
         damaged("another program has put it into another journal mode");
 }
 
-std::string resolved(const std::string& path) {
+std::string resolved(const FileSystem& files, const std::string& path) {
     std::error_code error;
-    const files::path found = files::canonical(path, error);
+    std::string found = files.resolved(path, error);
     if (error == std::errc::no_such_file_or_directory)
         throw StoreFailure{StoreErrorCode::Missing, "there is no such file"};
     if (error) throw unreadable("the file cannot be reached", error);
-    if (!files::is_regular_file(found, error)) throw StoreFailure{StoreErrorCode::Foreign, "it is no file"};
-    return found.string();
+    if (!files.isFile(found)) throw StoreFailure{StoreErrorCode::Foreign, "it is no file"};
+    return found;
 }
 
 /// For a file that is yet to be made.
-std::string resolvedNew(const std::string& path) {
+std::string resolvedNew(const FileSystem& files, const std::string& path) {
     std::error_code error;
-    const files::path name = files::path(path).filename();
-    files::path folder = files::path(path).parent_path();
-    folder = files::canonical(folder.empty() ? files::path(".") : folder, error);
+    const std::filesystem::path name = std::filesystem::path(path).filename();
+    const std::filesystem::path parent = std::filesystem::path(path).parent_path();
+    const std::string folder = files.resolved(parent.empty() ? "." : parent.string(), error);
     if (error == std::errc::no_such_file_or_directory)
         throw StoreFailure{StoreErrorCode::Missing, "there is no such folder"};
     if (error || name.empty()) throw unreadable("its folder cannot be reached", error);
-    return (folder / name).string();
+    return (std::filesystem::path(folder) / name).string();
 }
 
-void requireNothingAt(const std::string& path) {
-    std::error_code error;
-    if (files::exists(files::symlink_status(path, error)))
+void requireNothingAt(const FileSystem& files, const std::string& path) {
+    if (files.isTaken(path))
         throw StoreFailure{StoreErrorCode::Exists, "there is something of this name already"};
 }
 
-/// Gives a file its name for good. Nothing that bears the name already is replaced.
-void settle(const std::string& from, const std::string& to) {
-    int result = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
-    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-        requireNothingAt(to);
-        result = std::rename(from.c_str(), to.c_str());
-    }
-    if (result != 0 && errno == EEXIST) requireNothingAt(to);
-    if (result != 0) throw unreadable("it cannot be given its name", {errno, std::generic_category()});
-    const int folder = ::open(files::path(to).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) throw unreadable("its folder cannot be opened", {errno, std::generic_category()});
-    const int synced = fsync(folder);
-    const int code = errno;
-    close(folder);
-    if (synced != 0) throw unreadable("its folder cannot be written", {code, std::generic_category()});
+/// Gives a file its name for good.
+void settle(const FileSystem& files, const std::string& from, const std::string& to) {
+    const std::error_code error = files.rename(from, to);
+    if (error == std::errc::file_exists) requireNothingAt(files, to);
+    if (error) throw unreadable("it cannot be given its name", error);
+    if (const std::error_code lost = files.syncFolderOf(to))
+        throw unreadable("its folder cannot be written", lost);
 }
 
-void removeDraft(const std::string& path) {
-    std::error_code error;
-    files::remove(path, error);
-    files::remove(path + "-journal", error);
+void removeDraft(const FileSystem& files, const std::string& path) {
+    files.remove(path);
+    files.remove(path + "-journal");
 }
 
-WriterLock takeLock(const std::string& path, const CommitOrigin& holder) {
-    auto lock = WriterLock::take(path, holder);
+WriterLock takeLock(const FileSystem& files, const std::string& path, const CommitOrigin& holder) {
+    auto lock = files.lock(path, holder);
     if (!lock) throw StoreError(lock.error());
     return std::move(*lock);
 }
@@ -154,13 +138,16 @@ std::int64_t digestOf(std::span<const Cell> cells) noexcept {
 
 BookFile::BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options)
     : path_(std::move(path)), model_(std::move(model)), shapes_(*model_), tables_(*model_, shapes_),
-      classes_(options.classes), coding_(classes_), patience_(options.patience) {}
+      classes_(options.classes), coding_(classes_),
+      files_(options.fileSystem ? *options.fileSystem : FileSystem::ofTheMachine()),
+      patience_(options.patience) {}
 
 std::unique_ptr<BookFile> BookFile::create(const std::string& path, Ref<ManagedObjectModel> model,
                                            const SQLiteStore::Options& options) {
-    std::unique_ptr<BookFile> file(new BookFile(resolvedNew(path), std::move(model), options));
-    requireNothingAt(file->path_);
-    file->lock_ = takeLock(file->path_, options.holder);
+    std::unique_ptr<BookFile> file(new BookFile(path, std::move(model), options));
+    file->path_ = resolvedNew(file->files_, path);
+    requireNothingAt(file->files_, file->path_);
+    file->lock_ = takeLock(file->files_, file->path_, options.holder);
     file->lay();
     file->connect();
     return file;
@@ -168,9 +155,11 @@ std::unique_ptr<BookFile> BookFile::create(const std::string& path, Ref<ManagedO
 
 std::unique_ptr<BookFile> BookFile::open(const std::string& path, Ref<ManagedObjectModel> model,
                                          const SQLiteStore::Options& options) {
-    std::unique_ptr<BookFile> file(new BookFile(resolved(path), std::move(model), options));
-    requireHead(file->path_);
-    if (options.access == SQLiteStore::Access::Write) file->lock_ = takeLock(file->path_, options.holder);
+    std::unique_ptr<BookFile> file(new BookFile(path, std::move(model), options));
+    file->path_ = resolved(file->files_, path);
+    requireHead(file->files_, file->path_);
+    if (options.access == SQLiteStore::Access::Write)
+        file->lock_ = takeLock(file->files_, file->path_, options.holder);
     file->connect();
     return file;
 }
@@ -178,10 +167,10 @@ std::unique_ptr<BookFile> BookFile::open(const std::string& path, Ref<ManagedObj
 // Under another name until it is complete.
 void BookFile::lay() {
     const std::string draft = path_ + ".new";
-    removeDraft(draft);
+    removeDraft(files_, draft);
     try {
         {
-            Connection connection(draft, Connection::Access::Create, patience_);
+            Connection connection(files_, draft, Connection::Access::Create, patience_);
             Transaction transaction(connection);
             connection.run("PRAGMA application_id=" + std::to_string(ApplicationId));
             connection.run("PRAGMA user_version=" + std::to_string(Layout));
@@ -189,17 +178,17 @@ void BookFile::lay() {
             fill(connection, tables_, *model_, detail::newStoreIdentifier());
             connection.run("COMMIT");
         }
-        settle(draft, path_);
+        settle(files_, draft, path_);
     } catch (...) {
-        removeDraft(draft);
+        removeDraft(files_, draft);
         throw;
     }
-    removeDraft(draft);
+    removeDraft(files_, draft);
 }
 
 void BookFile::connect() {
     auto connection = std::make_unique<Connection>(
-        path_, isWritable() ? Connection::Access::Write : Connection::Access::Read, patience_);
+        files_, path_, isWritable() ? Connection::Access::Write : Connection::Access::Read, patience_);
     auto snapshot = std::make_unique<Transaction>(*connection, "BEGIN");
     requireSchema(*connection);
     requireSize();
@@ -219,7 +208,7 @@ void BookFile::connect() {
 
 Connection& BookFile::connection() {
     if (!connection_) {
-        requireHead(path_);
+        requireHead(files_, path_);
         connect();
     }
     return *connection_;
@@ -229,7 +218,7 @@ Connection& BookFile::connection() {
 void BookFile::requireSize() const {
     constexpr std::size_t PageSize = 16;
     constexpr std::size_t PageCount = 28;
-    const FileHead head = readFileHead(path_);
+    const FileHead head = readFileHead(files_, path_);
     const std::int64_t pageSize = numberAt(head, PageSize) >> 16;
     if (head.size != std::int64_t{numberAt(head, PageCount)} * pageSize)
         damaged("the file is not as long as its pages");

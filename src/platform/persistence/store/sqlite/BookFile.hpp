@@ -77,6 +77,7 @@ private:
     BookTables tables_;
     std::vector<ArchivedClass> classes_;
     CellCoding coding_;
+    const FileSystem& files_;
     std::chrono::milliseconds patience_;
     std::optional<WriterLock> lock_;
     std::string identifier_;

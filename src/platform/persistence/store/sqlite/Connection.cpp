@@ -150,9 +150,10 @@ std::string_view Statement::Use::text(int column) const {
 
 // Connection
 
-Connection::Connection(const std::string& path, Access access, std::chrono::milliseconds patience) {
+Connection::Connection(const FileSystem& files, const std::string& path, Access access,
+                       std::chrono::milliseconds patience) {
     sqlite3* database = nullptr;
-    const int code = sqlite3_open_v2(path.c_str(), &database, flagsFor(access), nullptr);
+    const int code = sqlite3_open_v2(path.c_str(), &database, flagsFor(access), files.name());
     database_.reset(database);
     if (!database) throw StoreFailure{StoreErrorCode::OutOfMemory, "there is no memory left"};
     if (code != SQLITE_OK) fail(code);
@@ -234,11 +235,12 @@ Transaction::~Transaction() {
 // Files
 
 // Through the data base's own door to files: to close a file by another drops the locks that this process holds on it.
-FileHead readFileHead(const std::string& path) {
-    sqlite3_vfs* system = sqlite3_vfs_find(nullptr);
+FileHead readFileHead(const FileSystem& files, const std::string& path) {
+    sqlite3_vfs* system = sqlite3_vfs_find(files.name());
     const auto unreadable = [](const char* reason) -> StoreFailure {
         return {StoreErrorCode::Unreadable, reason};
     };
+    if (!system) throw StoreFailure{StoreErrorCode::OutOfMemory, "there is no memory left"};
     const std::unique_ptr<char, void (*)(const char*)> name(
         const_cast<char*>(sqlite3_create_filename(path.c_str(), "", "", 0, nullptr)), sqlite3_free_filename);
     if (!name) throw StoreFailure{StoreErrorCode::OutOfMemory, "there is no memory left"};

@@ -4,6 +4,7 @@
 /// Inner header: Connection: one open data base file; Statement: one thing it is asked.
 
 #include "platform/persistence/store/sqlite/Cell.hpp"
+#include "platform/persistence/store/sqlite/FileSystem.hpp"
 #include "platform/persistence/store/sqlite/StoreFailure.hpp"
 
 #include <array>
@@ -64,7 +65,8 @@ public:
     enum class Access : std::uint8_t { Read, Write, Create };
 
     /// Throws a StoreFailure, as everything here.
-    Connection(const std::string& path, Access access, std::chrono::milliseconds patience);
+    Connection(const FileSystem& files, const std::string& path, Access access,
+               std::chrono::milliseconds patience);
 
     /// The statement, compiled when it is first used, and there as long as the connection. One use of it at a time.
     [[nodiscard]] Statement& statement(const std::string& sql);
@@ -107,6 +109,6 @@ struct FileHead {
     /// Of the whole file.
     std::int64_t size = 0;
 };
-[[nodiscard]] FileHead readFileHead(const std::string& path);
+[[nodiscard]] FileHead readFileHead(const FileSystem& files, const std::string& path);
 
 } // namespace estatebook::platform::sqlite

@@ -28,7 +28,8 @@ namespace estatebook::platform {
 
 namespace sqlite {
 class BookFile;
-}
+class FileSystem;
+} // namespace sqlite
 
 class ESTATEBOOK_API SQLiteStore final : public Store {
 public:
@@ -42,6 +43,8 @@ public:
         CommitOrigin holder{};
         /// How long a save waits for those who read, and an opening for a save.
         std::chrono::milliseconds patience{10'000};
+        /// Where books lie; null for the machine's own files, and anything else is for tests. It outlives the store.
+        const sqlite::FileSystem* fileSystem = nullptr;
     };
 
     /// A new, empty book. Exists when there is something at the path; it appears there complete or not at all.

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/store/sqlite/FileSystem.hpp"
+
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <unistd.h>
+
+namespace estatebook::platform::sqlite {
+
+namespace {
+
+namespace files = std::filesystem;
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+class Machine final : public FileSystem {
+public:
+    const char* name() const noexcept override { return nullptr; }
+
+    std::string resolved(const std::string& path, std::error_code& error) const override {
+        return files::canonical(path, error).string();
+    }
+    bool isFile(const std::string& path) const override {
+        std::error_code error;
+        return files::is_regular_file(path, error);
+    }
+    bool isTaken(const std::string& path) const override {
+        std::error_code error;
+        return files::exists(files::symlink_status(path, error));
+    }
+    std::uintmax_t sizeOf(const std::string& path) const override {
+        std::error_code error;
+        const std::uintmax_t size = files::file_size(path, error);
+        return error ? 0 : size;
+    }
+    void remove(const std::string& path) const override {
+        std::error_code error;
+        files::remove(path, error);
+    }
+    std::error_code rename(const std::string& from, const std::string& to) const override {
+        int result = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
+        if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
+            if (isTaken(to)) return std::make_error_code(std::errc::file_exists);
+            result = std::rename(from.c_str(), to.c_str());
+        }
+        return result == 0 ? std::error_code() : lastError();
+    }
+    std::error_code syncFolderOf(const std::string& path) const override {
+        const int folder =
+            ::open(files::path(path).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (folder < 0) return lastError();
+        const std::error_code error = fsync(folder) == 0 ? std::error_code() : lastError();
+        close(folder);
+        return error;
+    }
+    StoreResult<WriterLock> lock(const std::string& path, const CommitOrigin& holder) const override {
+        return WriterLock::take(path, holder);
+    }
+};
+
+} // namespace
+
+const FileSystem& FileSystem::ofTheMachine() noexcept {
+    static const Machine machine;
+    return machine;
+}
+
+FileSystem::~FileSystem() = default;
+
+} // namespace estatebook::platform::sqlite
