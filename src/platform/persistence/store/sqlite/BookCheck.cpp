@@ -19,10 +19,18 @@ void BookCheck::find(std::string finding) {
     if (findings_.size() < MostFindings) findings_.push_back(std::move(finding));
 }
 
+// A page that could not be read just then, or for which there was no memory, is told as one that is damaged. Damage is what is
+// found twice.
 void BookCheck::checkPages() {
-    Statement::Use rows(file_.connection().statement("PRAGMA integrity_check(100)"));
-    while (rows.next())
-        if (rows.text(0) != "ok") find("The file: " + std::string(rows.text(0)));
+    const auto look = [&] {
+        std::vector<std::string> found;
+        Statement::Use rows(file_.connection().statement("PRAGMA integrity_check(100)"));
+        while (rows.next())
+            if (rows.text(0) != "ok") found.emplace_back(rows.text(0));
+        return found;
+    };
+    if (look().empty()) return;
+    for (const std::string& each : look()) find("The file: " + each);
 }
 
 void BookCheck::checkLinks() {

@@ -199,6 +199,8 @@ void BookFile::connect() {
         if (!header.next()) damaged("its header is missing");
         read(header, tables_.header, cells);
         if (cells[1].type != Cell::Type::Text) damaged("its identifier is missing");
+        if (!identifier_.empty() && identifier_ != cells[1].bytes)
+            throw StoreFailure{StoreErrorCode::Moved, "another book was put in its place"};
         identifier_ = cells[1].bytes;
     }
     if (isWritable()) snapshot.reset();
@@ -358,10 +360,30 @@ std::int64_t BookFile::lastCommit() {
     return row.next() && row.cell(0).type == Cell::Type::Integer ? row.integer(0) : 0;
 }
 
-bool BookFile::hasLanded(const CommitToken& token) {
+bool BookFile::holds(const CommitToken& token) {
     Statement::Use row(connection().statement("SELECT 1 FROM \"book_commit\" WHERE \"token\" = ?1"));
     return row.bind(1, Cell::blob({reinterpret_cast<const char*>(token.bytes.data()), token.bytes.size()}))
         .next();
+}
+
+bool BookFile::hasLanded(const CommitToken& token) {
+    if (!holds(token)) return false;
+    if (isInDoubt_) confirm();
+    return true;
+}
+
+// A commit whose last sync failed can be read, and yet be taken back by its journal when the machine fails. Another
+// commit, of nothing, makes it stay: it writes over that journal, and syncs both files.
+void BookFile::confirm() {
+    try {
+        Transaction transaction(connection());
+        connection().run("PRAGMA user_version=" + std::to_string(Layout));
+        connection().run("COMMIT");
+        beSure();
+    } catch (...) {
+        giveUp();
+        throw;
+    }
 }
 
 } // namespace estatebook::platform::sqlite

@@ -41,7 +41,12 @@ public:
     /// Opened again when it was given up.
     [[nodiscard]] Connection& connection();
     /// After trouble of which nobody knows what it left.
-    void giveUp() noexcept { connection_.reset(); }
+    void giveUp() noexcept {
+        connection_.reset();
+        isInDoubt_ = true;
+    }
+    /// What is in the file now was told to the disk by a commit that succeeded.
+    void beSure() noexcept { isInDoubt_ = false; }
 
     /// The cells of the present row of a sealed table, compared with their digest.
     static void read(const Statement::Use& row, const SealedTable& table, Cells& cells);
@@ -60,6 +65,9 @@ public:
 
     [[nodiscard]] RowKey lastKey();
     [[nodiscard]] std::int64_t lastCommit();
+    /// Whether the save of this token is in the book.
+    [[nodiscard]] bool holds(const CommitToken& token);
+    /// And whether it stays there, whatever happens to the machine.
     [[nodiscard]] bool hasLanded(const CommitToken& token);
 
 private:
@@ -67,6 +75,7 @@ private:
 
     void lay();
     void connect();
+    void confirm();
     void requireSize() const;
     void requireSchema(Connection& connection) const;
     void requireEntities(Connection& connection) const;
@@ -81,6 +90,7 @@ private:
     std::chrono::milliseconds patience_;
     std::optional<WriterLock> lock_;
     std::string identifier_;
+    bool isInDoubt_ = false;
     std::unique_ptr<Connection> connection_;
     /// A reader's one view of the book.
     std::unique_ptr<Transaction> snapshot_;

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <new>
 
 namespace estatebook::platform::sqlite {
 
@@ -15,20 +16,45 @@ StoreFailure invalid(std::string reason) {
     return {StoreErrorCode::InvalidChange, std::move(reason)};
 }
 
+StoreFailure unknown(const StoreFailure& failure, const std::string& silence) {
+    return {StoreErrorCode::OutcomeUnknown,
+            "a save failed (" + failure.reason + "), and the book cannot be opened again (" + silence + ")"};
+}
+
+/// Drops a connection whose transaction could not even be taken back.
+class Attempt {
+public:
+    explicit Attempt(BookFile& file) : file_(file), connection_(file.connection()) {}
+    ~Attempt() {
+        if (connection_.isInTransaction()) file_.giveUp();
+    }
+    Attempt(const Attempt&) = delete;
+    Attempt& operator=(const Attempt&) = delete;
+    [[nodiscard]] Connection& connection() noexcept { return connection_; }
+
+private:
+    BookFile& file_;
+    Connection& connection_;
+};
+
 } // namespace
 
 SaveOutcome BookWriter::save() {
-    Connection& connection = file_.connection();
-    SaveOutcome outcome;
-    int code = SQLITE_OK;
+    StoreFailure failure;
     {
-        Transaction transaction(connection);
+        Attempt attempt(file_);
+        SaveOutcome outcome;
+        Transaction transaction(attempt.connection());
         if (!prepare(outcome)) return outcome;
-        code = connection.tryRun("COMMIT");
+        const int code = attempt.connection().tryRun("COMMIT");
+        if (code == SQLITE_OK) {
+            file_.beSure();
+            return outcome;
+        }
         if (code == SQLITE_CONSTRAINT_FOREIGNKEY) throw danglingLink();
+        failure = attempt.connection().failureOf(code);
     }
-    if (code == SQLITE_OK) return outcome;
-    return settle(connection.failureOf(code));
+    return settle(failure);
 }
 
 // What an error of a commit left, only the file can tell.
@@ -38,16 +64,16 @@ SaveOutcome BookWriter::settle(const StoreFailure& failure) {
     try {
         hasLanded = file_.hasLanded(changes_.token);
     } catch (const StoreFailure& silence) {
-        throw StoreFailure{StoreErrorCode::OutcomeUnknown, "a save failed (" + failure.reason +
-                                                               "), and the book cannot be opened again (" +
-                                                               silence.reason + ")"};
+        throw unknown(failure, silence.reason);
+    } catch (const std::bad_alloc&) {
+        throw unknown(failure, "there is no memory left");
     }
     if (!hasLanded) throw failure;
     return {};
 }
 
 bool BookWriter::prepare(SaveOutcome& outcome) {
-    if (file_.hasLanded(changes_.token)) throw invalid(detail::savedAlready());
+    if (file_.holds(changes_.token)) throw invalid(detail::savedAlready());
     lastKey_ = file_.lastKey();
     number_ = file_.lastCommit() + 1;
     if (auto reason = detail::refusalOf(changes_, file_.shapes(), lastKey_))
