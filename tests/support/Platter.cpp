@@ -123,6 +123,20 @@ std::string Platter::survivor(const File& file, std::mt19937_64& random) {
     return bytes;
 }
 
+DiskContent Platter::content() const {
+    auto names = names_;
+    for (const DiskOperation* pending : pendingNames_) applyName(names, *pending);
+    DiskContent content;
+    for (const auto& [name, number] : names) {
+        std::string& bytes = content[name];
+        const auto file = files_.find(number);
+        if (file == files_.end()) continue;
+        bytes = file->second.safe;
+        for (const DiskOperation* pending : file->second.pending) applyWhole(bytes, *pending);
+    }
+    return content;
+}
+
 DiskContent Platter::afterPowerLoss(std::mt19937_64& random) const {
     auto names = names_;
     const bool isInOrder = random() % 2 == 0;

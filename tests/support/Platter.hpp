@@ -22,6 +22,8 @@ public:
     /// REQUIRES: the operation lives as long as this.
     void apply(const DiskOperation& operation);
 
+    /// What is there for those who read now.
+    [[nodiscard]] DiskContent content() const;
     /// What is there after a power loss now. What is not safe is kept, dropped or torn at sectors of 512 or of 4096 bytes, and
     /// a file that grew may have grown by zeros or by anything; names that are not safe are told, forgotten or both.
     [[nodiscard]] DiskContent afterPowerLoss(std::mt19937_64& random) const;
