@@ -91,6 +91,7 @@ public:
     [[nodiscard]] std::string resolved(const std::string& path, std::error_code& error) const override;
     [[nodiscard]] bool isFile(const std::string& path) const override { return files_.contains(path); }
     [[nodiscard]] bool isTaken(const std::string& path) const override { return files_.contains(path); }
+    [[nodiscard]] bool isWritable(const std::string&) const override { return true; }
     [[nodiscard]] std::uintmax_t sizeOf(const std::string& path) const override;
     void remove(const std::string& path) const override;
     [[nodiscard]] std::error_code rename(const std::string& from, const std::string& to) const override;

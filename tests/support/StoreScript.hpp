@@ -32,6 +32,7 @@ public:
 
     platform::StoreChanges changes(const platform::Store& store) {
         platform::StoreChanges changes = newChanges();
+        for (std::uint8_t& byte : changes.token.bytes) byte = static_cast<std::uint8_t>(random_());
         changes.origin.author = std::string(below(5), 'a');
         learn(store);
         platform::RowKey key = *store.lastKey() - (rarely() ? 1 : 0);

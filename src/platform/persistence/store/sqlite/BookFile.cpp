@@ -76,6 +76,13 @@ void requireNothingAt(const FileSystem& files, const std::string& path) {
         throw StoreFailure{StoreErrorCode::Exists, "there is something of this name already"};
 }
 
+/// A journal of a book that is gone would be taken for that of the new one, and written into it.
+void requireNoJournalOf(const FileSystem& files, const std::string& path) {
+    if (files.sizeOf(path + "-journal") > 0)
+        throw StoreFailure{StoreErrorCode::Exists,
+                           "beside it lies " + path + "-journal, the unfinished save of a book that is gone"};
+}
+
 /// Gives a file its name for good.
 void settle(const FileSystem& files, const std::string& from, const std::string& to) {
     const std::error_code error = files.rename(from, to);
@@ -147,6 +154,7 @@ std::unique_ptr<BookFile> BookFile::create(const std::string& path, Ref<ManagedO
     std::unique_ptr<BookFile> file(new BookFile(path, std::move(model), options));
     file->path_ = resolvedNew(file->files_, path);
     requireNothingAt(file->files_, file->path_);
+    requireNoJournalOf(file->files_, file->path_);
     file->lock_ = takeLock(file->files_, file->path_, options.holder);
     file->lay();
     file->connect();
@@ -158,8 +166,11 @@ std::unique_ptr<BookFile> BookFile::open(const std::string& path, Ref<ManagedObj
     std::unique_ptr<BookFile> file(new BookFile(path, std::move(model), options));
     file->path_ = resolved(file->files_, path);
     requireHead(file->files_, file->path_);
-    if (options.access == SQLiteStore::Access::Write)
+    if (options.access == SQLiteStore::Access::Write) {
+        if (!file->files_.isWritable(file->path_))
+            throw StoreFailure{StoreErrorCode::ReadOnly, "the file or its folder may not be written"};
         file->lock_ = takeLock(file->files_, file->path_, options.holder);
+    }
     file->connect();
     return file;
 }

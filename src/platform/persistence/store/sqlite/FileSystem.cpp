@@ -32,6 +32,11 @@ public:
         std::error_code error;
         return files::exists(files::symlink_status(path, error));
     }
+    bool isWritable(const std::string& path) const override {
+        const std::string folder = files::path(path).parent_path().string();
+        return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 &&
+               faccessat(AT_FDCWD, folder.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+    }
     std::uintmax_t sizeOf(const std::string& path) const override {
         std::error_code error;
         const std::uintmax_t size = files::file_size(path, error);

@@ -30,6 +30,8 @@ public:
     [[nodiscard]] virtual bool isFile(const std::string& path) const = 0;
     /// Whether anything has the name, a link that leads nowhere included.
     [[nodiscard]] virtual bool isTaken(const std::string& path) const = 0;
+    /// Whether this program may write the file and make others beside it.
+    [[nodiscard]] virtual bool isWritable(const std::string& path) const = 0;
     /// In bytes; 0 when there is no such file.
     [[nodiscard]] virtual std::uintmax_t sizeOf(const std::string& path) const = 0;
     /// What is not there, or cannot be removed, is left at that.
