@@ -328,6 +328,24 @@ std::error_code MemoryDisk::rename(const std::string& from, const std::string& t
     return {};
 }
 
+std::vector<std::string> MemoryDisk::namesIn(const std::string& folder) const {
+    std::vector<std::string> names;
+    for (const auto& [name, file] : files_)
+        if (name.starts_with(folder + "/")) names.push_back(name.substr(folder.size() + 1));
+    return names;
+}
+
+std::error_code MemoryDisk::syncFile(const std::string& path) const {
+    const auto file = files_.find(path);
+    if (file == files_.end()) return std::make_error_code(std::errc::no_such_file_or_directory);
+    if (faultOf(Call::Sync) != Fault::None) {
+        tell({.kind = Kind::LoseWrites, .file = file->second->number});
+        return std::make_error_code(std::errc::io_error);
+    }
+    tell({.kind = Kind::Sync, .file = file->second->number});
+    return {};
+}
+
 std::error_code MemoryDisk::syncFolderOf(const std::string&) const {
     if (faultOf(Call::Sync) != Fault::None) return std::make_error_code(std::errc::io_error);
     tell({.kind = Kind::SyncFolder});

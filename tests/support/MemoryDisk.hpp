@@ -95,6 +95,10 @@ public:
     [[nodiscard]] std::uintmax_t sizeOf(const std::string& path) const override;
     void remove(const std::string& path) const override;
     [[nodiscard]] std::error_code rename(const std::string& from, const std::string& to) const override;
+    /// Folders are there as soon as they are named.
+    [[nodiscard]] std::error_code makeFolder(const std::string&) const override { return {}; }
+    [[nodiscard]] std::vector<std::string> namesIn(const std::string& folder) const override;
+    [[nodiscard]] std::error_code syncFile(const std::string& path) const override;
     [[nodiscard]] std::error_code syncFolderOf(const std::string& path) const override;
     [[nodiscard]] platform::StoreResult<platform::WriterLock>
     lock(const std::string& path, const platform::CommitOrigin& holder) const override;

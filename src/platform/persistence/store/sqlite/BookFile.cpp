@@ -3,6 +3,7 @@
 
 #include "platform/persistence/ManagedObjectModel.hpp"
 #include "platform/persistence/store/StoreRules.hpp"
+#include "platform/persistence/store/sqlite/NewFile.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -14,20 +15,46 @@ namespace estatebook::platform::sqlite {
 
 namespace {
 
-StoreFailure unreadable(std::string_view what, const std::error_code& error) {
-    const bool isForbidden =
-        error == std::errc::permission_denied || error == std::errc::read_only_file_system;
-    return {isForbidden ? StoreErrorCode::ReadOnly : StoreErrorCode::Unreadable,
-            std::string(what) + " (" + error.message() + ")"};
-}
-
 std::uint32_t numberAt(const FileHead& head, std::size_t place) {
     std::uint32_t number = 0;
     for (std::size_t index = 0; index < 4; ++index) number = (number << 8) | head.bytes[place + index];
     return number;
 }
 
-/// Before the data base sees the file: it would tidy up after the writer of a file that is none of ours.
+WriterLock takeLock(const FileSystem& files, const std::string& path, const CommitOrigin& holder) {
+    auto lock = files.lock(path, holder);
+    if (!lock) throw StoreError(lock.error());
+    return std::move(*lock);
+}
+
+/// What every new book holds, with the sums of all tables.
+void fill(Connection& connection, const BookTables& tables, const ManagedObjectModel& model,
+          std::string_view identifier) {
+    std::vector<std::pair<const SealedTable*, Cells>> rows{
+        {&tables.header, {Cell::of(std::int64_t{1}), Cell::text(identifier)}}};
+    for (const auto& entity : model.entities())
+        rows.emplace_back(&tables.entities,
+                          Cells{Cell::of(BookTables::numberOf(*entity)), Cell::text(entity->name())});
+    for (const auto& [table, cells] : rows) insertSealed(connection, *table, cells);
+    for (const SealedTable* table : tables.sealedTables()) {
+        std::int64_t count = 0;
+        std::uint64_t sum = 0;
+        for (const auto& [filled, cells] : rows) {
+            if (filled != table) continue;
+            ++count;
+            sum += static_cast<std::uint64_t>(digestOf(cells));
+        }
+        Statement::Use(connection.statement("INSERT INTO \"book_sum\" VALUES(?1, ?2, ?3)"))
+            .bind(1, Cell::text(table->name))
+            .bind(2, count)
+            .bind(3, static_cast<std::int64_t>(sum))
+            .run();
+    }
+}
+
+} // namespace
+
+// Before the data base sees the file: it would tidy up after the writer of a file that is none of ours.
 void requireHead(const FileSystem& files, const std::string& path) {
     constexpr std::string_view Magic("SQLite format 3\0", 16);
     constexpr std::size_t JournalVersions = 18;
@@ -59,88 +86,17 @@ std::string resolved(const FileSystem& files, const std::string& path) {
     return found;
 }
 
-/// For a file that is yet to be made.
-std::string resolvedNew(const FileSystem& files, const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path name = std::filesystem::path(path).filename();
-    const std::filesystem::path parent = std::filesystem::path(path).parent_path();
-    const std::string folder = files.resolved(parent.empty() ? "." : parent.string(), error);
-    if (error == std::errc::no_such_file_or_directory)
-        throw StoreFailure{StoreErrorCode::Missing, "there is no such folder"};
-    if (error || name.empty()) throw unreadable("its folder cannot be reached", error);
-    return (std::filesystem::path(folder) / name).string();
-}
-
-void requireNothingAt(const FileSystem& files, const std::string& path) {
-    if (files.isTaken(path))
-        throw StoreFailure{StoreErrorCode::Exists, "there is something of this name already"};
-}
-
-/// A journal of a book that is gone would be taken for that of the new one, and written into it.
-void requireNoJournalOf(const FileSystem& files, const std::string& path) {
-    if (files.sizeOf(path + "-journal") > 0)
-        throw StoreFailure{StoreErrorCode::Exists,
-                           "beside it lies " + path + "-journal, the unfinished save of a book that is gone"};
-}
-
-/// Gives a file its name for good.
-void settle(const FileSystem& files, const std::string& from, const std::string& to) {
-    const std::error_code error = files.rename(from, to);
-    if (error == std::errc::file_exists) requireNothingAt(files, to);
-    if (error) throw unreadable("it cannot be given its name", error);
-    if (const std::error_code lost = files.syncFolderOf(to))
-        throw unreadable("its folder cannot be written", lost);
-}
-
-void removeDraft(const FileSystem& files, const std::string& path) {
-    files.remove(path);
-    files.remove(path + "-journal");
-}
-
-WriterLock takeLock(const FileSystem& files, const std::string& path, const CommitOrigin& holder) {
-    auto lock = files.lock(path, holder);
-    if (!lock) throw StoreError(lock.error());
-    return std::move(*lock);
-}
-
-void insert(Connection& connection, const SealedTable& table, const Cells& cells) {
-    Statement::Use use(connection.statement(table.insert));
-    int parameter = 0;
-    for (const Cell& cell : cells) use.bind(++parameter, cell);
-    use.bind(++parameter, digestOf(cells)).run();
-}
-
-/// What every new book holds, with the sums of all tables.
-void fill(Connection& connection, const BookTables& tables, const ManagedObjectModel& model,
-          std::string_view identifier) {
-    std::vector<std::pair<const SealedTable*, Cells>> rows{
-        {&tables.header, {Cell::of(std::int64_t{1}), Cell::text(identifier)}}};
-    for (const auto& entity : model.entities())
-        rows.emplace_back(&tables.entities,
-                          Cells{Cell::of(BookTables::numberOf(*entity)), Cell::text(entity->name())});
-    for (const auto& [table, cells] : rows) insert(connection, *table, cells);
-    for (const SealedTable* table : tables.sealedTables()) {
-        std::int64_t count = 0;
-        std::uint64_t sum = 0;
-        for (const auto& [filled, cells] : rows) {
-            if (filled != table) continue;
-            ++count;
-            sum += static_cast<std::uint64_t>(digestOf(cells));
-        }
-        Statement::Use(connection.statement("INSERT INTO \"book_sum\" VALUES(?1, ?2, ?3)"))
-            .bind(1, Cell::text(table->name))
-            .bind(2, count)
-            .bind(3, static_cast<std::int64_t>(sum))
-            .run();
-    }
-}
-
-} // namespace
-
 std::int64_t digestOf(std::span<const Cell> cells) noexcept {
     RowDigest digest;
     for (const Cell& cell : cells) digest.add(cell);
     return digest.value();
+}
+
+void insertSealed(Connection& connection, const SealedTable& table, std::span<const Cell> cells) {
+    Statement::Use use(connection.statement(table.insert));
+    int parameter = 0;
+    for (const Cell& cell : cells) use.bind(++parameter, cell);
+    use.bind(++parameter, digestOf(cells)).run();
 }
 
 BookFile::BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options)
@@ -152,11 +108,12 @@ BookFile::BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLite
 std::unique_ptr<BookFile> BookFile::create(const std::string& path, Ref<ManagedObjectModel> model,
                                            const SQLiteStore::Options& options) {
     std::unique_ptr<BookFile> file(new BookFile(path, std::move(model), options));
-    file->path_ = resolvedNew(file->files_, path);
-    requireNothingAt(file->files_, file->path_);
-    requireNoJournalOf(file->files_, file->path_);
+    NewFile made(file->files_, path, NewFile::Makers::One);
+    file->path_ = made.path();
     file->lock_ = takeLock(file->files_, file->path_, options.holder);
-    file->lay();
+    made.removeDraft();
+    lay(file->files_, made.draft(), file->tables_, *file->model_);
+    made.settle();
     file->connect();
     return file;
 }
@@ -175,26 +132,22 @@ std::unique_ptr<BookFile> BookFile::open(const std::string& path, Ref<ManagedObj
     return file;
 }
 
-// Under another name until it is complete.
-void BookFile::lay() {
-    const std::string draft = path_ + ".new";
-    removeDraft(files_, draft);
-    try {
-        {
-            Connection connection(files_, draft, Connection::Access::Create, patience_);
-            Transaction transaction(connection);
-            connection.run("PRAGMA application_id=" + std::to_string(ApplicationId));
-            connection.run("PRAGMA user_version=" + std::to_string(Layout));
-            for (const std::string& sql : tables_.schema()) connection.run(sql);
-            fill(connection, tables_, *model_, detail::newStoreIdentifier());
-            connection.run("COMMIT");
-        }
-        settle(files_, draft, path_);
-    } catch (...) {
-        removeDraft(files_, draft);
-        throw;
-    }
-    removeDraft(files_, draft);
+std::unique_ptr<BookFile> BookFile::closed(Ref<ManagedObjectModel> model,
+                                           const SQLiteStore::Options& options) {
+    return std::unique_ptr<BookFile>(new BookFile({}, std::move(model), options));
+}
+
+void BookFile::lay(const FileSystem& files, const std::string& path, const BookTables& tables,
+                   const ManagedObjectModel& model) {
+    // Nobody else knows the file.
+    constexpr std::chrono::milliseconds NoPatience{0};
+    Connection connection(files, path, Connection::Access::Create, NoPatience);
+    Transaction transaction(connection);
+    connection.run("PRAGMA application_id=" + std::to_string(ApplicationId));
+    connection.run("PRAGMA user_version=" + std::to_string(Layout));
+    for (const std::string& sql : tables.schema()) connection.run(sql);
+    fill(connection, tables, model, detail::newStoreIdentifier());
+    connection.run("COMMIT");
 }
 
 void BookFile::connect() {

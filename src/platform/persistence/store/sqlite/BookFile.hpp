@@ -23,6 +23,13 @@ using Cells = std::vector<Cell>;
 
 [[nodiscard]] std::int64_t digestOf(std::span<const Cell> cells) noexcept;
 
+void insertSealed(Connection& connection, const SealedTable& table, std::span<const Cell> cells);
+
+/// Throws a StoreFailure unless the file begins as a book of this layout does.
+void requireHead(const FileSystem& files, const std::string& path);
+/// The file that is meant, absolute and without symbolic links. Throws a StoreFailure when there is none.
+[[nodiscard]] std::string resolved(const FileSystem& files, const std::string& path);
+
 class BookFile {
 public:
     /// Both throw a StoreFailure, or the error of a lock that is taken, as the operations of the store tell.
@@ -30,6 +37,13 @@ public:
     create(const std::string& path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options);
     [[nodiscard]] static std::unique_ptr<BookFile>
     open(const std::string& path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options);
+
+    /// One that is not opened, and only tells how rows stand in it.
+    [[nodiscard]] static std::unique_ptr<BookFile> closed(Ref<ManagedObjectModel> model,
+                                                          const SQLiteStore::Options& options);
+    /// A new, empty book at a path where nothing is.
+    static void lay(const FileSystem& files, const std::string& path, const BookTables& tables,
+                    const ManagedObjectModel& model);
 
     [[nodiscard]] const std::string& path() const noexcept { return path_; }
     [[nodiscard]] const std::string& identifier() const noexcept { return identifier_; }
@@ -73,7 +87,6 @@ public:
 private:
     BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options);
 
-    void lay();
     void connect();
     void confirm();
     void requireSize() const;

@@ -159,6 +159,11 @@ Connection::Connection(const FileSystem& files, const std::string& path, Access 
     if (code != SQLITE_OK) fail(code);
     sqlite3_busy_timeout(database, static_cast<int>(patience.count()));
     protect();
+    if (access == Access::Copy) {
+        // A copy is another file that it opens for itself.
+        sqlite3_limit(database, SQLITE_LIMIT_ATTACHED, 1);
+        return;
+    }
     if (access == Access::Read) {
         run("PRAGMA query_only=ON");
         return;

@@ -62,7 +62,8 @@ private:
 
 class Connection {
 public:
-    enum class Access : std::uint8_t { Read, Write, Create };
+    /// Copy: as Read, but able to write a copy elsewhere.
+    enum class Access : std::uint8_t { Read, Copy, Write, Create };
 
     /// Throws a StoreFailure, as everything here.
     Connection(const FileSystem& files, const std::string& path, Access access,

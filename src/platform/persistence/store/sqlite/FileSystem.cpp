@@ -17,6 +17,14 @@ std::error_code lastError() {
     return {errno, std::generic_category()};
 }
 
+std::error_code sync(const std::string& path, int flags) {
+    const int descriptor = open(path.c_str(), flags | O_CLOEXEC);
+    if (descriptor < 0) return lastError();
+    const std::error_code error = fsync(descriptor) == 0 ? std::error_code() : lastError();
+    close(descriptor);
+    return error;
+}
+
 class Machine final : public FileSystem {
 public:
     const char* name() const noexcept override { return nullptr; }
@@ -54,13 +62,21 @@ public:
         }
         return result == 0 ? std::error_code() : lastError();
     }
+    std::error_code makeFolder(const std::string& path) const override {
+        std::error_code error;
+        files::create_directory(path, error);
+        return error ? error : syncFolderOf(path);
+    }
+    std::vector<std::string> namesIn(const std::string& folder) const override {
+        std::vector<std::string> names;
+        std::error_code error;
+        for (files::directory_iterator each(folder, error), end; !error && each != end; each.increment(error))
+            names.push_back(each->path().filename().string());
+        return names;
+    }
+    std::error_code syncFile(const std::string& path) const override { return sync(path, O_RDWR); }
     std::error_code syncFolderOf(const std::string& path) const override {
-        const int folder =
-            ::open(files::path(path).parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (folder < 0) return lastError();
-        const std::error_code error = fsync(folder) == 0 ? std::error_code() : lastError();
-        close(folder);
-        return error;
+        return sync(files::path(path).parent_path().string(), O_RDONLY | O_DIRECTORY);
     }
     StoreResult<WriterLock> lock(const std::string& path, const CommitOrigin& holder) const override {
         return WriterLock::take(path, holder);

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace estatebook::platform::sqlite {
 
@@ -38,6 +39,12 @@ public:
     virtual void remove(const std::string& path) const = 0;
     /// Replaces nothing that bears the name already: file_exists.
     [[nodiscard]] virtual std::error_code rename(const std::string& from, const std::string& to) const = 0;
+    /// Nothing happens when the folder is there.
+    [[nodiscard]] virtual std::error_code makeFolder(const std::string& path) const = 0;
+    /// The names in a folder, in no order; none when there is no such folder.
+    [[nodiscard]] virtual std::vector<std::string> namesIn(const std::string& folder) const = 0;
+    /// Has the disk keep what was written into a file that nobody has open.
+    [[nodiscard]] virtual std::error_code syncFile(const std::string& path) const = 0;
     /// Has the folder of a file keep the names that it was told.
     [[nodiscard]] virtual std::error_code syncFolderOf(const std::string& path) const = 0;
     [[nodiscard]] virtual StoreResult<WriterLock> lock(const std::string& path,

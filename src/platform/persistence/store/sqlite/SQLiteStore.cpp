@@ -6,9 +6,9 @@
 #include "platform/persistence/store/sqlite/BookCheck.hpp"
 #include "platform/persistence/store/sqlite/BookFile.hpp"
 #include "platform/persistence/store/sqlite/BookWriter.hpp"
+#include "platform/persistence/store/sqlite/GuardedWork.hpp"
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
 namespace estatebook::platform {
@@ -16,24 +16,6 @@ namespace estatebook::platform {
 namespace {
 
 using namespace sqlite;
-
-StoreFailure outOfMemory() {
-    return {StoreErrorCode::OutOfMemory, "there is no memory left"};
-}
-
-/// What a maker of book files gives, or the error that came of it.
-template <class Make>
-auto made(const std::string& path, Make make) -> StoreResult<decltype(make())> {
-    try {
-        return make();
-    } catch (const StoreError& error) {
-        return error;
-    } catch (const StoreFailure& failure) {
-        return errorOf(failure, path);
-    } catch (const std::bad_alloc&) {
-        return errorOf(outOfMemory(), path);
-    }
-}
 
 /// Hands all rows of a statement to a visitor, those that match.
 std::size_t visit(BookFile& file, const EntityTable& table, Statement::Use& rows,
@@ -78,7 +60,7 @@ SQLiteStore::~SQLiteStore() = default;
 
 StoreResult<Ref<SQLiteStore>> SQLiteStore::create(const std::string& path, Ref<ManagedObjectModel> model,
                                                   const Options& options) {
-    return made(path, [&] {
+    return sqlite::guarded(path, [&] {
         auto file = BookFile::create(path, model, options);
         return Ref<SQLiteStore>(new SQLiteStore(model, std::move(file)));
     });
@@ -86,7 +68,7 @@ StoreResult<Ref<SQLiteStore>> SQLiteStore::create(const std::string& path, Ref<M
 
 StoreResult<Ref<SQLiteStore>> SQLiteStore::open(const std::string& path, Ref<ManagedObjectModel> model,
                                                 const Options& options) {
-    return made(path, [&] {
+    return sqlite::guarded(path, [&] {
         auto file = BookFile::open(path, model, options);
         return Ref<SQLiteStore>(new SQLiteStore(model, std::move(file)));
     });
@@ -94,13 +76,7 @@ StoreResult<Ref<SQLiteStore>> SQLiteStore::open(const std::string& path, Ref<Man
 
 template <class Work>
 auto SQLiteStore::guarded(Work work) const -> StoreResult<decltype(work())> {
-    try {
-        return work();
-    } catch (const StoreFailure& failure) {
-        return errorOf(failure, file_->path());
-    } catch (const std::bad_alloc&) {
-        return errorOf(outOfMemory(), file_->path());
-    }
+    return sqlite::guarded(file_->path(), std::move(work));
 }
 
 std::string_view SQLiteStore::location() const noexcept {

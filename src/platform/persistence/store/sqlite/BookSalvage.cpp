@@ -1,0 +1,311 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/store/sqlite/BookSalvage.hpp"
+
+#include "platform/persistence/ManagedObjectModel.hpp"
+#include "platform/persistence/store/sqlite/BookCheck.hpp"
+#include "platform/persistence/store/sqlite/GuardedWork.hpp"
+#include "platform/persistence/store/sqlite/NewFile.hpp"
+#include "platform/system/Clock.hpp"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace estatebook::platform {
+
+namespace sqlite {
+
+namespace {
+
+constexpr std::int64_t GreatestNumber = std::numeric_limits<std::int64_t>::max();
+
+/// The table's question, with the number of the row in the end.
+std::string withNumber(const SealedTable& table) {
+    std::string sql = table.select;
+    sql.insert(sql.rfind(" FROM "), ", rowid");
+    return sql + " WHERE rowid >= ?1 ORDER BY rowid";
+}
+
+std::string rowName(const SealedTable& table, std::int64_t number) {
+    return "the row " + std::to_string(number) + " of " + table.name;
+}
+
+} // namespace
+
+BookSalvage::BookSalvage(const FileSystem& files, const Ref<ManagedObjectModel>& model,
+                         const SQLiteStore::Options& options)
+    : files_(files), model_(model), options_(options), form_(BookFile::closed(model, options)),
+      tables_(form_->tables()) {}
+
+void BookSalvage::lose(std::string what) {
+    if (lost_.size() < MostLines)
+        lost_.push_back(std::move(what));
+    else
+        ++unlisted_;
+}
+
+// Reading
+
+void BookSalvage::read(const std::string& path) {
+    try {
+        requireHead(files_, path);
+    } catch (const StoreFailure& failure) {
+        if (failure.code != StoreErrorCode::Damaged) throw;
+        lose("The head of the file: " + failure.reason);
+    }
+    Connection connection(files_, path, Connection::Access::Read, options_.patience);
+    for (const SealedTable* table : tables_.sealedTables())
+        if (table != &tables_.header && table != &tables_.entities) {
+            readTable(connection, *table);
+            compareCount(connection, *table);
+        }
+    if (std::ranges::all_of(rows_, [](const auto& each) { return each.second.empty(); }) && !lost_.empty())
+        damaged("nothing in it can be read");
+}
+
+void BookSalvage::readTable(Connection& connection, const SealedTable& table) {
+    rows_[&table];
+    std::int64_t next = std::numeric_limits<std::int64_t>::min();
+    for (;;) {
+        const auto trouble = readFrom(connection, table, next);
+        if (!trouble) return;
+        const auto further = firstReadableFrom(connection, table, *trouble);
+        const std::string from = "from " + std::to_string(std::max<std::int64_t>(*trouble, 1)) + " on";
+        if (!further) return lose("The table " + table.name + ": rows numbered " + from + " cannot be read");
+        lose("The table " + table.name + ": rows numbered " + from + " and below " +
+             std::to_string(*further) + " cannot be read");
+        next = *further;
+    }
+}
+
+void BookSalvage::compareCount(Connection& connection, const SealedTable& table) {
+    try {
+        Statement::Use row(connection.statement("SELECT \"rows\" FROM \"book_sum\" WHERE \"name\" = ?1"));
+        if (!row.bind(1, Cell::text(table.name)).next()) return;
+        const std::int64_t before = row.integer(0);
+        const std::int64_t missing = before - std::ssize(rows_[&table]);
+        if (missing > 0)
+            lose("The table " + table.name + ": " + std::to_string(missing) + " of its " +
+                 std::to_string(before) + " rows are lost");
+    } catch (const StoreFailure&) {
+        lose("The table " + table.name + ": how many rows it had cannot be read");
+    }
+}
+
+std::optional<std::int64_t> BookSalvage::readFrom(Connection& connection, const SealedTable& table,
+                                                  std::int64_t first) {
+    std::int64_t next = first;
+    try {
+        Statement::Use rows(connection.statement(withNumber(table)));
+        rows.bind(1, first);
+        while (rows.next()) {
+            const std::int64_t number = rows.integer(static_cast<int>(table.columns.size()) + 1);
+            // A page that is shown twice must not lead in a circle.
+            if (number < next) damaged("its rows are out of order");
+            take(table, number, rows);
+            if (number == GreatestNumber) return std::nullopt;
+            next = number + 1;
+        }
+        return std::nullopt;
+    } catch (const StoreFailure&) {
+        return next;
+    }
+}
+
+// Numbers lie on pages in their order, so that behind a page that cannot be read others may be.
+std::optional<std::int64_t> BookSalvage::firstReadableFrom(Connection& connection, const SealedTable& table,
+                                                           std::int64_t first) {
+    const std::string sql =
+        "SELECT rowid FROM " + quoted(table.name) + " WHERE rowid >= ?1 ORDER BY rowid LIMIT 1";
+    const auto firstAt = [&](std::int64_t number) -> std::optional<std::int64_t> {
+        try {
+            Statement::Use row(connection.statement(sql));
+            row.bind(1, number);
+            if (row.next()) return std::max(row.integer(0), number);
+        } catch (const StoreFailure&) {
+            // Neither here.
+        }
+        return std::nullopt;
+    };
+    first = std::max<std::int64_t>(first, 0);
+    std::int64_t failing = first;
+    std::optional<std::int64_t> found;
+    std::int64_t step = 1;
+    while (!found) {
+        if (first > GreatestNumber - step) return std::nullopt;
+        found = firstAt(first + step);
+        if (!found) failing = first + step;
+        if (step > GreatestNumber / 2) break;
+        step *= 2;
+    }
+    while (found && *found - failing > 1) {
+        const std::int64_t middle = failing + (*found - failing) / 2;
+        if (const auto nearer = firstAt(middle); nearer && *nearer < *found)
+            found = nearer;
+        else
+            failing = middle;
+    }
+    return found;
+}
+
+void BookSalvage::take(const SealedTable& table, std::int64_t number, const Statement::Use& row) {
+    try {
+        Cells cells;
+        BookFile::read(row, table, cells);
+        requireForm(table, cells);
+        for (Cell& cell : cells)
+            if (!cell.bytes.empty()) cell.bytes = room_.keep(cell.bytes);
+        rows_[&table].insert_or_assign(number, std::move(cells));
+    } catch (const StoreFailure& failure) {
+        lose("The table " + table.name + ": " + rowName(table, number) + " is not sound: " + failure.reason);
+    }
+}
+
+void BookSalvage::requireForm(const SealedTable& table, const Cells& cells) const {
+    if (&table == &tables_.commits) static_cast<void>(form_->decodeCommit(cells));
+    if (&table == &tables_.journal) static_cast<void>(form_->decodeEntry(cells));
+    for (const EntityTable& each : tables_.entityTables()) {
+        if (&table != &each) continue;
+        Row row;
+        form_->decode(each, cells, row);
+    }
+}
+
+// Making it agree
+
+void BookSalvage::cutLinks() {
+    std::unordered_map<std::string, const SealedTable*> byName;
+    for (const SealedTable* table : tables_.sealedTables()) byName.emplace(table->name, table);
+    for (const EntityTable& table : tables_.entityTables())
+        for (std::size_t index = 0; index < table.properties.size(); ++index) {
+            const Column& column = table.properties[index];
+            if (column.kind != Column::Kind::Link) continue;
+            const bool isPlaced = index + 1 < table.properties.size() &&
+                                  table.properties[index + 1].kind == Column::Kind::Place;
+            const Rows& targets = rows_[byName.at(column.target)];
+            const std::size_t place = EntityTable::FirstProperty + index;
+            for (auto& [number, cells] : rows_[&table]) {
+                Cell& link = cells[place];
+                if (link.type != Cell::Type::Integer || targets.contains(link.integer)) continue;
+                lose("The \"" + column.name + "\" of " + rowName(table, number) + " was the row " +
+                     std::to_string(link.integer) + " of " + column.target + ", which is lost");
+                link = {};
+                if (isPlaced) cells[place + 1] = {};
+            }
+        }
+}
+
+void BookSalvage::countPlaces() {
+    for (const EntityTable& table : tables_.entityTables())
+        for (std::size_t index = 1; index < table.properties.size(); ++index) {
+            if (table.properties[index].kind != Column::Kind::Place) continue;
+            const std::size_t place = EntityTable::FirstProperty + index;
+            // By owner, former place and number.
+            std::map<std::int64_t, std::map<std::pair<std::int64_t, std::int64_t>, Cell*>> members;
+            for (auto& [number, cells] : rows_[&table])
+                if (cells[place - 1].type == Cell::Type::Integer)
+                    members[cells[place - 1].integer][{cells[place].integer, number}] = &cells[place];
+            for (auto& [owner, ordered] : members) {
+                std::int64_t next = 0;
+                for (auto& [former, cell] : ordered) *cell = Cell::of(next++);
+            }
+        }
+}
+
+void BookSalvage::dropOrphans() {
+    std::erase_if(rows_[&tables_.identifiers], [&](const auto& each) {
+        const std::int64_t key = each.first;
+        const bool isThere = std::ranges::any_of(
+            tables_.entityTables(), [&](const EntityTable& table) { return rows_[&table].contains(key); });
+        if (!isThere)
+            lose("The identifier \"" + std::string(each.second[1].bytes) + "\": its row " +
+                 std::to_string(key) + " is lost");
+        return !isThere;
+    });
+}
+
+// No key is ever given twice, also when nobody remembers who had it.
+void BookSalvage::addCommit() {
+    RowKey lastKey = NoRow;
+    std::int64_t number = 0;
+    for (const auto& [each, cells] : rows_[&tables_.commits]) {
+        number = std::max(number, each);
+        lastKey = std::max(lastKey, form_->decodeCommit(cells).lastKey);
+    }
+    for (const EntityTable& table : tables_.entityTables())
+        if (const Rows& rows = rows_[&table]; !rows.empty())
+            lastKey = std::max(lastKey, rows.rbegin()->first);
+    const CommitToken token = CommitToken::random();
+    const CommitOrigin& origin = options_.holder;
+    rows_[&tables_.commits].emplace(
+        number + 1,
+        Cells{Cell::of(number + 1),
+              Cell::blob(room_.keep({reinterpret_cast<const char*>(token.bytes.data()), token.bytes.size()})),
+              encodeDate(Clock::now(), room_), Cell::text(origin.author), Cell::text(origin.program),
+              Cell::text(origin.command), Cell::of(lastKey + 1), Cell::of(lastKey)});
+}
+
+// Writing
+
+void BookSalvage::write(const std::string& path) {
+    cutLinks();
+    countPlaces();
+    dropOrphans();
+    addCommit();
+    BookFile::lay(files_, path, tables_, *model_);
+    Connection connection(files_, path, Connection::Access::Write, options_.patience);
+    Transaction transaction(connection);
+    for (const auto& [table, rows] : rows_) {
+        std::uint64_t sum = 0;
+        for (const auto& [number, cells] : rows) {
+            insertSealed(connection, *table, cells);
+            sum += static_cast<std::uint64_t>(digestOf(cells));
+        }
+        Statement::Use(connection.statement(
+                           "UPDATE \"book_sum\" SET \"rows\" = ?2, \"digests\" = ?3 WHERE \"name\" = ?1"))
+            .bind(1, Cell::text(table->name))
+            .bind(2, std::ssize(rows))
+            .bind(3, static_cast<std::int64_t>(sum))
+            .run();
+    }
+    if (const int code = connection.tryRun("COMMIT"); code != SQLITE_OK) connection.fail(code);
+}
+
+Salvage BookSalvage::result(std::string path) && {
+    Salvage salvage{.path = std::move(path), .lost = std::move(lost_)};
+    for (const EntityTable& table : tables_.entityTables()) salvage.rows += rows_[&table].size();
+    if (unlisted_ > 0) salvage.lost.push_back("and " + std::to_string(unlisted_) + " more");
+    return salvage;
+}
+
+} // namespace sqlite
+
+StoreResult<Salvage> salvageBook(const std::string& from, const std::string& to,
+                                 const Ref<ManagedObjectModel>& model, const SQLiteStore::Options& options) {
+    using namespace sqlite;
+    return sqlite::guarded(from, [&] {
+        const FileSystem& files = options.fileSystem ? *options.fileSystem : FileSystem::ofTheMachine();
+        try {
+            NewFile made(files, to);
+            BookSalvage salvage(files, model, options);
+            salvage.read(resolved(files, from));
+            salvage.write(made.draft());
+            SQLiteStore::Options reading = options;
+            reading.access = SQLiteStore::Access::Read;
+            {
+                const auto book = BookFile::open(made.draft(), model, reading);
+                if (const auto findings = BookCheck(*book).findings(); !findings.empty())
+                    damaged("no sound book can be made of what can be read: " + findings.front());
+            }
+            made.settle();
+            return std::move(salvage).result(made.path());
+        } catch (const StoreFailure& failure) {
+            if (failure.code == StoreErrorCode::Exists) throw errorOf(failure, to);
+            throw;
+        }
+    });
+}
+
+} // namespace estatebook::platform

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Inner header: BookSalvage: reads what can be read of a damaged book, and writes it into a new one.
+
+#include "platform/persistence/store/sqlite/BookCopies.hpp"
+#include "platform/persistence/store/sqlite/BookFile.hpp"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace estatebook::platform::sqlite {
+
+class BookSalvage {
+public:
+    BookSalvage(const FileSystem& files, const Ref<ManagedObjectModel>& model,
+                const SQLiteStore::Options& options);
+
+    /// Reads all that can be read; never fails for damage.
+    void read(const std::string& path);
+    /// Makes what was read agree with itself, and writes it into an empty book.
+    void write(const std::string& path);
+    [[nodiscard]] Salvage result(std::string path) &&;
+
+private:
+    /// By their first column.
+    using Rows = std::map<std::int64_t, Cells>;
+    static constexpr std::size_t MostLines = 1000;
+
+    void lose(std::string what);
+    void readTable(Connection& connection, const SealedTable& table);
+    /// Tells how many rows there were, if that still can be read.
+    void compareCount(Connection& connection, const SealedTable& table);
+    /// From that row number on; gives where to go on after trouble, or none at the end.
+    [[nodiscard]] std::optional<std::int64_t> readFrom(Connection& connection, const SealedTable& table,
+                                                       std::int64_t first);
+    [[nodiscard]] std::optional<std::int64_t> firstReadableFrom(Connection& connection,
+                                                                const SealedTable& table, std::int64_t first);
+    void take(const SealedTable& table, std::int64_t number, const Statement::Use& row);
+    /// Throws a StoreFailure for cells that no row of the table has.
+    void requireForm(const SealedTable& table, const Cells& cells) const;
+    void cutLinks();
+    void countPlaces();
+    void dropOrphans();
+    void addCommit();
+
+    const FileSystem& files_;
+    Ref<ManagedObjectModel> model_;
+    const SQLiteStore::Options& options_;
+    /// Tells how rows stand in a book.
+    std::unique_ptr<BookFile> form_;
+    const BookTables& tables_;
+    CellRoom room_;
+    std::unordered_map<const SealedTable*, Rows> rows_;
+    std::vector<std::string> lost_;
+    std::size_t unlisted_ = 0;
+};
+
+} // namespace estatebook::platform::sqlite

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include "platform/persistence/store/sqlite/NewFile.hpp"
+
+#include "platform/persistence/store/StoreRules.hpp"
+#include "platform/persistence/store/sqlite/StoreFailure.hpp"
+
+#include <filesystem>
+
+namespace estatebook::platform::sqlite {
+
+namespace {
+
+std::string resolvedNew(const FileSystem& files, const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path name = std::filesystem::path(path).filename();
+    const std::filesystem::path parent = std::filesystem::path(path).parent_path();
+    const std::string folder = files.resolved(parent.empty() ? "." : parent.string(), error);
+    if (error == std::errc::no_such_file_or_directory)
+        throw StoreFailure{StoreErrorCode::Missing, "there is no such folder"};
+    if (error || name.empty()) throw unreadable("its folder cannot be reached", error);
+    return (std::filesystem::path(folder) / name).string();
+}
+
+void requireNothingAt(const FileSystem& files, const std::string& path) {
+    if (files.isTaken(path))
+        throw StoreFailure{StoreErrorCode::Exists, "there is something of this name already"};
+    // It would be taken for that of the new book, and written into it.
+    if (files.sizeOf(path + "-journal") > 0)
+        throw StoreFailure{StoreErrorCode::Exists,
+                           "beside it lies " + path + "-journal, the unfinished save of a book that is gone"};
+}
+
+} // namespace
+
+StoreFailure unreadable(std::string_view what, const std::error_code& error) {
+    const bool isForbidden =
+        error == std::errc::permission_denied || error == std::errc::read_only_file_system;
+    return {isForbidden ? StoreErrorCode::ReadOnly : StoreErrorCode::Unreadable,
+            std::string(what) + " (" + error.message() + ")"};
+}
+
+NewFile::NewFile(const FileSystem& files, const std::string& path, Makers makers)
+    : files_(files), path_(resolvedNew(files, path)), draft_(path_) {
+    constexpr std::size_t Distinct = 8;
+    if (makers == Makers::Many) draft_ += "." + detail::newStoreIdentifier().substr(0, Distinct);
+    draft_ += ".new";
+    requireNothingAt(files_, path_);
+}
+
+NewFile::~NewFile() {
+    removeDraft();
+}
+
+void NewFile::removeDraft() const {
+    files_.remove(draft_);
+    files_.remove(draft_ + "-journal");
+}
+
+void NewFile::settle() {
+    if (const std::error_code error = files_.syncFile(draft_))
+        throw unreadable("it cannot be written", error);
+    const std::error_code error = files_.rename(draft_, path_);
+    if (error == std::errc::file_exists) requireNothingAt(files_, path_);
+    if (error) throw unreadable("it cannot be given its name", error);
+    if (const std::error_code lost = files_.syncFolderOf(path_))
+        throw unreadable("its folder cannot be written", lost);
+}
+
+} // namespace estatebook::platform::sqlite

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Inner header: NewFile: a file that appears under its name when it is complete, or not at all.
+
+#include "platform/persistence/store/sqlite/FileSystem.hpp"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace estatebook::platform::sqlite {
+
+struct StoreFailure;
+
+class NewFile {
+public:
+    /// Whether only one program at a time makes a file of this name, so that a draft of it is left over from an earlier try.
+    enum class Makers : std::uint8_t { One, Many };
+
+    /// Throws a StoreFailure when something bears the name, or no file can be made there.
+    NewFile(const FileSystem& files, const std::string& path, Makers makers = Makers::Many);
+    /// What was not settled is gone.
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    /// Absolute.
+    [[nodiscard]] const std::string& path() const noexcept { return path_; }
+    /// The name it has until it is complete.
+    [[nodiscard]] const std::string& draft() const noexcept { return draft_; }
+    /// Leaves nothing under the name of the draft.
+    void removeDraft() const;
+    /// Gives it its name for good. Throws a StoreFailure. REQUIRES: nobody has the draft open.
+    void settle();
+
+private:
+    const FileSystem& files_;
+    std::string path_;
+    std::string draft_;
+};
+
+/// What the file system could not do.
+[[nodiscard]] StoreFailure unreadable(std::string_view what, const std::error_code& error);
+
+} // namespace estatebook::platform::sqlite
