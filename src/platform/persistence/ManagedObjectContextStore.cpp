@@ -174,6 +174,7 @@ void ManagedObjectContext::fetchMembers(ManagedObject& owner, const ModelledProp
     };
     const auto owners = neighbours(owner, isUnknown, &toMany);
     std::vector<RowKey> keys;
+    keys.reserve(owners.size());
     for (const ManagedObject* each : owners) keys.push_back(keyOf(*each));
     const RelationshipDescription& relationship = *owner.entity().relationship(toMany.key);
     const auto members = stored_->store().members(relationship, keys);

@@ -16,7 +16,7 @@ const ModelledProperty* propertyOf(const EntityDescription& entity, Key key) {
         for (const ModelledProperty& property : table())
             if (property.key == key) return &property;
     }
-    assert(!"a loaded model agrees with its classes");
+    assert(false && "a loaded model agrees with its classes");
     return nullptr;
 }
 
