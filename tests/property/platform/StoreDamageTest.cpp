@@ -33,8 +33,6 @@ struct Answers {
     std::string content;
     std::string members;
     std::string sums;
-
-    friend bool operator==(const Answers&, const Answers&) = default;
 };
 
 /// Calls with each to-many relationship there is and the owners it may have.
