@@ -3,11 +3,14 @@
 // A program that is killed while it saves, again and again: what it had acknowledged is there, every save is whole or absent, and
 // the book is sound.
 
+#include "support/Effort.hpp"
 #include "support/StoreKinds.hpp"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdio>
+#include <optional>
 #include <random>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -29,32 +32,32 @@ namespace {
     }
 }
 
-TEST(StoreKillTest, WhatWasAcknowledgedIsThereHoweverTheWriterEnds) {
-    const test::TestFolder folder;
-    const std::string path = folder.file("book.estatebook");
-    ASSERT_TRUE(SQLiteStore::create(path, test::bookModel(), {}));
-    constexpr std::uint64_t Seed = 4;
-    std::mt19937_64 random(Seed);
-    for (int round = 0; round < 20; ++round) {
-        SCOPED_TRACE("seed " + std::to_string(Seed) + ", round " + std::to_string(round));
+/// Kills a writer of the book after some saves, and looks what it left.
+class Killer {
+public:
+    explicit Killer(std::mt19937_64& random) : random_(random) {
+        EXPECT_TRUE(SQLiteStore::create(path_, test::bookModel(), {}));
+    }
+
+    void kill() {
         int acknowledgements[2];
         ASSERT_EQ(0, pipe(acknowledgements));
         const pid_t child = fork();
-        if (child == 0) saveForEver(path, acknowledgements[1]);
+        if (child == 0) saveForEver(path_, acknowledgements[1]);
         close(acknowledgements[1]);
         RowKey acknowledged = NoRow;
         RowKey key = NoRow;
-        for (auto wanted = 1 + random() % 4; wanted > 0; --wanted)
+        for (auto wanted = 1 + random_() % 4; wanted > 0; --wanted)
             if (read(acknowledgements[0], &key, sizeof key) == sizeof key) acknowledged = key;
-        for (auto idle = random() % 300'000; idle > 0; --idle) static_cast<void>(random());
-        kill(child, SIGKILL);
+        for (auto idle = random_() % 300'000; idle > 0; --idle) static_cast<void>(random_());
+        ::kill(child, SIGKILL);
         int status = 0;
         ASSERT_EQ(child, waitpid(child, &status, 0));
         ASSERT_TRUE(WIFSIGNALED(status)) << "the child ended by itself";
         while (read(acknowledgements[0], &key, sizeof key) == sizeof key) acknowledged = key;
         close(acknowledgements[0]);
 
-        const auto store = SQLiteStore::open(path, test::bookModel(), {});
+        const auto store = SQLiteStore::open(path_, test::bookModel(), {});
         ASSERT_TRUE(store) << store.error().message;
         const RowKey last = *(*store)->lastKey();
         EXPECT_GT(acknowledged, NoRow);
@@ -66,6 +69,27 @@ TEST(StoreKillTest, WhatWasAcknowledgedIsThereHoweverTheWriterEnds) {
                   (*store)->fetchKeys(test::entityNamed("AccountTag"))->size());
         EXPECT_EQ(std::vector<std::string>(), *(*store)->check());
     }
+
+private:
+    std::mt19937_64& random_;
+    test::TestFolder folder_;
+    std::string path_ = folder_.file("book.estatebook");
+};
+
+TEST(StoreKillTest, WhatWasAcknowledgedIsThereHoweverTheWriterEnds) {
+    constexpr std::uint64_t KillsOfABook = 50;
+    const std::uint64_t seed = test::anySeed();
+    const std::uint64_t wanted = test::effort("ESTATEBOOK_KILLS", 200, 20);
+    std::mt19937_64 random(seed);
+    std::optional<Killer> killer;
+    std::uint64_t kills = 0;
+    for (; kills < wanted && !HasFailure(); ++kills) {
+        SCOPED_TRACE("seed " + std::to_string(seed) + ", kill " + std::to_string(kills));
+        if (kills % KillsOfABook == 0) killer.emplace(random);
+        killer->kill();
+    }
+    std::printf("%llu writers were killed (seed %llu)\n", static_cast<unsigned long long>(kills),
+                static_cast<unsigned long long>(seed));
 }
 
 } // namespace
