@@ -259,6 +259,7 @@ void ManagedObjectContext::propagateDeletion(ManagedObject& object) {
 void ManagedObjectContext::processPendingChanges() {
     assertThread();
     if (restoring_ > 0) return;
+    static_cast<void>(resolveUnknownSave(nullptr)); // else asked again
     std::vector<Ref<ManagedObject>> refused;
     std::vector<Ref<ManagedObject>> leaving;
     FirstException exceptions;

@@ -38,6 +38,7 @@ namespace estatebook::platform {
 
 struct ChangeSet;
 struct StoreError;
+class Store;
 class StoredObjects;
 class StoreSave;
 struct ObjectChange;
@@ -161,8 +162,9 @@ public:
     /// or code 1560 of "Persistence" with all of them under DetailedErrorsKey. With a null `error` the first
     /// failure ends the validation. Raises InternalInconsistencyException when `willSave` never comes to rest.
     ///
-    /// A store's refusal comes as its StoreErrorCode. After OutcomeUnknown the next save asks the store first what became of
-    /// this one, and never saves anything twice.
+    /// A store's refusal comes as its StoreErrorCode. After OutcomeUnknown whatever comes next, a save, a fetch, an undo, asks
+    /// the store first what became of this one, and nothing is ever saved twice. Until the store can tell, reading from it
+    /// fails.
     bool save(Ref<Error>* error = nullptr);
 
     /// MergePolicy::Error from the start.
@@ -267,6 +269,8 @@ private:
 
     /// Null without a store.
     [[nodiscard]] StoredObjects* storedObjects();
+    /// The store, when it is known which of its rows the objects here have become. Raises ObjectInaccessibleException.
+    [[nodiscard]] Store& readableStore();
     [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>>
     fetchFromStore(const FetchRequest& request, const EntityDescription& entity, Ref<Error>* error);
     ManagedObject& makeFault(const EntityDescription& entity, RowKey key);
@@ -293,6 +297,8 @@ private:
     /// Has members read again, but for those whose changes are not saved.
     void forgetUnchangedMembers(ManagedObject& object);
     bool resolveUnknownSave(Ref<Error>* error);
+    void haveRow(ManagedObject& object, const StoreSave& save);
+    void loseRow(ManagedObject& object);
 
     void propagateDeletion(ManagedObject& object);
     [[nodiscard]] static bool isDenied(ManagedObject& object);

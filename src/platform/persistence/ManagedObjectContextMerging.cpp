@@ -161,7 +161,7 @@ void ManagedObjectContext::rebase(ManagedObject& object, const Row& stored) {
 void ManagedObjectContext::mergeFromStore(ManagedObject& object) {
     if (!object.isStored()) return object.awakeFromSnapshotEvents(SnapshotRefresh);
     const RowKey key = static_cast<RowKey>(object.creationNumber());
-    const auto rows = stored_->store().rows(object.entity(), std::span(&key, 1));
+    const auto rows = readableStore().rows(object.entity(), std::span(&key, 1));
     if (!rows) throw ObjectInaccessibleException(rows.error().message);
     if (rows->empty()) throw ObjectInaccessibleException(object.description() + " has no record any more");
     merge(object, rows->front(), MergePolicy::ObjectTrump, SnapshotRefresh);
@@ -179,35 +179,65 @@ void ManagedObjectContext::loseToStore(ManagedObject& object) {
     exceptions.rethrow();
 }
 
+// A save of which the store could not tell what became of it
+
 bool ManagedObjectContext::resolveUnknownSave(Ref<Error>* error) {
     if (!unknownSave_) return true;
-    const auto refuse = [&](const StoreError& reason) {
-        if (error) *error = reason.asError();
-        return false;
-    };
     const auto landed = stored_->store().hasLanded(unknownSave_->changes().token);
-    if (!landed) return refuse(landed.error());
-    if (!*landed) {
-        unknownSave_.reset();
-        return true;
+    if (!landed) {
+        if (error) *error = landed.error().asError();
+        return false;
     }
-    // What has changed since then is told by the rows.
     const auto save = std::exchange(unknownSave_, nullptr);
+    if (!*landed) return true;
     save->adopt();
-    for (const auto& object : save->saved()) {
+    for (const auto& object : save->saved()) haveRow(*object, *save);
+    for (const auto& object : save->deleted()) {
         if (!owns(*object)) continue;
-        object->clear(ManagedObject::Inserted);
-        object->clear(ManagedObject::MadeBySystem);
-        const RowKey key = static_cast<RowKey>(object->creationNumber());
-        const auto rows = stored_->store().rows(object->entity(), std::span(&key, 1));
-        if (!rows) return refuse(rows.error());
-        if (!rows->empty() && !object->isDeleted()) rebase(*object, rows->front());
-        noteChanged(*object);
+        if (object->isDeleted())
+            leave(*object);
+        else
+            loseRow(*object);
     }
-    for (const auto& object : save->deleted())
-        if (owns(*object) && object->isDeleted()) leave(*object);
     std::erase_if(changed_, [&](const auto& object) { return !owns(*object); });
     return true;
+}
+
+/// What has changed since the object was saved is all that is left to save.
+void ManagedObjectContext::haveRow(ManagedObject& object, const StoreSave& save) {
+    if (!owns(object)) {
+        // Taken back meanwhile, which is still to be saved.
+        object.comeHome(homeOf(object.entity()));
+        enter(object);
+        object.set(ManagedObject::Deleted);
+        object.set(ManagedObject::DeletionPropagated);
+    }
+    object.clear(ManagedObject::Inserted);
+    object.clear(ManagedObject::MadeBySystem);
+    if (object.has(ManagedObject::Fault)) return;
+    FormerValues saved = save.savedValues(object);
+    ObjectJournal& journal = journals_[&object];
+    // What is being changed right now may look unchanged; it stays in the journal all the same.
+    for (FormerValue& former : journal.sinceSave.take())
+        if (!saved.has(former.property->key)) saved.keep(*former.property, std::move(former.value));
+    journal.sinceSave = std::move(saved);
+    noteChanged(object);
+}
+
+/// Its deletion was taken back meanwhile: it gets another row.
+void ManagedObjectContext::loseRow(ManagedObject& object) {
+    stored_->leave(static_cast<RowKey>(object.creationNumber_));
+    object.creationNumber_ = ManagedObject::FirstUnstoredNumber + ++lastCreationNumber_;
+    rows_[object.entity().index()].inOrderOfCreation = false;
+    object.set(ManagedObject::Inserted);
+    if (ObjectJournal* journal = journalOf(object)) journal->sinceSave = {};
+    noteChanged(object);
+    for (const ModelledProperty* link : stored_->properties(object.entity()).links) {
+        ManagedObject* const target = link->toOne(object).target;
+        if (!target || target->modelledProperty(link->inverse)->kind != PropertyKind::ToMany) continue;
+        RelationshipUpkeep::takeLink(object, *link, nullptr);
+        RelationshipUpkeep::takeLink(object, *link, target);
+    }
 }
 
 } // namespace estatebook::platform

@@ -85,7 +85,7 @@ void ManagedObjectContext::commit() {
 
 bool ManagedObjectContext::save(Ref<Error>* error) {
     assertThread();
-    if (unknownSave_ && !resolveUnknownSave(error)) return false;
+    if (!resolveUnknownSave(error)) return false;
     if (!hasChanges() && identifiers_.empty()) return true;
     settleBeforeSave();
     if (!validateAll(error)) return false;

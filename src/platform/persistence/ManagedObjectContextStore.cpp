@@ -35,6 +35,12 @@ StoredObjects* ManagedObjectContext::storedObjects() {
     return stored_.get();
 }
 
+Store& ManagedObjectContext::readableStore() {
+    Ref<Error> error;
+    if (!resolveUnknownSave(&error)) throw ObjectInaccessibleException(error->localizedDescription());
+    return stored_->store();
+}
+
 // Rows become objects
 
 ManagedObject& ManagedObjectContext::makeFault(const EntityDescription& entity, RowKey key) {
@@ -106,7 +112,7 @@ std::vector<ManagedObject*> ManagedObjectContext::objectsOf(const EntityDescript
             unknown.push_back(key);
     }
     if (!unknown.empty()) {
-        const auto visited = stored_->store().visitRows(entity, unknown, [&](const Row& row) {
+        const auto visited = readableStore().visitRows(entity, unknown, [&](const Row& row) {
             if (!stored_->find(row.key)) takeRow(makeFault(*row.entity, row.key), row);
         });
         if (!visited) raiseUnreadable(visited.error());
@@ -157,7 +163,7 @@ void ManagedObjectContext::readAhead(ManagedObject& object) {
     std::vector<RowKey> keys;
     for (const ManagedObject* each : neighbours(object, isUnread, nullptr)) keys.push_back(keyOf(*each));
     std::ranges::sort(keys);
-    const auto visited = stored_->store().visitRows(object.entity(), keys, [&](const Row& row) {
+    const auto visited = readableStore().visitRows(object.entity(), keys, [&](const Row& row) {
         if (ManagedObject* each = stored_->find(row.key); each && !each->isRead()) takeRow(*each, row);
     });
     if (!visited) raiseUnreadable(visited.error());
@@ -177,7 +183,7 @@ void ManagedObjectContext::fetchMembers(ManagedObject& owner, const ModelledProp
     keys.reserve(owners.size());
     for (const ManagedObject* each : owners) keys.push_back(keyOf(*each));
     const RelationshipDescription& relationship = *owner.entity().relationship(toMany.key);
-    const auto members = stored_->store().members(relationship, keys);
+    const auto members = readableStore().members(relationship, keys);
     if (!members) raiseUnreadable(members.error());
     for (std::size_t place = 0; place < owners.size(); ++place)
         RelationshipUpkeep::takeMembers(*owners[place], toMany,
@@ -198,6 +204,7 @@ void ManagedObjectContext::forgetUnchangedMembers(ManagedObject& object) {
 std::optional<std::vector<Ref<ManagedObject>>>
 ManagedObjectContext::fetchFromStore(const FetchRequest& request, const EntityDescription& entity,
                                      Ref<Error>* error) {
+    if (!resolveUnknownSave(error)) return std::nullopt;
     const bool asksStore =
         request.predicate && canBeAskedOfStore(entity, stored_->properties(entity), request.predicate->key());
     std::vector<Ref<ManagedObject>> found;
@@ -243,6 +250,7 @@ void ManagedObjectContext::setIdentifier(ManagedObject& object, std::string iden
 std::optional<std::vector<std::optional<std::string>>>
 ManagedObjectContext::identifiers(std::span<const Ref<ManagedObject>> objects, Ref<Error>* error) {
     assertThread();
+    if (!resolveUnknownSave(error)) return std::nullopt;
     std::vector<std::optional<std::string>> all(objects.size());
     std::vector<RowKey> keys;
     std::vector<std::size_t> places;

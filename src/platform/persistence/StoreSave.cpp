@@ -150,7 +150,40 @@ void StoreSave::adopt() {
         stored_.enter(key, *saved_[index]);
     }
     for (const RowUpdate& update : changes_.updates) stored_.setVersion(update.key, update.version + 1);
-    context_.identifiers_.clear();
+    for (const RowIdentifier& each : changes_.identifiers) {
+        const auto named = context_.identifiers_.find(stored_.find(each.key));
+        if (named != context_.identifiers_.end() && named->second == each.identifier)
+            context_.identifiers_.erase(named);
+    }
+}
+
+void StoreSave::keepLink(ManagedObject& object, const ModelledProperty& toOne, const RowLink& saved,
+                         FormerValues& values) const {
+    ManagedObject* const target = saved.target == NoRow ? nullptr : stored_.find(saved.target);
+    // Members that have been forgotten will be read in the order of their rows.
+    if (target && toOne.toOne(object).target == target) {
+        const ModelledProperty& back = *target->modelledProperty(toOne.inverse);
+        if (back.kind != PropertyKind::ToOne && back.toMany(*target).isUnknown()) return;
+    }
+    values.keep(toOne, Value(Ref<Object>(target)));
+}
+
+FormerValues StoreSave::savedValues(ManagedObject& object) const {
+    const StoredProperties& properties = stored_.properties(object.entity());
+    FormerValues values;
+    if (const auto update = updates_.find(&object); update != updates_.end()) {
+        for (const ChangedValue& each : changes_.updates[update->second].values)
+            values.keep(*properties.attributes[each.attribute], each.value);
+        for (const ChangedLink& each : changes_.updates[update->second].links)
+            keepLink(object, *properties.links[each.link], each.target, values);
+        return values;
+    }
+    const auto row = std::ranges::lower_bound(changes_.insertions, keyOf(object), {}, &Row::key);
+    for (std::size_t place = 0; place < properties.attributes.size(); ++place)
+        if (properties.attributes[place]) values.keep(*properties.attributes[place], row->values[place]);
+    for (std::size_t place = 0; place < properties.links.size(); ++place)
+        keepLink(object, *properties.links[place], row->links[place], values);
+    return values;
 }
 
 } // namespace estatebook::platform

@@ -4,6 +4,7 @@
 /// Inner header: one save of a context's changes to its store. It gives new objects the keys of their rows; when the save does
 /// not land they get their former numbers back.
 
+#include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/ManagedObject.hpp"
 #include "platform/persistence/store/StoreChanges.hpp"
 
@@ -30,11 +31,15 @@ public:
     /// The objects that it inserted or changed.
     [[nodiscard]] const std::vector<Ref<ManagedObject>>& saved() const noexcept { return saved_; }
     [[nodiscard]] const std::vector<Ref<ManagedObject>>& deleted() const noexcept { return deleted_; }
+    /// What it gave an object's row. REQUIRES: it has landed, and the object is one of those saved.
+    [[nodiscard]] FormerValues savedValues(ManagedObject& object) const;
 
 private:
     void insert(const Ref<ManagedObject>& object, RowKey key);
     void update(ManagedObject& object);
     void updateOrder(ManagedObject& owner, const ModelledProperty& ordered, const Value& former);
+    void keepLink(ManagedObject& object, const ModelledProperty& toOne, const RowLink& saved,
+                  FormerValues& values) const;
     RowUpdate& updateOf(ManagedObject& object);
     void changeLink(ManagedObject& object, const ModelledProperty& toOne);
 

@@ -46,6 +46,7 @@ protected:
     Ref<WatchedStore> store = watched();
     Ref<ManagedObjectContext> book = contextOn(store);
     Ref<Error> error;
+    const StoreError unknown{StoreErrorCode::OutcomeUnknown, "", "Whether it was saved is unknown"};
 
     Ref<WatchedStore> watched() { return makeRef<WatchedStore>(Ref<Store>(&place->store())); }
 
@@ -65,6 +66,15 @@ protected:
         place->reopen();
         store = watched();
         book = contextOn(store);
+    }
+    /// The store saves, but cannot tell.
+    void saveUnknowingly() {
+        store->onSave = [&](Store& inner, const StoreChanges& changes) -> StoreResult<SaveOutcome> {
+            EXPECT_TRUE(inner.save(changes));
+            return unknown;
+        };
+        EXPECT_FALSE(book->save(&error));
+        store->onSave = nullptr;
     }
     void saveAndReopen() {
         save();
@@ -468,7 +478,6 @@ TEST_P(StoredContextTest, ASaveNobodyKnowsOfIsAskedAboutAndNeverDoneTwice) {
     save();
     flat->setName(text("Ash"));
     const auto added = property("Oak");
-    const StoreError unknown{StoreErrorCode::OutcomeUnknown, "", "Whether it was saved is unknown"};
     store->onSave = [&](Store& inner, const StoreChanges& changes) -> StoreResult<SaveOutcome> {
         EXPECT_TRUE(inner.save(changes));
         return unknown;
@@ -496,13 +505,109 @@ TEST_P(StoredContextTest, ASaveNobodyKnowsOfIsAskedAboutAndNeverDoneTwice) {
 
 TEST_P(StoredContextTest, ASaveNobodyKnowsOfThatDidNotLandIsDoneAgain) {
     property("Elm");
-    store->onSave = [&](Store&, const StoreChanges&) -> StoreResult<SaveOutcome> {
-        return StoreError{StoreErrorCode::OutcomeUnknown, "", "Whether it was saved is unknown"};
-    };
+    store->onSave = [&](Store&, const StoreChanges&) -> StoreResult<SaveOutcome> { return unknown; };
     EXPECT_FALSE(book->save(&error));
     store->onSave = nullptr;
     saveAndReopen();
     EXPECT_EQ(theProperty()->name()->view(), "Elm");
+}
+
+TEST_P(StoredContextTest, WhatIsTakenBackAfterASaveNobodyKnowsOfIsTakenBackInTheStore) {
+    const auto flat = property("Elm");
+    save();
+    book->undoManager()->endEvent();
+    flat->setName(text("Ash"));
+    letting(property("Oak").get());
+    saveUnknowingly();
+    store->outcomeUnknown = unknown;
+    book->undo();
+    EXPECT_FALSE(book->executeFetchRequest({"Property"}, &error)) << "what it would find may be here already";
+    EXPECT_EQ(error->code(), static_cast<std::int64_t>(StoreErrorCode::OutcomeUnknown));
+    store->outcomeUnknown.reset();
+    EXPECT_THAT(book->fetchAll<TKProperty>("Property"), ElementsAre(flat));
+    save();
+    EXPECT_FALSE(book->hasChanges());
+    EXPECT_THAT(book->fetchAll<TKProperty>("Property"), ElementsAre(flat));
+    reopen();
+    EXPECT_EQ(theProperty()->name()->view(), "Elm");
+    EXPECT_THAT(book->fetchAll<TKTenure>("Tenure"), IsEmpty());
+}
+
+TEST_P(StoredContextTest, ADeletionThatLandedUnknowinglyAndIsTakenBackIsSavedAsAnotherRow) {
+    const auto tenure = letting(property("Elm").get());
+    pay(*tenure, {1, 2});
+    save();
+    book->undoManager()->endEvent();
+    const auto number = tenure->creationNumber();
+    book->deleteObject(*tenure);
+    saveUnknowingly();
+    store->outcomeUnknown = unknown;
+    book->rollback();
+    store->outcomeUnknown.reset();
+    letting(theProperty().get());
+    save();
+    EXPECT_GT(tenure->creationNumber(), number);
+    EXPECT_EQ(&theProperty()->tenures()[0], tenure.get());
+    EXPECT_THAT(book->fetchAll<TKTenure>("Tenure"), SizeIs(2));
+    reopen();
+    const auto all = book->fetchAll<TKTenure>("Tenure");
+    ASSERT_THAT(all, SizeIs(2));
+    EXPECT_THAT(amounts(*all[0]), ElementsAre(Decimal(1), Decimal(2)));
+    EXPECT_EQ(all[0]->property(), theProperty().get());
+}
+
+TEST_P(StoredContextTest, AFaultKeepsWhatWasSavedUnknowingly) {
+    const auto flat = property("Elm");
+    save();
+    flat->setName(text("Ash"));
+    saveUnknowingly();
+    book->refreshObjectMergeChanges(*flat, false);
+    property("Oak");
+    save();
+    EXPECT_EQ(flat->name()->view(), "Ash");
+    reopen();
+    EXPECT_EQ(book->fetchAll<TKProperty>("Property").front()->name()->view(), "Ash");
+}
+
+TEST_P(StoredContextTest, AnOrderThatWasSavedUnknowinglyAndIsTakenBackIsSaved) {
+    const auto flat = property("Elm");
+    flat->setTagNames(TKTagNames::initWithEditableString("sea, garden, pets"));
+    save();
+    book->undoManager()->endEvent();
+    auto members = flat->mutableOrderedSetValueForKey(keys::tags);
+    const Ref<ManagedObject> first(&members.objectAtIndex(0));
+    members.removeObject(*first);
+    members.addObject(*first);
+    flat->setTagNames(TKTag::fetchTagNamesFromTaggableObject(*flat));
+    saveUnknowingly();
+    store->outcomeUnknown = unknown;
+    book->undo();
+    store->outcomeUnknown.reset();
+    saveAndReopen();
+    EXPECT_THAT(tags(*theProperty()), ElementsAre("sea", "garden", "pets"));
+}
+
+TEST_P(StoredContextTest, ARollbackReturnsToASaveThatTurnsOutToHaveLanded) {
+    const auto flat = property("Elm");
+    save();
+    flat->setName(text("Ash"));
+    const auto added = property("Oak");
+    saveUnknowingly();
+    flat->setName(text("Yew"));
+    book->rollback();
+    EXPECT_EQ(flat->name()->view(), "Ash");
+    EXPECT_THAT(book->fetchAll<TKProperty>("Property"), ElementsAre(flat, added));
+    EXPECT_FALSE(book->hasChanges());
+}
+
+TEST_P(StoredContextTest, ANameGivenAfterASaveNobodyKnowsOfIsKept) {
+    const auto flat = property("Elm");
+    book->setIdentifier(*flat, "p1");
+    saveUnknowingly();
+    book->setIdentifier(*flat, "p2");
+    saveAndReopen();
+    const std::vector<Ref<ManagedObject>> all{theProperty()};
+    EXPECT_THAT(*book->identifiers(all), ElementsAre("p2"));
 }
 
 TEST_P(StoredContextTest, ARollbackReturnsToWhatTheStoreHas) {
