@@ -290,7 +290,10 @@ bool ManagedObjectContext::saveToStore(Ref<Error>* error) {
         }
         save->withdraw();
         if (!outcome) {
-            if (outcome.error().code == StoreErrorCode::OutcomeUnknown) unknownSave_ = std::move(save);
+            if (outcome.error().code == StoreErrorCode::OutcomeUnknown) {
+                save->keepOrders();
+                unknownSave_ = std::move(save);
+            }
             return refuse(outcome.error());
         }
         if (!settleConflicts(outcome->conflicts, error)) return false;

@@ -277,11 +277,12 @@ void ManagedObjectContext::rollback() {
     exceptions.keep([&] { processPendingChanges(); });
     ChangeSet set;
     for (const auto& object : changed_) {
-        if (object->isDeleted())
+        // One that is both is here because its deletion was refused.
+        if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem))
+            set.changes.push_back({ObjectChange::Kind::Insertion, object});
+        else if (object->isDeleted())
             set.changes.push_back(
                 {ObjectChange::Kind::Deletion, object, allFormerValues(*object, &ObjectJournal::sinceSave)});
-        else if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem))
-            set.changes.push_back({ObjectChange::Kind::Insertion, object});
         else if (ObjectJournal* journal = journalOf(*object))
             set.changes.push_back({ObjectChange::Kind::Update, object, journal->sinceSave.take()});
     }

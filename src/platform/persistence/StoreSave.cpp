@@ -143,6 +143,21 @@ void StoreSave::withdraw() noexcept {
         saved_[index]->creationNumber_ = formerNumbers_[index];
 }
 
+void StoreSave::keepOrders() {
+    const std::size_t rows = saved_.size();
+    const auto keepOrdersOf = [&](ManagedObject& owner) {
+        for (const ModelledProperty* toMany : stored_.properties(owner.entity()).toMany)
+            if (toMany->kind == PropertyKind::OrderedToMany && !toMany->toMany(owner).isUnknown())
+                orders_[&owner].push_back({toMany, owner.primitiveValueForKey(toMany->key)});
+    };
+    for (std::size_t index = 0; index < rows; ++index) keepOrdersOf(*saved_[index]);
+    for (const auto& object : context_.updatedObjects()) {
+        if (updates_.contains(object.get())) continue;
+        keepOrdersOf(*object);
+        if (orders_.contains(object.get())) saved_.push_back(object);
+    }
+}
+
 void StoreSave::adopt() {
     for (std::size_t index = 0; index < formerNumbers_.size(); ++index) {
         const RowKey key = changes_.insertions[index].key;
@@ -171,6 +186,9 @@ void StoreSave::keepLink(ManagedObject& object, const ModelledProperty& toOne, c
 FormerValues StoreSave::savedValues(ManagedObject& object) const {
     const StoredProperties& properties = stored_.properties(object.entity());
     FormerValues values;
+    if (const auto orders = orders_.find(&object); orders != orders_.end())
+        for (const FormerValue& each : orders->second)
+            if (!each.property->toMany(object).isUnknown()) values.keep(*each.property, each.value);
     if (const auto update = updates_.find(&object); update != updates_.end()) {
         for (const ChangedValue& each : changes_.updates[update->second].values)
             values.keep(*properties.attributes[each.attribute], each.value);
@@ -179,6 +197,7 @@ FormerValues StoreSave::savedValues(ManagedObject& object) const {
         return values;
     }
     const auto row = std::ranges::lower_bound(changes_.insertions, keyOf(object), {}, &Row::key);
+    if (row == changes_.insertions.end() || row->key != keyOf(object)) return values;
     for (std::size_t place = 0; place < properties.attributes.size(); ++place)
         if (properties.attributes[place]) values.keep(*properties.attributes[place], row->values[place]);
     for (std::size_t place = 0; place < properties.links.size(); ++place)

@@ -26,12 +26,14 @@ public:
 
     /// It has not landed, or nobody knows.
     void withdraw() noexcept;
+    /// Nobody knows, and it is to be told later what was saved.
+    void keepOrders();
     /// It has landed.
     void adopt();
     /// The objects that it inserted or changed.
     [[nodiscard]] const std::vector<Ref<ManagedObject>>& saved() const noexcept { return saved_; }
     [[nodiscard]] const std::vector<Ref<ManagedObject>>& deleted() const noexcept { return deleted_; }
-    /// What it gave an object's row. REQUIRES: it has landed, and the object is one of those saved.
+    /// What it gave an object's row. REQUIRES: it has landed after all, and the object is one of those saved.
     [[nodiscard]] FormerValues savedValues(ManagedObject& object) const;
 
 private:
@@ -50,6 +52,8 @@ private:
     std::vector<Ref<ManagedObject>> deleted_;
     /// Of the first ones of those saved: the numbers they have while they are in no store.
     std::vector<std::uint64_t> formerNumbers_;
+    /// The members of ordered relationships.
+    std::unordered_map<const ManagedObject*, std::vector<FormerValue>> orders_;
     /// The place of an object's update.
     std::unordered_map<const ManagedObject*, std::size_t> updates_;
 };

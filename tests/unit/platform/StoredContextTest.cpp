@@ -628,6 +628,30 @@ TEST_P(StoredContextTest, ARollbackReturnsToWhatTheStoreHas) {
     EXPECT_THAT(amounts(*theLetting()), ElementsAre(Decimal(1), Decimal(2)));
 }
 
+TEST_P(StoredContextTest, ARollbackTakesBackWhatWasInsertedThoughItsDeletionIsRefused) {
+    const auto tenure = letting();
+    save();
+    const auto flat = property("Elm");
+    tenure->setProperty(flat.get());
+    book->deleteObject(*flat);
+    EXPECT_FALSE(book->save(&error));
+    book->rollback();
+    EXPECT_THAT(book->fetchAll<TKProperty>("Property"), IsEmpty());
+    EXPECT_FALSE(tenure->property());
+    EXPECT_FALSE(book->hasChanges());
+}
+
+TEST_P(StoredContextTest, AnOrderReturnsToASaveThatTurnsOutToHaveLanded) {
+    const auto flat = property("Elm");
+    flat->setTagNames(TKTagNames::initWithEditableString("sea, garden, pets"));
+    saveUnknowingly();
+    store->outcomeUnknown = unknown;
+    book->rollback();
+    store->outcomeUnknown.reset();
+    book->rollback();
+    EXPECT_THAT(tags(*flat), ElementsAre("sea", "garden", "pets"));
+}
+
 TEST_P(StoredContextTest, AnUndoneDeletionIsSavedAsAnotherRow) {
     const auto tenure = letting(property("Elm").get());
     pay(*tenure, {1, 2});
