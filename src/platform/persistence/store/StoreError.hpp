@@ -39,7 +39,7 @@ struct StoreError {
     StoreErrorCode code{};
     /// The book's; empty for one in memory.
     std::string path;
-    /// One line: what happened, where, and what to do.
+    /// One line: what happened, where, and what to do. Empty when there was no memory left even for that.
     std::string message;
 
     [[nodiscard]] ESTATEBOOK_API Ref<Error> asError() const;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <new>
+#include <string_view>
 
 namespace estatebook::platform::sqlite {
 
@@ -16,9 +17,14 @@ StoreFailure invalid(std::string reason) {
     return {StoreErrorCode::InvalidChange, std::move(reason)};
 }
 
-StoreFailure unknown(const StoreFailure& failure, const std::string& silence) {
-    return {StoreErrorCode::OutcomeUnknown,
-            "a save failed (" + failure.reason + "), and the book cannot be opened again (" + silence + ")"};
+StoreFailure unknown(const StoreFailure& failure, std::string_view silence) noexcept {
+    try {
+        return {StoreErrorCode::OutcomeUnknown, "a save failed (" + failure.reason +
+                                                    "), and the book cannot be opened again (" +
+                                                    std::string(silence) + ")"};
+    } catch (const std::bad_alloc&) {
+        return {StoreErrorCode::OutcomeUnknown, {}};
+    }
 }
 
 /// Drops a connection whose transaction could not even be taken back.

@@ -13,7 +13,7 @@ namespace estatebook::platform::sqlite {
 
 class BookWriter {
 public:
-    BookWriter(BookFile& file, const StoreChanges& changes) noexcept : file_(file), changes_(changes) {}
+    BookWriter(BookFile& file, const StoreChanges& changes) : file_(file), changes_(changes) {}
 
     /// Throws a StoreFailure.
     [[nodiscard]] SaveOutcome save();

@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <cstddef>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -222,9 +223,13 @@ bool Connection::isInTransaction() const noexcept {
     return sqlite3_get_autocommit(database_.get()) == 0;
 }
 
-StoreFailure Connection::failureOf(int code) const {
-    return {meaningOf(code),
-            std::string(sqlite3_errstr(code)) + " (" + sqlite3_errmsg(database_.get()) + ")"};
+StoreFailure Connection::failureOf(int code) const noexcept {
+    try {
+        return {meaningOf(code),
+                std::string(sqlite3_errstr(code)) + " (" + sqlite3_errmsg(database_.get()) + ")"};
+    } catch (const std::bad_alloc&) {
+        return {meaningOf(code), {}};
+    }
 }
 
 // Transaction

@@ -78,7 +78,7 @@ public:
     [[nodiscard]] bool isInTransaction() const noexcept;
 
     /// What a result code of the data base means.
-    [[nodiscard]] StoreFailure failureOf(int code) const;
+    [[nodiscard]] StoreFailure failureOf(int code) const noexcept;
     [[noreturn]] void fail(int code) const { throw failureOf(code); }
     [[nodiscard]] sqlite3* handle() const noexcept { return database_.get(); }
 

@@ -11,10 +11,6 @@
 
 namespace estatebook::platform::sqlite {
 
-[[nodiscard]] inline StoreFailure outOfMemory() {
-    return {StoreErrorCode::OutOfMemory, "there is no memory left"};
-}
-
 /// What the work on a file gives, or the error that came of it.
 template <class Work>
 auto guarded(const std::string& path, Work work) -> StoreResult<decltype(work())> {
@@ -25,7 +21,7 @@ auto guarded(const std::string& path, Work work) -> StoreResult<decltype(work())
     } catch (const StoreFailure& failure) {
         return errorOf(failure, path);
     } catch (const std::bad_alloc&) {
-        return errorOf(outOfMemory(), path);
+        return errorWithoutMemory(path);
     }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/store/sqlite/StoreFailure.hpp"
 
+#include <new>
+
 namespace estatebook::platform::sqlite {
 
 namespace {
@@ -43,12 +45,24 @@ std::string_view adviceFor(StoreErrorCode code) {
 
 } // namespace
 
-StoreError errorOf(const StoreFailure& failure, std::string_view path) {
-    std::string message = std::string(path) + ": " + failure.reason + ". ";
-    message += adviceFor(failure.code);
-    for (char& each : message)
-        if (each == '\n') each = ' ';
-    return {failure.code, std::string(path), std::move(message)};
+StoreError errorOf(const StoreFailure& failure, std::string_view path) noexcept {
+    try {
+        std::string message = std::string(path) + ": " + failure.reason + ". ";
+        message += adviceFor(failure.code);
+        for (char& each : message)
+            if (each == '\n') each = ' ';
+        return {failure.code, std::string(path), std::move(message)};
+    } catch (const std::bad_alloc&) {
+        return {failure.code, {}, {}};
+    }
+}
+
+StoreError errorWithoutMemory(std::string_view path) noexcept {
+    try {
+        return errorOf({StoreErrorCode::OutOfMemory, "there is no memory left"}, path);
+    } catch (const std::bad_alloc&) {
+        return {StoreErrorCode::OutOfMemory, {}, {}};
+    }
 }
 
 } // namespace estatebook::platform::sqlite

@@ -16,8 +16,9 @@ struct StoreFailure {
     std::string reason;
 };
 
-/// "PATH: REASON. ADVICE", on one line.
-[[nodiscard]] StoreError errorOf(const StoreFailure& failure, std::string_view path);
+/// "PATH: REASON. ADVICE", on one line. Where there is not even memory for that, the code alone.
+[[nodiscard]] StoreError errorOf(const StoreFailure& failure, std::string_view path) noexcept;
+[[nodiscard]] StoreError errorWithoutMemory(std::string_view path) noexcept;
 
 [[noreturn]] inline void damaged(std::string reason) {
     throw StoreFailure{StoreErrorCode::Damaged, std::move(reason)};
