@@ -42,7 +42,7 @@ TEST_F(WriterLockTest, TheSecondIsToldWhoHasItAndSinceWhen) {
 
 TEST_F(WriterLockTest, IsGivenBackAtItsEnd) {
     static_cast<void>(WriterLock::take(book_, Ada));
-    std::optional<WriterLock> held(std::move(*WriterLock::take(book_, Ada)));
+    std::optional<WriterLock> held(*WriterLock::take(book_, Ada));
     EXPECT_FALSE(WriterLock::take(book_, Ada));
     held.reset();
     EXPECT_TRUE(WriterLock::take(book_, Ada));
