@@ -245,7 +245,7 @@ void ManagedObject::noteWillChange(Key key) {
     if (context) context->keepFormerValue(*this, *property);
     if (property->kind != PropertyKind::ToOne) return;
     ManagedObject* const before = property->toOne(*this).target;
-    // Read now, the members still are what they were before the change.
+    // Read now, its members still are what they were before the change.
     if (before) before->knowMembersOf(property->inverse);
     openLinks().push_back({this, key, before});
 }
@@ -310,7 +310,10 @@ ToManySlot& ManagedObject::knownMembers(const ModelledProperty& toMany) {
 
 void ManagedObject::knowMembersOf(Key relationship) {
     const ModelledProperty& property = *modelledProperty(relationship);
-    if (property.kind != PropertyKind::ToOne) knownMembers(property);
+    if (property.kind == PropertyKind::ToOne)
+        access();
+    else
+        knownMembers(property);
 }
 
 std::string ManagedObject::description() const {

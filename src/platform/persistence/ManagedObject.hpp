@@ -200,7 +200,7 @@ private:
     void fetchMembers(const ModelledProperty& toMany) const;
     /// Where the members are, read if they have to be.
     ToManySlot& knownMembers(const ModelledProperty& toMany);
-    /// Has the members of a relationship read; nothing happens for one that leads to one object.
+    /// Has the members of a relationship read, or the one object it leads to.
     void knowMembersOf(Key relationship);
     /// Whether its links are those of its row or newer ones.
     [[nodiscard]] bool isRead() const noexcept { return !has(Fault) || has(ReadAhead); }

@@ -277,6 +277,7 @@ private:
     /// Gives a fault the values of its row.
     void takeRow(ManagedObject& object, const Row& row);
     void takeLinks(ManagedObject& object, const Row& row);
+    void takeLink(ManagedObject& object, const ModelledProperty& toOne, ManagedObject* target);
     /// The objects of these rows, in their order; those that are gone are left out.
     std::vector<ManagedObject*> objectsOf(const EntityDescription& entity, std::span<const RowKey> keys);
     /// Reads the rows that links lead to, where the key alone does not tell the entity.

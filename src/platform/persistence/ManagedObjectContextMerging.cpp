@@ -127,7 +127,8 @@ void ManagedObjectContext::merge(ManagedObject& object, const Row& stored, Merge
         const auto& entity = *object.entity().relationship(side.property->key)->destinationEntity;
         ManagedObject* target = nullptr;
         if (side.link->target != NoRow)
-            if (const auto targets = objectsOf(entity, std::span(&side.link->target, 1)); !targets.empty())
+            if (const auto targets = objectsOf(entity, std::span(&side.link->target, 1));
+                !targets.empty() && isWithin(*targets.front()))
                 target = targets.front();
         side.property->toOne(object).target = target;
     }

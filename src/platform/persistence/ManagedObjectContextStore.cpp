@@ -78,8 +78,19 @@ void ManagedObjectContext::takeLinks(ManagedObject& object, const Row& row) {
             }
             target = &makeFault(entity, link.target);
         }
-        RelationshipUpkeep::takeLink(object, *properties.links[place], target);
+        takeLink(object, *properties.links[place], target);
     }
+}
+
+void ManagedObjectContext::takeLink(ManagedObject& object, const ModelledProperty& toOne,
+                                    ManagedObject* target) {
+    const bool isGone = target && target->has(ManagedObject::DeletionPropagated);
+    RelationshipUpkeep::takeLink(object, toOne, isGone ? nullptr : target);
+    if (!isGone) return;
+    // The deletion is not saved yet, and would have taken the link along if it had been there.
+    ObjectJournal& journal = journals_[&object];
+    if (!journal.sinceSave.has(toOne.key)) journal.sinceSave.keep(toOne, Value(Ref<Object>(target)));
+    noteChanged(object);
 }
 
 void ManagedObjectContext::followOpenLinks() {
@@ -97,7 +108,7 @@ void ManagedObjectContext::followOpenLinks() {
             objectsOf(*first.target, keys);
         }
         for (const OpenRowLink& each : links)
-            RelationshipUpkeep::takeLink(*each.object, *each.property, stored_->find(each.link.target));
+            takeLink(*each.object, *each.property, stored_->find(each.link.target));
     }
 }
 

@@ -214,6 +214,7 @@ void RelationshipUpkeep::follow(ManagedObject& object, const ModelledProperty& p
             continue;
         }
         // One to one: the other side follows in its own right, and lets go of whom it was linked with.
+        other->access();
         ManagedObject* const linked = back.toOne(*other).target;
         if (joins && linked != &object) other->setToOne(back, &object);
         if (!joins && linked == &object) other->setToOne(back, nullptr);

@@ -159,6 +159,53 @@ TEST_P(StoredContextTest, AOneToOneLinkComesBackOnBothSides) {
     EXPECT_EQ(theProperty()->advertisement(), advertisement.get());
 }
 
+TEST_P(StoredContextTest, ADeletionTakesAlongTheOneLinkOfAnObjectThatNobodyHasRead) {
+    property("Elm Street")->setAdvertisement(book->insertNewObject<Advertisement>("Advertisement").get());
+    saveAndReopen();
+    book->deleteObject(*only<Advertisement>("Advertisement"));
+    saveAndReopen();
+    EXPECT_FALSE(theProperty()->advertisement());
+}
+
+TEST_P(StoredContextTest, AnObjectThatMovesIsLetGoByAnOwnerThatNobodyHasRead) {
+    property("Elm")->setAdvertisement(book->insertNewObject<Advertisement>("Advertisement").get());
+    property("Ash")->setAdvertisement(book->insertNewObject<Advertisement>("Advertisement").get());
+    saveAndReopen();
+    const auto advertisements = book->fetchAll<Advertisement>("Advertisement");
+    TKProperty* const elm = advertisements[0]->property();
+    TKProperty* const ash = advertisements[1]->property();
+    ASSERT_TRUE(elm->isFault() && ash->isFault());
+    advertisements[0]->setProperty(ash);
+    const auto expectMoved = [](const TKProperty& from, const TKProperty& to, const Advertisement& moved,
+                                const Advertisement& left) {
+        EXPECT_FALSE(from.advertisement());
+        EXPECT_EQ(to.advertisement(), &moved);
+        EXPECT_FALSE(left.property());
+    };
+    expectMoved(*elm, *ash, *advertisements[0], *advertisements[1]);
+    saveAndReopen();
+    const auto flats = book->fetchAll<TKProperty>("Property");
+    const auto again = book->fetchAll<Advertisement>("Advertisement");
+    expectMoved(*flats[0], *flats[1], *again[0], *again[1]);
+}
+
+TEST_P(StoredContextTest, WhatIsReadAgainDoesNotLeadToADeletedObject) {
+    property("Elm Street")->setAdvertisement(book->insertNewObject<Advertisement>("Advertisement").get());
+    saveAndReopen();
+    const auto advertisement = only<Advertisement>("Advertisement");
+    const auto flat = theProperty();
+    book->deleteObject(*advertisement);
+    book->refreshObjectMergeChanges(*flat, false);
+    EXPECT_FALSE(flat->advertisement());
+    book->rollback();
+    EXPECT_EQ(flat->advertisement(), advertisement.get());
+    book->deleteObject(*advertisement);
+    book->refreshObjectMergeChanges(*flat, false);
+    EXPECT_EQ(flat->name()->view(), "Elm Street");
+    saveAndReopen();
+    EXPECT_FALSE(theProperty()->advertisement());
+}
+
 TEST_P(StoredContextTest, FetchesAndMembersComeInTheOrderOfCreation) {
     for (const char* name : {"Elm", "Ash", "Yew"}) property(name);
     const auto tenure = letting();
