@@ -273,6 +273,7 @@ private:
     [[nodiscard]] Store& readableStore();
     [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>>
     fetchFromStore(const FetchRequest& request, const EntityDescription& entity, Ref<Error>* error);
+    [[nodiscard]] std::vector<Ref<ManagedObject>> changedOfEntity(const EntityDescription& entity) const;
     ManagedObject& makeFault(const EntityDescription& entity, RowKey key);
     /// Gives a fault the values of its row.
     void takeRow(ManagedObject& object, const Row& row);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/ManagedObjectModel.hpp"
 #include "platform/persistence/RelationshipUpkeep.hpp"
 #include "platform/persistence/StoreSave.hpp"
 #include "platform/persistence/StoredObjects.hpp"
@@ -212,6 +213,28 @@ void ManagedObjectContext::forgetUnchangedMembers(ManagedObject& object) {
 
 // Fetching
 
+// By whichever list is the shorter: each letting that comes in asks for a setting, and may be one of thousands.
+std::vector<Ref<ManagedObject>> ManagedObjectContext::changedOfEntity(const EntityDescription& entity) const {
+    std::vector<Ref<ManagedObject>> found;
+    const auto collect = [&](ManagedObject* object) {
+        if (object && object->hasChanges() && !object->isDeleted() && object->entity().isKindOfEntity(entity))
+            found.emplace_back(object);
+    };
+    std::size_t count = 0;
+    std::vector<const Rows*> all;
+    for (const auto& each : coordinator_->managedObjectModel()->entities()) {
+        if (!each->isKindOfEntity(entity)) continue;
+        all.push_back(&rows_[each->index()]);
+        count += all.back()->objects.size();
+    }
+    if (count < changed_.size()) {
+        for (const Rows* rows : all) std::ranges::for_each(rows->objects, collect);
+    } else {
+        for (const auto& object : changed_) collect(object.get());
+    }
+    return found;
+}
+
 std::optional<std::vector<Ref<ManagedObject>>>
 ManagedObjectContext::fetchFromStore(const FetchRequest& request, const EntityDescription& entity,
                                      Ref<Error>* error) {
@@ -238,10 +261,8 @@ ManagedObjectContext::fetchFromStore(const FetchRequest& request, const EntityDe
     };
     if (request.predicate && !asksStore) std::erase_if(found, std::not_fn(matches));
     const std::size_t unchanged = found.size();
-    for (const auto& object : std::vector(changed_))
-        if (object->hasChanges() && !object->isDeleted() && object->entity().isKindOfEntity(entity) &&
-            (!request.predicate || matches(object)))
-            found.push_back(object);
+    for (const auto& object : changedOfEntity(entity))
+        if (!request.predicate || matches(object)) found.push_back(object);
     if (found.size() > unchanged) std::ranges::sort(found, {}, &ManagedObject::creationNumber);
     return found;
 }
