@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/BookObjects.hpp"
 
+#include "estatebook/book/Identifiers.hpp"
+#include "estatebook/document/BookMembers.hpp"
+
 #include "platform/values/AttributedString.hpp"
+#include "platform/values/Exception.hpp"
 #include "store/TKState.hpp"
 #include "tags/TKTagNames.hpp"
 
-#include <fmt/format.h>
-
+#include <algorithm>
 #include <cstdint>
-#include <unordered_set>
+#include <utility>
 
 namespace estatebook {
 
@@ -70,34 +73,6 @@ Value valueOf(const std::optional<document::RichText>& text) {
     }
     return AttributedString::make(String::make(whole), std::move(runs));
 }
-
-/// Gives identifiers to objects that came without one: the first of KIND-1, KIND-2 … that is free.
-class Identifiers {
-public:
-    explicit Identifiers(std::string_view kind) : kind_(kind) {}
-
-    template <class Document>
-    void take(const Document& document) {
-        if (document.id) taken_.insert(*document.id);
-    }
-    template <class Document>
-    void takeAll(const std::vector<Document>& documents) {
-        for (const Document& document : documents) take(document);
-    }
-    template <class Document>
-    std::string of(const Document& document) {
-        if (document.id) return *document.id;
-        std::string made;
-        do made = fmt::format("{}-{}", kind_, ++last_);
-        while (taken_.contains(made));
-        return made;
-    }
-
-private:
-    std::string_view kind_;
-    std::unordered_set<std::string_view> taken_;
-    std::size_t last_ = 0;
-};
 
 void fill(TKTransaction& object, const document::Transaction& transaction) {
     object.setAmount(transaction.amount);
@@ -169,30 +144,36 @@ void fill(TKTenure& object, const document::Tenure& tenure) {
     object.setLastBalancedDate(tenure.lastBalancedDate);
 }
 
+} // namespace
+
 /// Makes the objects of one document.
-class Maker {
+class BookObjects::Maker {
 public:
-    Maker(const document::BookDocument& document, ManagedObjectContext& context, BookObjects& made)
-        : document_(document), context_(context), made_(made) {
+    enum class Purpose : std::uint8_t { Reckoning, Keeping };
+
+    Maker(const document::BookDocument& document, ManagedObjectContext& context, Purpose purpose,
+          BookObjects& made)
+        : document_(document), context_(context), isKept_(purpose == Purpose::Keeping), made_(made) {
         for (const auto& property : document.properties) {
-            propertyIds_.take(property);
-            transactionIds_.takeAll(property.transactions);
-            noteIds_.takeAll(property.notes);
+            propertyIds_.take(property.id);
+            takeAll(transactionIds_, property.transactions);
+            takeAll(noteIds_, property.notes);
         }
         for (const auto& tenant : document.tenants) {
-            tenantIds_.take(tenant);
-            noteIds_.takeAll(tenant.notes);
+            tenantIds_.take(tenant.id);
+            takeAll(noteIds_, tenant.notes);
         }
         for (const auto& tenure : document.tenures) {
-            tenureIds_.take(tenure);
-            transactionIds_.takeAll(tenure.transactions);
-            noteIds_.takeAll(tenure.notes);
+            tenureIds_.take(tenure.id);
+            takeAll(transactionIds_, tenure.transactions);
+            takeAll(noteIds_, tenure.notes);
         }
     }
 
     void make() {
         // Each tenure looks for the settings it follows, and finds them at once as long as there are no others.
-        addSettings(true);
+        const auto [first, others] = settingsAround();
+        for (const document::Setting* setting : first) addSetting(setting->name, setting->value);
         for (const auto& property : document_.properties) {
             auto& object = add(made_.properties, "Property", property, propertyIds_);
             const auto setOwner = [&](auto& part) { part.setProperty(&object); };
@@ -216,31 +197,47 @@ public:
                                           setOwner);
             addParts<TKTenureNote>("TenureNote", tenure.notes, noteIds_, setOwner);
         }
-        addSettings(false);
+        for (const document::Setting* setting : others) addSetting(setting->name, setting->value);
+        if (document_.timeZone) addSetting(document::TimeZoneSettingName, *document_.timeZone);
     }
 
 private:
-    /// The settings that tenures follow, or all others. No name is given twice in a document, so that none has to be
-    /// looked for.
-    void addSettings(bool areFollowed) {
-        const auto add = [&](std::string_view name, const Value& value) {
-            const auto state = context_.insertNewObject<TKState>("State");
-            state->setName(String::make(name));
-            state->setValue(value);
-        };
-        for (const document::Setting& setting : document_.settings) {
-            const bool isFollowed = setting.name == TKCurrencyCodeStateName->view() ||
-                                    setting.name == TKBillingModeStateName->view();
-            if (isFollowed == areFollowed) add(setting.name, valueOf(setting.value));
-        }
-        if (document_.timeZone && !areFollowed) add("TimeZone", Value(String::make(*document_.timeZone)));
+    template <class Document>
+    static void takeAll(Identifiers& ids, const std::vector<Document>& documents) {
+        for (const Document& document : documents) ids.take(document.id);
+    }
+
+    static bool isFollowed(const document::Setting& setting) {
+        return setting.name == TKCurrencyCodeStateName->view() ||
+               setting.name == TKBillingModeStateName->view();
+    }
+
+    using Settings = std::vector<const document::Setting*>;
+    /// Those to be made before the tenures, the ones that these follow among them, and those behind. Settings that are kept stay
+    /// in their order.
+    [[nodiscard]] std::pair<Settings, Settings> settingsAround() const {
+        Settings all;
+        for (const document::Setting& setting : document_.settings) all.push_back(&setting);
+        const auto follows = [](const document::Setting* setting) { return isFollowed(*setting); };
+        const auto border = isKept_ ? std::find_if(all.rbegin(), all.rend(), follows).base()
+                                    : std::stable_partition(all.begin(), all.end(), follows);
+        return {Settings(all.begin(), border), Settings(border, all.end())};
+    }
+
+    /// No name is given twice in a document, so that none has to be looked for.
+    void addSetting(std::string_view name, const document::SettingValue& value) {
+        const auto state = context_.insertNewObject<TKState>("State");
+        state->setName(String::make(name));
+        const bool isNull = std::holds_alternative<std::monostate>(value);
+        state->setValue(isKept_ && isNull ? Value(platform::NullObject()) : valueOf(value));
     }
 
     template <class Object, class Document>
     Ref<Object> make(std::string_view entity, const Document& document, Identifiers& ids) {
         Ref<Object> object = context_.insertNewObject<Object>(entity);
         fill(*object, document);
-        made_.identifiers.emplace(object.get(), ids.of(document));
+        made_.identifiers_.emplace(object.get(), ids.of(document.id));
+        if (isKept_ && document.id) context_.setIdentifier(*object, *document.id);
         return object;
     }
 
@@ -248,7 +245,7 @@ private:
     Object& add(std::vector<BookObjects::Entry<Object>>& entries, std::string_view entity,
                 const Document& document, Identifiers& ids) {
         const auto object = make<Object>(entity, document, ids);
-        entries.push_back({made_.identifiers.at(object.get()), object});
+        entries.push_back({made_.identifiers_.at(object.get()), object});
         return *object;
     }
 
@@ -260,6 +257,7 @@ private:
 
     const document::BookDocument& document_;
     ManagedObjectContext& context_;
+    bool isKept_;
     BookObjects& made_;
     Identifiers propertyIds_{"property"};
     Identifiers tenantIds_{"tenant"};
@@ -270,12 +268,65 @@ private:
     std::unordered_map<std::string_view, TKTenant*> tenants_;
 };
 
-} // namespace
-
 BookObjects BookObjects::ofDocument(const document::BookDocument& document, ManagedObjectContext& context) {
     BookObjects made;
-    Maker(document, context, made).make();
+    Maker(document, context, Maker::Purpose::Reckoning, made).make();
     return made;
+}
+
+BookObjects BookObjects::keptOfDocument(const document::BookDocument& document,
+                                        ManagedObjectContext& context) {
+    BookObjects made;
+    Maker(document, context, Maker::Purpose::Keeping, made).make();
+    return made;
+}
+
+namespace {
+
+/// The objects of an entity in the order of their creation, each with its own identifier or a new one.
+template <class Visit>
+void forEachIdentified(ManagedObjectContext& context, std::string_view entity, std::string_view kind,
+                       Visit visit) {
+    Ref<platform::Error> error;
+    const auto objects = context.executeFetchRequest({std::string(entity)}, &error);
+    if (!objects) throw platform::ObjectInaccessibleException(error->localizedDescription());
+    const auto own = context.identifiers(*objects, &error);
+    if (!own) throw platform::ObjectInaccessibleException(error->localizedDescription());
+    Identifiers ids(kind);
+    for (const auto& identifier : *own) ids.take(identifier);
+    for (std::size_t index = 0; index < objects->size(); ++index)
+        visit((*objects)[index], ids.of((*own)[index]));
+}
+
+} // namespace
+
+BookObjects BookObjects::ofStore(const Ref<ManagedObjectContext>& context) {
+    BookObjects made;
+    const auto fill = [&](auto& entries, std::string_view entity, std::string_view kind) {
+        using T = std::remove_reference_t<decltype(*entries.front().object)>;
+        forEachIdentified(*context, entity, kind, [&](const auto& object, std::string id) {
+            made.identifiers_.emplace(object.get(), id);
+            entries.push_back({std::move(id), platform::refCast<T>(object)});
+        });
+    };
+    fill(made.properties, "Property", "property");
+    fill(made.tenants, "Tenant", "tenant");
+    fill(made.lettings, "Tenure", "tenure");
+    made.unread_ = context;
+    return made;
+}
+
+void BookObjects::readIdentifiersOfParts() const {
+    const auto context = std::exchange(unread_, nullptr);
+    for (const auto& [entity, kind] : {std::pair("Transaction", "transaction"), std::pair("Note", "note")})
+        forEachIdentified(*context, entity, kind, [&](const auto& object, std::string id) {
+            identifiers_.emplace(object.get(), std::move(id));
+        });
+}
+
+const std::string& BookObjects::identifierOf(const platform::ManagedObject& object) const {
+    if (unread_ && !identifiers_.contains(&object)) readIdentifiersOfParts();
+    return identifiers_.at(&object);
 }
 
 } // namespace estatebook

@@ -15,7 +15,8 @@ enum class ExitCode : int {
     NothingMatched = 1, ///< nothing, or not just one thing, is so called
     WrongUsage = 2,     ///< the command line makes no sense
     BadData = 3,        ///< the book is refused, or what is asked for cannot be reckoned
-    CannotRead = 5,     ///< a file cannot be read, or the output not be written
+    NotNow = 4,         ///< another program has the book, or it takes a newer one to read it
+    CannotRead = 5,     ///< a file cannot be read, or what is to be written cannot be
 };
 
 class Failure : public std::runtime_error {

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/OpenBook.hpp"
 
-#include "estatebook/document/BookReader.hpp"
+#include "estatebook/book/DocumentFile.hpp"
+#include "estatebook/book/StoredBook.hpp"
+#include "estatebook/book/StoredDocument.hpp"
 #include "estatebook/document/DateText.hpp"
 #include "estatebook/document/JsonText.hpp"
 
@@ -15,8 +17,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdio>
-#include <iostream>
+#include <utility>
 
 namespace estatebook {
 
@@ -30,23 +31,11 @@ namespace {
 
 constexpr std::size_t MaximalChoices = 20;
 
-/// What a file gives that has a document in it.
-struct BookContent {
-    document::BookDocument document;
-    std::vector<document::BookWarning> warnings;
-};
-
-Failure failureOf(const document::BookError& error) {
-    const bool isUnreadable = error.kind == document::BookError::Kind::Unreadable;
-    return Failure(isUnreadable ? ExitCode::CannotRead : ExitCode::BadData, error.text());
-}
-
-/// Throws Failure when there is no document in it.
-BookContent readBook(const std::string& file) {
-    auto reading = file == "-" ? document::BookReader::readStream(stdin, "standard input")
-                               : document::BookReader::readFile(file);
-    if (!reading.document) throw failureOf(reading.error.value_or(document::BookError()));
-    return {*std::move(reading.document), std::move(reading.warnings)};
+/// What a document holds of a book file. Nothing else is reckoned with.
+document::BookDocument documentOf(const StoredBook& stored) {
+    auto document = StoredDocument::of(*stored.store);
+    if (!document) throw storeFailure(stored.file, document.error());
+    return std::move(document->document);
 }
 
 platform::Calendar calendarOf(const document::BookDocument& document) {
@@ -100,13 +89,21 @@ entryNamed(const std::string& file, const std::vector<BookObjects::Entry<T>>& en
 
 } // namespace
 
-OpenBook OpenBook::open(const std::string& file, std::string_view asOf) {
-    const BookContent content = readBook(file);
+OpenBook OpenBook::open(const std::string& file, std::string_view asOf, Reading how) {
+    if (isBookFile(file)) {
+        const StoredBook stored = StoredBook::openForReading(file);
+        OpenBook book(file, platform::Calendar(stored.timeZone()));
+        book.setDay(asOf);
+        if (how == Reading::AtOnce)
+            book.fill(documentOf(stored));
+        else
+            book.fill(stored);
+        return book;
+    }
+    const DocumentFile content = DocumentFile::read(file);
     OpenBook book(file, calendarOf(content.document));
-    if (const auto today = dateOf(asOf, book.calendar_)) platform::Clock::setNow([today] { return *today; });
-    for (const document::BookWarning& warning : content.warnings) std::cerr << warning.text() << '\n';
-
-    TimeZone::setDefaultTimeZone(book.calendar_.timeZone());
+    book.setDay(asOf);
+    content.warn();
     if (const auto error = TKManagedObjectModel::modelError())
         throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
                                                         forMessage(error->localizedDescription(), 400)));
@@ -114,14 +111,33 @@ OpenBook OpenBook::open(const std::string& file, std::string_view asOf) {
     return book;
 }
 
-OpenBook OpenBook::readAgain() const {
-    const BookContent content = readBook(path_);
-    OpenBook book(path_, calendarOf(content.document));
-    if (book.calendar_ != calendar_)
-        throw Failure(ExitCode::BadData, fmt::format("{}: its time zone is {} now; start again to follow it",
-                                                     file_, book.calendar_.timeZone()->name()));
-    book.fill(content.document);
+OpenBook OpenBook::of(const StoredBook& stored) {
+    OpenBook book(stored.file, platform::Calendar(TimeZone::defaultTimeZone()));
+    book.fill(stored);
     return book;
+}
+
+OpenBook OpenBook::readAgain() const {
+    const auto made = [&](const document::BookDocument& document, const platform::Calendar& calendar) {
+        OpenBook book(path_, calendar);
+        if (book.calendar_ != calendar_)
+            throw Failure(ExitCode::BadData,
+                          fmt::format("{}: its time zone is {} now; start again to follow it", file_,
+                                      book.calendar_.timeZone()->name()));
+        book.fill(document);
+        return book;
+    };
+    if (isBookFile(path_)) {
+        const StoredBook stored = StoredBook::openForReading(path_);
+        return made(documentOf(stored), platform::Calendar(stored.timeZone()));
+    }
+    const DocumentFile content = DocumentFile::read(path_);
+    return made(content.document, calendarOf(content.document));
+}
+
+void OpenBook::setDay(std::string_view asOf) const {
+    if (const auto today = dateOf(asOf, calendar_)) platform::Clock::setNow([today] { return *today; });
+    TimeZone::setDefaultTimeZone(calendar_.timeZone());
 }
 
 OpenBook::OpenBook(const std::string& path, const platform::Calendar& calendar)
@@ -133,6 +149,52 @@ void OpenBook::fill(const document::BookDocument& document) {
     objects_ = BookObjects::ofDocument(document, *context_);
     currencyCode_ =
         TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *context_).string();
+}
+
+void OpenBook::fill(const StoredBook& stored) {
+    context_ = stored.context;
+    objects_ = BookObjects::ofStore(context_);
+    currencyCode_ = stored.setting(TKCurrencyCodeStateName->view()).string();
+    mayAwake_ = true;
+    isDocument_ = false;
+}
+
+namespace {
+
+/// Reads a letting if it was not read yet, and takes the schedule away that it makes then. One by whose terms none can be made is awake
+/// all the same.
+void wake(TKTenure& tenure) {
+    if (!tenure.isFault()) return;
+    try {
+        static_cast<void>(tenure.startDate());
+    } catch (const platform::ObjectInaccessibleException&) {
+        throw;
+    } catch (const platform::Exception&) {
+    }
+    tenure.setPeriods(nullptr);
+}
+
+} // namespace
+
+// Accounts reckon with their lettings. None of these is to wake amid a sum.
+void OpenBook::wakeLettings() const {
+    if (!std::exchange(mayAwake_, false)) return;
+    for (const Letting& letting : objects_.lettings) wake(*letting.object);
+}
+
+const std::vector<OpenBook::Entry<TKProperty>>& OpenBook::properties() const {
+    wakeLettings();
+    return objects_.properties;
+}
+
+const std::vector<OpenBook::Entry<TKTenant>>& OpenBook::tenants() const {
+    wakeLettings();
+    return objects_.tenants;
+}
+
+const std::vector<OpenBook::Letting>& OpenBook::lettings() const {
+    wakeLettings();
+    return objects_.lettings;
 }
 
 Date OpenBook::asOf() const {
@@ -155,6 +217,11 @@ platform::DecimalBehavior OpenBook::rounding() const {
 }
 
 const OpenBook::Letting& OpenBook::lettingNamed(std::string_view text) const {
+    const auto byId = std::ranges::find(objects_.lettings, text, &Letting::id);
+    if (byId != objects_.lettings.end()) {
+        wake(*byId->object);
+        return *byId;
+    }
     return entryNamed(file_, lettings(), "tenure", "tenures", text,
                       [](const TKTenure& tenure) { return tenure.name(); });
 }
@@ -165,12 +232,12 @@ const OpenBook::Entry<TKProperty>& OpenBook::propertyNamed(std::string_view text
 }
 
 Failure OpenBook::unreckonable(const Letting& letting, ReckoningError error) const {
-    const auto place = static_cast<std::size_t>(&letting - lettings().data());
-    return Failure(
-        ExitCode::BadData,
-        fmt::format("{}: /tenures/{}: the rent of \"{}\" cannot be reckoned ({}); check its rentalAmount, "
-                    "rentalPeriod and rentalBillingCycle, its dates and the amounts",
-                    file_, place, forMessage(letting.id), error.words));
+    const auto place = static_cast<std::size_t>(&letting - objects_.lettings.data());
+    return Failure(ExitCode::BadData,
+                   fmt::format("{}: {}the rent of \"{}\" cannot be reckoned ({}); check its rentalAmount, "
+                               "rentalPeriod and rentalBillingCycle, its dates and the amounts",
+                               file_, isDocument_ ? fmt::format("/tenures/{}: ", place) : "",
+                               forMessage(letting.id), error.words));
 }
 
 } // namespace estatebook

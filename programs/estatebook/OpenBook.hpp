@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// OpenBook: a book document as living objects, on the day that counts as today.
+/// OpenBook: a book, from a document or a book file, as living objects on the day that counts as today.
 ///
 ///     const OpenBook book = OpenBook::open("harbour-street.json", "2025-09-30");
 ///     for (const OpenBook::Letting& letting : book.lettings()) letting.object->balance();
+///
+/// A book file is read as it was when it was opened, and as far as it is needed: who asks for one letting does not wait for all.
 ///
 /// The trap: schedules are not there yet, since a book of long lettings would not fit into memory with all of
 /// them. A `Schedule` makes one for as long as it lives.
@@ -17,11 +19,14 @@
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/system/HostOperations.hpp"
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace estatebook {
+
+struct StoredBook;
 
 class OpenBook {
 public:
@@ -29,11 +34,18 @@ public:
     using Entry = BookObjects::Entry<T>;
     using Letting = Entry<TKTenure>;
 
-    /// Reads the file ("-" is standard input) and opens the book in its zone, which becomes the zone of the
+    /// A book file that is read as needed stays open, and whoever saves it waits meanwhile.
+    enum class Reading : std::uint8_t { AsNeeded, AtOnce };
+
+    /// Opens the file ("-" is a document on standard input) in the book's zone, which becomes the zone of the
     /// process. `asOf` is a date as documents write it, at which the clock of the process stands still from then on; empty
-    /// means now. Warnings go to standard error. Throws Failure.
-    [[nodiscard]] static OpenBook open(const std::string& file, std::string_view asOf);
-    /// The same file as it is now, without its warnings. Throws Failure, also when the book has come into another zone.
+    /// means now. Warnings of a document go to standard error. Throws Failure.
+    [[nodiscard]] static OpenBook open(const std::string& file, std::string_view asOf,
+                                       Reading reading = Reading::AsNeeded);
+    /// A book file that is open, read as needed on the day that it is. REQUIRES: the zone of the process is the book's.
+    [[nodiscard]] static OpenBook of(const StoredBook& stored);
+    /// The same file as it is now, at once and without warnings. Throws Failure, also when the book has come into another
+    /// zone.
     [[nodiscard]] OpenBook readAgain() const;
 
     /// The name of the file as messages show it.
@@ -53,15 +65,13 @@ public:
     [[nodiscard]] platform::DecimalBehavior rounding() const;
 
     // In the book's order.
-    [[nodiscard]] const std::vector<Entry<TKProperty>>& properties() const noexcept {
-        return objects_.properties;
-    }
-    [[nodiscard]] const std::vector<Entry<TKTenant>>& tenants() const noexcept { return objects_.tenants; }
-    [[nodiscard]] const std::vector<Letting>& lettings() const noexcept { return objects_.lettings; }
+    [[nodiscard]] const std::vector<Entry<TKProperty>>& properties() const;
+    [[nodiscard]] const std::vector<Entry<TKTenant>>& tenants() const;
+    [[nodiscard]] const std::vector<Letting>& lettings() const;
 
     /// The identifier of an account, a tenure, a transaction or a note.
     [[nodiscard]] const std::string& identifierOf(const platform::ManagedObject& object) const {
-        return objects_.identifiers.at(&object);
+        return objects_.identifierOf(object);
     }
 
     /// The letting with that identifier, or else that name, or else with a name of which the text is a part.
@@ -76,6 +86,10 @@ public:
 private:
     OpenBook(const std::string& path, const platform::Calendar& calendar);
     void fill(const document::BookDocument& document);
+    void fill(const StoredBook& stored);
+    /// Sets the clock and the zone of the process.
+    void setDay(std::string_view asOf) const;
+    void wakeLettings() const;
 
     std::string path_;
     std::string file_;
@@ -83,6 +97,9 @@ private:
     platform::Ref<platform::String> currencyCode_;
     platform::Ref<platform::ManagedObjectContext> context_;
     BookObjects objects_;
+    bool isDocument_ = true;
+    /// Of a book file: whether there are lettings that were not read yet.
+    mutable bool mayAwake_ = false;
 };
 
 /// Keeps a letting's schedule up to date while it lives, and takes it away in the end.

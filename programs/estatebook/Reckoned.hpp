@@ -58,6 +58,8 @@ template <class Function>
 [[nodiscard]] auto reckon(Function&& function) -> Reckoned<std::invoke_result_t<Function>> {
     try {
         return function();
+    } catch (const platform::ObjectInaccessibleException&) {
+        throw; // the book cannot be read, so that nothing else can be either
     } catch (const platform::Exception& exception) {
         return reckoningError(exception);
     }

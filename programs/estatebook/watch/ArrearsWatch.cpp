@@ -29,7 +29,7 @@ constexpr std::string_view ClearScreen = "\033[H\033[2J";
 ArrearsWatch::ArrearsWatch(const std::string& file, std::string_view asOf, platform::RunLoop& loop,
                            std::ostream& out, Screen screen)
     : out_(out), screen_(screen), watcher_(loop, file, [this] { readAgain(); }),
-      book_(OpenBook::open(file, asOf)) {
+      book_(OpenBook::open(file, asOf, OpenBook::Reading::AtOnce)) {
     if (!watcher_.fault().empty())
         throw Failure(ExitCode::CannotRead,
                       fmt::format("{}: its folder cannot be watched: {}", book_.file(), watcher_.fault()));

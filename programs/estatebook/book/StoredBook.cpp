@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook/book/StoredBook.hpp"
+
+#include "estatebook/document/BookMembers.hpp"
+#include "estatebook/document/JsonText.hpp"
+
+#include "model/Keys.hpp"
+#include "platform/persistence/ManagedObjectModel.hpp"
+#include "platform/system/Clock.hpp"
+#include "platform/system/UserName.hpp"
+#include "store/TKManagedObjectModel.hpp"
+#include "tags/TKTagNames.hpp"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <cctype>
+#include <optional>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace estatebook {
+
+using document::forMessage;
+using platform::Error;
+using platform::Ref;
+using platform::SQLiteStore;
+using platform::Store;
+using platform::StoreError;
+using platform::StoreErrorCode;
+using platform::StoreResult;
+using platform::TimeZone;
+using platform::Value;
+
+namespace {
+
+constexpr std::string_view BookSuffix = ".estatebook";
+constexpr std::string_view DataBaseMark("SQLite format 3\0", 16);
+constexpr std::size_t LongestName = 4096;
+constexpr std::size_t LongestMessage = 1000;
+
+/// The first bytes of a file; none when there is no file that can be read.
+std::optional<std::string> beginningOf(const std::string& path) {
+    // Whatever is no file may wait for a writer, or lose what is read from it.
+    struct stat about {};
+    if (stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
+    const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) return std::nullopt;
+    std::string bytes(DataBaseMark.size(), '\0');
+    const ssize_t count = pread(descriptor, bytes.data(), bytes.size(), 0);
+    close(descriptor);
+    if (count < 0) return std::nullopt;
+    bytes.resize(static_cast<std::size_t>(count));
+    return bytes;
+}
+
+ExitCode exitCodeOf(StoreErrorCode code) noexcept {
+    switch (code) {
+    case StoreErrorCode::Newer:
+    case StoreErrorCode::Locked:
+    case StoreErrorCode::Busy:
+        return ExitCode::NotNow;
+    case StoreErrorCode::Foreign:
+    case StoreErrorCode::Damaged:
+    case StoreErrorCode::InvalidChange:
+    case StoreErrorCode::Unsupported:
+    case StoreErrorCode::OutOfMemory:
+        return ExitCode::BadData;
+    case StoreErrorCode::Missing:
+    case StoreErrorCode::Exists:
+    case StoreErrorCode::ReadOnly:
+    case StoreErrorCode::Full:
+    case StoreErrorCode::Unreadable:
+    case StoreErrorCode::Moved:
+    case StoreErrorCode::OutcomeUnknown:
+        break;
+    }
+    return ExitCode::CannotRead;
+}
+
+/// "PATH: it is so. Do that." as this program says it: "FILE: it is so; do that".
+std::string lineOf(const std::string& file, std::string_view path, std::string_view message) {
+    if (!path.empty() && message.starts_with(path) && message.substr(path.size()).starts_with(": "))
+        message.remove_prefix(path.size() + 2);
+    std::string line(message);
+    if (line.ends_with('.')) line.pop_back();
+    if (const std::size_t end = line.rfind(". "); end != std::string::npos && end + 2 < line.size()) {
+        line[end] = ';';
+        line[end + 2] = static_cast<char>(std::tolower(static_cast<unsigned char>(line[end + 2])));
+    }
+    return fmt::format("{}: {}", file, forMessage(line, LongestMessage));
+}
+
+platform::CommitOrigin originOf(std::string_view command) {
+    return {platform::Clock::now(), platform::fullUserName(), "estatebook", std::string(command)};
+}
+
+template <class Open>
+StoredBook opened(const std::string& path, std::string_view command, Open open) {
+    if (const auto error = TKManagedObjectModel::modelError())
+        throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
+                                                        forMessage(error->localizedDescription(), 400)));
+    StoredBook book{forMessage(path, LongestName), nullptr,
+                    TKManagedObjectModel::inMemoryManagedObjectContext()};
+    const auto& coordinator = book.context->persistentStoreCoordinator();
+    const platform::CommitOrigin origin = originOf(command);
+    StoreResult<Ref<SQLiteStore>> store =
+        open(coordinator->managedObjectModel(),
+             SQLiteStore::Options{.classes = {TKTagNames::archivedClass()}, .holder = origin});
+    if (!store) throw storeFailure(book.file, store.error());
+    book.store = *store;
+    coordinator->addPersistentStore(book.store);
+    book.context->setUndoManager(nullptr); // nothing is edited that somebody could undo
+    book.context->setCommitOrigin(origin.author, origin.program, origin.command);
+    return book;
+}
+
+} // namespace
+
+bool isBookFile(const std::string& path) {
+    const auto beginning = beginningOf(path);
+    if (beginning && beginning->starts_with(DataBaseMark)) return true;
+    // One that was cut short or written over is to be told of as what it was.
+    return path.ends_with(BookSuffix) && (!beginning || !beginning->starts_with('{'));
+}
+
+Failure storeFailure(const std::string& file, const StoreError& error) {
+    return {exitCodeOf(error.code), lineOf(file, error.path, error.message)};
+}
+
+Failure storeFailure(const std::string& file, const Store& store, const Error& error) {
+    const auto code = static_cast<StoreErrorCode>(error.code());
+    const bool isOfStore = error.domain() == "Persistence" && code >= StoreErrorCode::Missing &&
+                           code <= StoreErrorCode::OutOfMemory;
+    return {isOfStore ? exitCodeOf(code) : ExitCode::BadData,
+            lineOf(file, store.location(), error.localizedDescription())};
+}
+
+StoredBook StoredBook::openForReading(const std::string& path) {
+    return opened(path, {}, [&](const auto& model, SQLiteStore::Options options) {
+        options.access = SQLiteStore::Access::Read;
+        return SQLiteStore::open(path, model, options);
+    });
+}
+
+StoredBook StoredBook::openForWriting(const std::string& path, std::string_view command) {
+    return opened(path, command, [&](const auto& model, const SQLiteStore::Options& options) {
+        return SQLiteStore::open(path, model, options);
+    });
+}
+
+StoredBook StoredBook::create(const std::string& path, std::string_view command) {
+    return opened(path, command, [&](const auto& model, const SQLiteStore::Options& options) {
+        return SQLiteStore::create(path, model, options);
+    });
+}
+
+// All settings are read, so that one that is damaged is told of and not taken for one that is missing.
+Value StoredBook::setting(std::string_view name) const {
+    const platform::EntityDescription& entity = *store->model().entityNamed("State");
+    const platform::RowShape& shape = store->shapes().of(entity);
+    const std::size_t nameAt = *shape.attribute(keys::name);
+    const std::size_t valueAt = *shape.attribute(keys::value);
+    std::optional<Value> first;
+    const auto visited = store->fetchRows(entity, {}, [&](const platform::Row& row) {
+        const auto text = row.values[nameAt].string();
+        if (!first && text && text->view() == name) first = row.values[valueAt];
+    });
+    if (!visited) throw storeFailure(file, visited.error());
+    return first.value_or(Value());
+}
+
+Ref<TimeZone> StoredBook::timeZone() const {
+    const Value value = setting(document::TimeZoneSettingName);
+    if (value.isAbsent() || value.isNullObject()) return TimeZone::defaultTimeZone();
+    const auto name = value.string();
+    const auto zone = name ? TimeZone::named(name->view()) : nullptr;
+    if (!zone)
+        throw Failure(
+            ExitCode::BadData,
+            fmt::format("{}: its time zone \"{}\" is unknown; bring the system's time zones up to date", file,
+                        forMessage(value.description())));
+    return zone;
+}
+
+void StoredBook::save() const {
+    Ref<Error> error;
+    if (!context->save(&error)) throw storeFailure(file, *store, *error);
+}
+
+} // namespace estatebook

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// StoredBook: a book file, opened by the program.
+///
+///     if (!isBookFile(file)) return readDocument(file);
+///     const StoredBook book = StoredBook::openForReading(file);
+///     TimeZone::setDefaultTimeZone(book.timeZone());
+///     for (const auto& tenure : book.context->fetchAll<TKTenure>("Tenure")) …
+///
+/// The trap: objects reckon in the default zone from the moment on that they are first read. Set it to the book's before.
+
+#include "estatebook/Failure.hpp"
+
+#include "platform/calendar/TimeZone.hpp"
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/store/sqlite/SQLiteStore.hpp"
+
+#include <string>
+#include <string_view>
+
+namespace estatebook {
+
+/// Whether the file is a data base, or is called like a book file and no document either. Whatever cannot be read, or is
+/// no file, is told by its name. The file is closed again.
+[[nodiscard]] bool isBookFile(const std::string& path);
+
+/// What to throw when a store failed. Messages name the file as `file` does.
+[[nodiscard]] Failure storeFailure(const std::string& file, const platform::StoreError& error);
+/// The same for a context that cannot be saved.
+[[nodiscard]] Failure storeFailure(const std::string& file, const platform::Store& store,
+                                   const platform::Error& error);
+
+struct StoredBook {
+    /// As messages show it.
+    std::string file;
+    platform::Ref<platform::SQLiteStore> store;
+    platform::Ref<platform::ManagedObjectContext> context;
+
+    /// As it is now, however long it is read. Throws Failure.
+    [[nodiscard]] static StoredBook openForReading(const std::string& path);
+    /// Nobody else may write it meanwhile; they are told the command. Saves of the context go under the command, too. Throws Failure.
+    [[nodiscard]] static StoredBook openForWriting(const std::string& path, std::string_view command);
+    /// A new one, to be written. Throws Failure.
+    [[nodiscard]] static StoredBook create(const std::string& path, std::string_view command);
+
+    /// What a setting of the book holds, without waking any object. Throws Failure.
+    [[nodiscard]] platform::Value setting(std::string_view name) const;
+    /// The zone in which the book is reckoned; the process's where it names none. Throws Failure for a zone that there is not.
+    [[nodiscard]] platform::Ref<platform::TimeZone> timeZone() const;
+    /// Throws Failure when nothing was saved.
+    void save() const;
+};
+
+} // namespace estatebook
