@@ -92,8 +92,12 @@ public:
 
         CLI::App* watch = add("watch", "Print the arrears again whenever the book or the day changes",
                               [this] { watchArrears(watch_, std::cout); });
-        watch->add_option("BOOK", watch_.file, "The book document")->required()->option_text(" ");
+        watch->add_option("BOOK", watch_.file, "The book: a document or a book file")
+            ->required()
+            ->option_text(" ");
         addDay(*watch, watch_);
+
+        addBookFiles();
     }
 
     void parse(int argumentCount, const char* const* arguments) { app_.parse(argumentCount, arguments); }
@@ -110,6 +114,46 @@ public:
     }
 
 private:
+    /// The commands that make books, carry them in and out, and look after them.
+    void addBookFiles() {
+        CLI::App* init = add("init", "Make a new, empty book file", [this] { initBook(init_); });
+        addFile(*init, init_.file, "The book file to be made");
+        init->add_option("--time-zone", init_.timeZone,
+                         "The zone of the book, such as Europe/London; else that of this computer")
+            ->option_text("ZONE");
+        init->add_option("--currency", init_.currency, "The code of the currency, such as GBP")
+            ->option_text("CODE");
+        init->add_option_function<std::string>(
+                "--billing-mode", [this](const std::string& mode) { init_.billsAtEnd = mode == "end"; },
+                "Whether periods are billed at their start or at their end: start or end, else start")
+            ->check(CLI::IsMember({"start", "end"}))
+            ->option_text("MODE");
+
+        CLI::App* import = add("import", "Take a book document into a new book file, or into an empty one",
+                               [this] { importBook(import_); });
+        import->add_option("DOCUMENT", import_.document, "The book document; - is standard input")
+            ->required()
+            ->option_text(" ");
+        addFile(*import, import_.file, "The book file");
+
+        CLI::App* exporting =
+            add("export", "Print a book as a document", [this] { exportBook(export_, std::cout); });
+        addFile(*exporting, export_.file, "The book: a book file or a document");
+        exporting->add_flag("--partial", export_.isPartial, "Leave out what a document cannot carry");
+
+        CLI::App* check =
+            add("check", "Look whether a book file is sound", [this] { checkBook(checkedFile_, std::cout); });
+        addFile(*check, checkedFile_, "The book file");
+
+        CLI::App* info = add("info", "Tell what a book file holds, and who saved it last",
+                             [this] { printInfo(describedFile_, std::cout); });
+        addFile(*info, describedFile_, "The book file");
+    }
+
+    static void addFile(CLI::App& command, std::string& file, const char* description) {
+        command.add_option("FILE", file, description)->required()->option_text(" ");
+    }
+
     CLI::App* add(const char* name, const char* description, std::function<void()> action) {
         CLI::App* command = app_.add_subcommand(name, description);
         actions_.emplace_back(command, std::move(action));
@@ -125,7 +169,9 @@ private:
     }
 
     static void addBook(CLI::App& command, BookOptions& options) {
-        command.add_option("--book", options.file, "The book document; - is standard input")
+        command
+            .add_option("--book", options.file,
+                        "The book: a document or a book file; - is a document on standard input")
             ->required()
             ->option_text("FILE");
         addDay(command, options);
@@ -167,6 +213,11 @@ private:
     ScheduleOptions schedule_;
     BookOptions values_;
     BookOptions watch_;
+    InitOptions init_;
+    ImportOptions import_;
+    ExportOptions export_;
+    std::string checkedFile_;
+    std::string describedFile_;
     std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;
 };
 
@@ -203,6 +254,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         return runChecked(argumentCount, arguments);
     } catch (const Failure& failure) {
         return report(failure.code(), failure.what(), failure.isAboutFile());
+    } catch (const platform::ObjectInaccessibleException& exception) {
+        // Amid the work, from a book that was sound as far as it had been read; the reason names it.
+        return report(ExitCode::BadData, document::forMessage(exception.reason(), LongestUsageText), true);
     } catch (const platform::Exception& exception) {
         return report(ExitCode::BadData, document::forMessage(exception.reason(), LongestUsageText));
     } catch (const std::bad_alloc&) {

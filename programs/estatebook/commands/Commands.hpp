@@ -13,7 +13,7 @@
 namespace estatebook {
 
 struct BookOptions {
-    /// The book document; "-" is standard input.
+    /// The book, a document or a book file; "-" is a document on standard input.
     std::string file;
     /// A date as documents write it; empty means now.
     std::string asOf;
@@ -56,6 +56,28 @@ struct BondOptions {
     std::string tag = "Bond";
 };
 
+struct InitOptions {
+    std::string file;
+    /// Empty: the zone of the process.
+    std::string timeZone;
+    /// Empty: none is set.
+    std::string currency;
+    bool billsAtEnd = false;
+};
+
+struct ImportOptions {
+    /// "-" is standard input.
+    std::string document;
+    std::string file;
+};
+
+struct ExportOptions {
+    /// A document or a book file; "-" is a document on standard input.
+    std::string file;
+    /// Whether what a document cannot carry may be left out.
+    bool isPartial = false;
+};
+
 void printStatement(const StatementOptions& options, std::ostream& out);
 void printTenures(const ListOptions& options, std::ostream& out);
 void printProperties(const ListOptions& options, std::ostream& out);
@@ -70,5 +92,16 @@ void printSchedule(const ScheduleOptions& options, std::ostream& out);
 void printValues(const BookOptions& options, std::ostream& out);
 /// Prints the arrears again and again, until a signal ends it.
 void watchArrears(const BookOptions& options, std::ostream& out);
+
+/// Makes a new, empty book.
+void initBook(const InitOptions& options);
+/// Takes a document into a new book, or into an empty one.
+void importBook(const ImportOptions& options);
+/// Prints a book as a document.
+void exportBook(const ExportOptions& options, std::ostream& out);
+/// Prints a line for each thing that is wrong with a book file, or that nothing is.
+void checkBook(const std::string& file, std::ostream& out);
+/// Prints what a book file is and holds, and who saved it last.
+void printInfo(const std::string& file, std::ostream& out);
 
 } // namespace estatebook

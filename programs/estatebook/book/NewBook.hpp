@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// NewBook: a book file that appears complete or not at all.
+///
+///     NewBook book("harbour.estatebook", "import");
+///     BookObjects::keptOfDocument(document, *book.context());
+///     book.finish();
+///
+/// Until it is finished it stands in a folder beside the place that it will have; the folder goes with the NewBook. A
+/// program that is killed leaves the folder, "NAME.new-XXXXXX", which may be deleted.
+
+#include "estatebook/book/StoredBook.hpp"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace estatebook {
+
+class NewBook {
+public:
+    /// Throws Failure, also when there is something at the path already.
+    NewBook(const std::string& path, std::string_view command);
+    ~NewBook();
+    NewBook(const NewBook&) = delete;
+    NewBook& operator=(const NewBook&) = delete;
+
+    /// For the objects of the book.
+    [[nodiscard]] platform::ManagedObjectContext& context() const { return *draft_->context; }
+
+    /// Saves the book, closes it, and puts it in its place. Throws Failure; then nothing is there.
+    void finish();
+
+private:
+    void makeFolder();
+    [[nodiscard]] std::string draftPath() const { return folder_ + "/book.estatebook"; }
+    void requireRoom() const;
+
+    std::string path_;
+    /// As messages show it.
+    std::string file_;
+    std::string folder_;
+    std::optional<StoredBook> draft_;
+};
+
+} // namespace estatebook
