@@ -2,6 +2,7 @@
 #include "estatebook/watch/ArrearsWatch.hpp"
 
 #include "estatebook/ArrearsListing.hpp"
+#include "estatebook/book/StoredBook.hpp"
 
 #include "platform/system/NotificationCentre.hpp"
 #include "store/TKCurrentDateController.hpp"
@@ -28,7 +29,9 @@ constexpr std::string_view ClearScreen = "\033[H\033[2J";
 
 ArrearsWatch::ArrearsWatch(const std::string& file, std::string_view asOf, platform::RunLoop& loop,
                            std::ostream& out, Screen screen)
-    : out_(out), screen_(screen), watcher_(loop, file, [this] { readAgain(); }),
+    : out_(out), screen_(screen),
+      watcher_(
+          loop, file, [this] { readAgain(); }, [file] { return isBookFile(file); }),
       book_(OpenBook::open(file, asOf, OpenBook::Reading::AtOnce)) {
     if (!watcher_.fault().empty())
         throw Failure(ExitCode::CannotRead,

@@ -16,8 +16,8 @@ namespace estatebook {
 
 namespace {
 
-constexpr std::uint32_t Changes =
-    IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr std::uint32_t Changes = IN_MODIFY | IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE |
+                                  IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 /// Many events, or one with the longest name.
 constexpr std::size_t BufferSize = 16384;
@@ -28,8 +28,9 @@ std::string wordsOf(int error) {
 
 } // namespace
 
-FileWatcher::FileWatcher(platform::RunLoop& loop, std::filesystem::path file, std::function<void()> changed)
-    : loop_(loop), file_(std::move(file)), changed_(std::move(changed)),
+FileWatcher::FileWatcher(platform::RunLoop& loop, std::filesystem::path file, std::function<void()> changed,
+                         std::function<bool()> isKeptOpen)
+    : loop_(loop), file_(std::move(file)), changed_(std::move(changed)), isKeptOpen_(std::move(isKeptOpen)),
       descriptor_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
     if (descriptor_ < 0) {
         fault_ = wordsOf(errno);
@@ -66,7 +67,7 @@ void FileWatcher::watchFolderOf(const std::filesystem::path& path) {
 
 void FileWatcher::takeEvents() {
     alignas(inotify_event) std::array<char, BufferSize> buffer{};
-    bool isOurs = false;
+    std::uint32_t ours = 0;
     for (ssize_t size = 0; (size = read(descriptor_, buffer.data(), buffer.size())) > 0;)
         for (const char* place = buffer.data(); place < buffer.data() + size;) {
             inotify_event event{};
@@ -74,11 +75,14 @@ void FileWatcher::takeEvents() {
             const std::string_view name = event.len > 0 ? place + offsetof(inotify_event, name) : "";
             const auto [first, last] = names_.equal_range(event.wd);
             // Without a name it is about the folder itself, or some events were lost.
-            isOurs = isOurs || (name.empty() && (event.mask & IN_IGNORED) == 0) ||
-                     std::any_of(first, last, [&](const auto& each) { return each.second == name; });
+            if ((name.empty() && (event.mask & IN_IGNORED) == 0) ||
+                std::any_of(first, last, [&](const auto& each) { return each.second == name; }))
+                ours |= event.mask;
             place += offsetof(inotify_event, name) + event.len;
         }
-    if (!isOurs) return;
+    if (ours == 0) return;
+    const std::uint32_t idle = isKeptOpen_ && isKeptOpen_() ? IN_CLOSE_WRITE : IN_MODIFY;
+    if ((ours & ~idle) == 0) return;
     watch(); // what the name leads to may be elsewhere now
     changed_();
 }

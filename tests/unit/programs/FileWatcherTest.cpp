@@ -47,6 +47,21 @@ TEST_F(FileWatcherTest, AFileWrittenInPlaceIsToldOfOnceWhenItIsClosed) {
     EXPECT_EQ(timesTold(), 0);
 }
 
+TEST_F(FileWatcherTest, AFileThatIsKeptOpenIsToldOfWithEachWriteAndNotWhenItIsClosed) {
+    const FileWatcher watcher(
+        loop, file, [&] { ++told; }, [] { return true; });
+    std::ofstream out(file, std::ios::in | std::ios::out);
+    EXPECT_EQ(timesTold(), 0);
+    for (int round = 0; round < 2; ++round) {
+        out << "more" << std::flush;
+        EXPECT_EQ(timesTold(), 1);
+    }
+    out.close();
+    EXPECT_EQ(timesTold(), 0);
+    std::filesystem::remove(file);
+    EXPECT_EQ(timesTold(), 1);
+}
+
 TEST_F(FileWatcherTest, AnotherFilePutInItsPlaceIsToldOfAndFollowed) {
     const FileWatcher watcher(loop, file, [&] { ++told; });
     for (int round = 0; round < 3; ++round) {
