@@ -20,6 +20,12 @@ namespace {
 
 constexpr int SectorSize = 4096;
 
+/// Locks are of the kernel; the files that it keeps them on need no disk.
+std::filesystem::path folderOfLocks() {
+    const std::filesystem::path memory = "/dev/shm";
+    return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
+}
+
 /// The name of a path whose folder is the root.
 std::string nameOf(const std::string& path) {
     return "/" + path.substr(path.rfind('/') + 1);
@@ -241,7 +247,7 @@ const sqlite3_io_methods DiskCalls::Methods = {
     .xUnfetch = nullptr,
 };
 
-MemoryDisk::MemoryDisk() : vfs_(std::make_unique<sqlite3_vfs>()) {
+MemoryDisk::MemoryDisk() : vfs_(std::make_unique<sqlite3_vfs>()), locks_(folderOfLocks()) {
     static std::atomic<int> count = 0;
     name_ = "memory-disk-" + std::to_string(++count);
     *vfs_ = {.iVersion = 1,

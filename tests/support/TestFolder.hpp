@@ -12,8 +12,8 @@ namespace estatebook::test {
 
 class TestFolder {
 public:
-    TestFolder() {
-        std::string name = std::filesystem::temp_directory_path() / "estatebook-XXXXXX";
+    explicit TestFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path()) {
+        std::string name = parent / "estatebook-XXXXXX";
         path_ = mkdtemp(name.data());
     }
     ~TestFolder() { std::filesystem::remove_all(path_); }
