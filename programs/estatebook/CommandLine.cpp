@@ -142,8 +142,23 @@ private:
         exporting->add_flag("--partial", export_.isPartial, "Leave out what a document cannot carry");
 
         CLI::App* check =
-            add("check", "Look whether a book file is sound", [this] { checkBook(checkedFile_, std::cout); });
-        addFile(*check, checkedFile_, "The book file");
+            add("check", "Look whether a book file is sound", [this] { checkBook(check_, std::cout); });
+        addFile(*check, check_.file, "The book file");
+        check
+            ->add_option("--salvage", check_.salvage,
+                         "Copy what can be read to a new file, and list what cannot")
+            ->option_text("OUT");
+
+        CLI::App* backup =
+            add("backup", "Make a checked copy of a book file", [this] { backUpBook(backup_, std::cout); });
+        addFile(*backup, backup_.file, "The book file");
+        backup->add_option("COPY", backup_.copy, "The copy; else that of this day, in the folder NAME.copies")
+            ->option_text(" ");
+
+        CLI::App* restore =
+            add("restore", "Make a new book file of a copy", [this] { restoreBook(restore_, std::cout); });
+        restore->add_option("COPY", restore_.copy, "The copy")->required()->option_text(" ");
+        restore->add_option("--to", restore_.file, "The new book file")->required()->option_text("NEW");
 
         CLI::App* info = add("info", "Tell what a book file holds, and who saved it last",
                              [this] { printInfo(describedFile_, std::cout); });
@@ -216,7 +231,9 @@ private:
     InitOptions init_;
     ImportOptions import_;
     ExportOptions export_;
-    std::string checkedFile_;
+    CheckOptions check_;
+    BackupOptions backup_;
+    RestoreOptions restore_;
     std::string describedFile_;
     std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;
 };

@@ -104,9 +104,7 @@ OpenBook OpenBook::open(const std::string& file, std::string_view asOf, Reading 
     OpenBook book(file, calendarOf(content.document));
     book.setDay(asOf);
     content.warn();
-    if (const auto error = TKManagedObjectModel::modelError())
-        throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
-                                                        forMessage(error->localizedDescription(), 400)));
+    requireModel();
     book.fill(content.document);
     return book;
 }

@@ -6,12 +6,12 @@
 #include <fmt/format.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
 #include <fcntl.h>
-#include <stdio.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 namespace estatebook {
@@ -50,8 +50,16 @@ files::path folderOf(const std::string& path) {
 
 } // namespace
 
+void requireFolderOf(const std::string& path) {
+    std::error_code error;
+    if (files::is_directory(folderOf(path), error)) return;
+    throw Failure(ExitCode::CannotRead, fmt::format("{}: there is no such folder; make it first",
+                                                    document::forMessage(path, 4096)));
+}
+
 NewBook::NewBook(const std::string& path, std::string_view command)
     : path_(path), file_(document::forMessage(path, 4096)) {
+    requireFolderOf(path_);
     requireRoom();
     makeFolder();
     try {

@@ -18,6 +18,9 @@
 
 namespace estatebook {
 
+/// Throws Failure when there is no folder in which the file could be made.
+void requireFolderOf(const std::string& path);
+
 class NewBook {
 public:
     /// Throws Failure, also when there is something at the path already.

@@ -13,12 +13,12 @@
 
 #include <fmt/format.h>
 
-#include <array>
 #include <cctype>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace estatebook {
@@ -44,8 +44,8 @@ constexpr std::size_t LongestMessage = 1000;
 /// The first bytes of a file; none when there is no file that can be read.
 std::optional<std::string> beginningOf(const std::string& path) {
     // Whatever is no file may wait for a writer, or lose what is read from it.
-    struct stat about {};
-    if (stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) return std::nullopt;
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0) return std::nullopt;
     std::string bytes(DataBaseMark.size(), '\0');
@@ -93,27 +93,19 @@ std::string lineOf(const std::string& file, std::string_view path, std::string_v
     return fmt::format("{}: {}", file, forMessage(line, LongestMessage));
 }
 
-platform::CommitOrigin originOf(std::string_view command) {
-    return {platform::Clock::now(), platform::fullUserName(), "estatebook", std::string(command)};
-}
-
 template <class Open>
 StoredBook opened(const std::string& path, std::string_view command, Open open) {
-    if (const auto error = TKManagedObjectModel::modelError())
-        throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
-                                                        forMessage(error->localizedDescription(), 400)));
+    requireModel();
     StoredBook book{forMessage(path, LongestName), nullptr,
                     TKManagedObjectModel::inMemoryManagedObjectContext()};
     const auto& coordinator = book.context->persistentStoreCoordinator();
-    const platform::CommitOrigin origin = originOf(command);
-    StoreResult<Ref<SQLiteStore>> store =
-        open(coordinator->managedObjectModel(),
-             SQLiteStore::Options{.classes = {TKTagNames::archivedClass()}, .holder = origin});
+    const SQLiteStore::Options options = bookOptions(command);
+    StoreResult<Ref<SQLiteStore>> store = open(coordinator->managedObjectModel(), options);
     if (!store) throw storeFailure(book.file, store.error());
     book.store = *store;
     coordinator->addPersistentStore(book.store);
     book.context->setUndoManager(nullptr); // nothing is edited that somebody could undo
-    book.context->setCommitOrigin(origin.author, origin.program, origin.command);
+    book.context->setCommitOrigin(options.holder.author, options.holder.program, options.holder.command);
     return book;
 }
 
@@ -124,6 +116,24 @@ bool isBookFile(const std::string& path) {
     if (beginning && beginning->starts_with(DataBaseMark)) return true;
     // One that was cut short or written over is to be told of as what it was.
     return path.ends_with(BookSuffix) && (!beginning || !beginning->starts_with('{'));
+}
+
+void requireModel() {
+    if (const auto error = TKManagedObjectModel::modelError())
+        throw Failure(ExitCode::CannotRead, fmt::format("{}; install the program anew",
+                                                        forMessage(error->localizedDescription(), 400)));
+}
+
+Ref<platform::ManagedObjectModel> bookModel() {
+    requireModel();
+    return TKManagedObjectModel::inMemoryManagedObjectContext()
+        ->persistentStoreCoordinator()
+        ->managedObjectModel();
+}
+
+SQLiteStore::Options bookOptions(std::string_view command) {
+    return {.classes = {TKTagNames::archivedClass()},
+            .holder = {platform::Clock::now(), platform::fullUserName(), "estatebook", std::string(command)}};
 }
 
 Failure storeFailure(const std::string& file, const StoreError& error) {

@@ -25,6 +25,13 @@ namespace estatebook {
 /// no file, is told by its name. The file is closed again.
 [[nodiscard]] bool isBookFile(const std::string& path);
 
+/// Throws Failure when the model of books is not there.
+void requireModel();
+/// Throws Failure when it is not there.
+[[nodiscard]] platform::Ref<platform::ManagedObjectModel> bookModel();
+/// Of every book that the program opens; others are told of the command.
+[[nodiscard]] platform::SQLiteStore::Options bookOptions(std::string_view command);
+
 /// What to throw when a store failed. Messages name the file as `file` does.
 [[nodiscard]] Failure storeFailure(const std::string& file, const platform::StoreError& error);
 /// The same for a context that cannot be saved.

@@ -78,6 +78,24 @@ struct ExportOptions {
     bool isPartial = false;
 };
 
+struct CheckOptions {
+    std::string file;
+    /// Where to put what can be read of a damaged book; absent: nowhere.
+    std::optional<std::string> salvage;
+};
+
+struct BackupOptions {
+    std::string file;
+    /// Absent: the copy of the day, beside the book.
+    std::optional<std::string> copy;
+};
+
+struct RestoreOptions {
+    std::string copy;
+    /// The new book.
+    std::string file;
+};
+
 void printStatement(const StatementOptions& options, std::ostream& out);
 void printTenures(const ListOptions& options, std::ostream& out);
 void printProperties(const ListOptions& options, std::ostream& out);
@@ -100,7 +118,11 @@ void importBook(const ImportOptions& options);
 /// Prints a book as a document.
 void exportBook(const ExportOptions& options, std::ostream& out);
 /// Prints a line for each thing that is wrong with a book file, or that nothing is.
-void checkBook(const std::string& file, std::ostream& out);
+void checkBook(const CheckOptions& options, std::ostream& out);
+/// Makes a checked copy of a book file.
+void backUpBook(const BackupOptions& options, std::ostream& out);
+/// Makes a new book of a copy.
+void restoreBook(const RestoreOptions& options, std::ostream& out);
 /// Prints what a book file is and holds, and who saved it last.
 void printInfo(const std::string& file, std::ostream& out);
 
