@@ -85,7 +85,9 @@ void ManagedObjectContext::takeLinks(ManagedObject& object, const Row& row) {
 
 void ManagedObjectContext::takeLink(ManagedObject& object, const ModelledProperty& toOne,
                                     ManagedObject* target) {
-    const bool isGone = target && target->has(ManagedObject::DeletionPropagated);
+    // Whoever leads there already is about to be let go.
+    const bool isGone = target && target->has(ManagedObject::DeletionPropagated) &&
+                        toOne.toOne(object).target != target;
     RelationshipUpkeep::takeLink(object, toOne, isGone ? nullptr : target);
     if (!isGone) return;
     // The deletion is not saved yet, and would have taken the link along if it had been there.

@@ -716,6 +716,17 @@ TEST_P(StoredContextTest, AnUndoneDeletionIsSavedAsAnotherRow) {
     EXPECT_EQ(theLetting()->property()->name()->view(), "Elm");
 }
 
+TEST_P(StoredContextTest, AnUndoneDeletionBringsBackMembersThatNobodyHadRead) {
+    pay(*letting(), {1, 2});
+    saveAndReopen();
+    const auto tenure = theLetting();
+    book->deleteObject(*tenure);
+    book->undo();
+    EXPECT_THAT(amounts(*tenure), ElementsAre(Decimal(1), Decimal(2)));
+    saveAndReopen();
+    EXPECT_THAT(amounts(*theLetting()), ElementsAre(Decimal(1), Decimal(2)));
+}
+
 TEST_P(StoredContextTest, AnUndoneChangeIsSaved) {
     const auto flat = property("Elm");
     save();
