@@ -28,11 +28,27 @@ Ref<TKTagNames> TKTag::fetchTagNamesFromTaggableObject(const TKTaggable& owner) 
     return TKTagNames::initWithArray(Array::make(std::move(names)));
 }
 
+namespace {
+
+// Before anything is deleted: without a name a tag could never be in step with it.
+void requireTexts(const TKTagNames& names, const ManagedObject& owner) {
+    for (const Value& name : names.items()->members())
+        if (!name.string())
+            throw InvalidArgumentException("the tag name " + name.description() + " of " +
+                                           owner.description() + " is no text");
+}
+
+} // namespace
+
 void TKTag::replaceTagNamesForTaggableObject(const Ref<TKTagNames>& names, TKTaggable& owner) {
     auto& object = dynamic_cast<ManagedObject&>(owner);
+    if (names) requireTexts(*names, object);
     MutableOrderedSet tags = object.mutableOrderedSetValueForKey(keys::tags);
+    ManagedObjectContext* const context = object.managedObjectContext();
+    if (!context && tags.count() > 0)
+        throw InvalidArgumentException(object.description() + " is in no context that its tags could leave");
     for (std::size_t index = 0; index < tags.count(); ++index)
-        object.managedObjectContext()->deleteObject(tags.objectAtIndex(index));
+        context->deleteObject(tags.objectAtIndex(index));
     tags.removeAllObjects();
     if (!names) return;
     for (const Value& name : names->items()->members())

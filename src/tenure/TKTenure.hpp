@@ -167,19 +167,21 @@ public:
 
     /// Days from the start to the end of the letting, a signed number; absent without an end. 0 without a start.
     [[nodiscard]] std::optional<platform::Number> maximumChargableDays() const;
-    /// Days that can be charged now, an unsigned number. 0 without a start.
+    /// Days that can be charged now, an unsigned number. 0 without a start; raises OverflowException when the advance
+    /// leads beyond the years of books.
     [[nodiscard]] platform::Number chargableDays() const;
     /// Rent periods that can be charged now, rounded as the charge behaviour says. 0 without a period, an amount or a
-    /// start; raises DivideByZeroException for an unknown cycle or a period of 0.
+    /// start; raises DivideByZeroException for an unknown cycle or a period of 0, and as chargableDays.
     [[nodiscard]] platform::Decimal chargablePeriods() const;
 
     /// The length of the letting in days, up to today when it has no end: an unsigned number. Absent without a start.
     [[nodiscard]] std::optional<platform::Number> numberOfDays() const;
-    /// Moves the end date to the start date plus so many days, at the start's time of day. Absent counts as 0.
+    /// Moves the end date to the start date plus so many days, at the start's time of day. Absent counts as 0. Raises
+    /// OverflowException for an end beyond the years of books.
     void setNumberOfDays(const std::optional<platform::Number>& days);
     /// The same in rent periods, unrounded. Absent without a start or a period; raises as chargablePeriods.
     [[nodiscard]] std::optional<platform::Decimal> numberOfPeriods() const;
-    /// Moves the end date; a part of a day counts as a whole day. Absent counts as 0.
+    /// Moves the end date; a part of a day counts as a whole day. Absent counts as 0. Raises as setNumberOfDays.
     void setNumberOfPeriods(const std::optional<platform::Number>& periods);
 
     /// The rent charged: zero or negative. 0 without an amount; raises as chargablePeriods.
@@ -196,7 +198,8 @@ public:
 
     /// updatePeriods
     /// Makes the schedule anew from the terms, stores it in `periods` and returns it. The last period of a letting with an
-    /// end date ends there, even where charging stops before. Linear in the periods.
+    /// end date ends there, even where charging stops before. Raises as chargablePeriods, also for a schedule that leaves the
+    /// years of books. Linear in the periods.
     platform::Ref<platform::ArrayOf<TKPeriod>> updatePeriods();
 
     /// statement

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/values/Exception.hpp"
+#include "platform/values/FirstException.hpp"
 #include "store/TKCurrentDateController.hpp"
 #include "store/TKProperty.hpp"
 #include "tenure/TKTenure.hpp"
@@ -44,11 +45,18 @@ void TKTenure::addObservers() {
     addObserverForKeyPathOptionsContext(*this, "chargablePeriods", ObservingNew, TKChargablePeriodsChanged);
 }
 
+// An awakening that raised half way has begun less than what ends here; all the rest ends all the same.
 void TKTenure::removeObservers() {
-    TKCurrentDateController::stopTrackingChangesToDate(*this);
-    currencyCodeState()->removeObserverForKeyPathContext(*this, "value", TKCurrencyCodeStateName);
-    billingModeState()->removeObserverForKeyPathContext(*this, "value", TKBillingModeStateName);
-    removeObserverForKeyPathContext(*this, "chargablePeriods", TKChargablePeriodsChanged);
+    FirstException exceptions;
+    const auto letGo = [&](ObservableObject* object, std::string_view keyPath, const void* context) {
+        if (object)
+            exceptions.keep([&] { object->removeObserverForKeyPathContext(*this, keyPath, context); });
+    };
+    exceptions.keep([&] { TKCurrentDateController::stopTrackingChangesToDate(*this); });
+    letGo(currencyCodeState().get(), "value", TKCurrencyCodeStateName);
+    letGo(billingModeState().get(), "value", TKBillingModeStateName);
+    letGo(this, "chargablePeriods", TKChargablePeriodsChanged);
+    exceptions.rethrow();
 }
 
 void TKTenure::observeValueForKeyPathOfObjectChangeContext(std::string_view keyPath, ObservableObject& object,

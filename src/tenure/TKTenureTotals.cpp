@@ -82,9 +82,12 @@ std::optional<Number> TKTenure::numberOfDays() const {
 
 void TKTenure::setNumberOfDays(const std::optional<Number>& days) {
     const auto start = startDate();
-    setEndDate(
-        start ? Calendar::current().dateByAdding(CalendarUnit::Day, days ? days->integerValue() : 0, *start)
-              : std::nullopt);
+    if (!start) return setEndDate(std::nullopt);
+    const Calendar calendar = Calendar::current();
+    const auto end = calendar.dateByAdding(CalendarUnit::Day, days ? days->integerValue() : 0, *start);
+    if (!end || (calendar.isInBookYears(*start) && !calendar.isInBookYears(*end)))
+        throw OverflowException("the letting would end beyond the years that books have");
+    setEndDate(end);
 }
 
 std::optional<Decimal> TKTenure::numberOfPeriods() const {

@@ -36,6 +36,8 @@ public:
     mutable Reads reads;
     /// While set, reading fails with it.
     std::optional<platform::StoreError> unreadable;
+    /// The same for reading rows by their keys alone.
+    std::optional<platform::StoreError> unreadableBatches;
     /// Asked instead of the store to save; null saves.
     std::function<Result<platform::SaveOutcome>(platform::Store& inner, const platform::StoreChanges&)>
         onSave;
@@ -66,6 +68,7 @@ public:
                                   const RowVisitor& visitor) const override {
         ++reads.batches;
         if (unreadable) return *unreadable;
+        if (unreadableBatches) return *unreadableBatches;
         return inner_->visitRows(entity, keys, visitor);
     }
     [[nodiscard]] Result<std::vector<std::vector<RowKey>>>

@@ -32,7 +32,8 @@ public:
     /// For the objects of the book.
     [[nodiscard]] platform::ManagedObjectContext& context() const { return *draft_->context; }
 
-    /// Saves the book, closes it, and puts it in its place. Throws Failure; then nothing is there.
+    /// Saves the book, closes it, and puts it in its place. Throws Failure; then nothing is there, or the whole book when only
+    /// its folder could not be told to keep the name.
     void finish();
 
 private:

@@ -4,7 +4,7 @@
 /// CivilDay: a day on the wall calendar, with no clock and no time zone. It is counted in days, so the days
 /// between two of them are a subtraction, and it is named by a year, a month and a day of the month.
 ///
-/// The calendar is Gregorian from 15 October 1582 on and Julian before, as the platform has it: the day
+/// The calendar is Gregorian from 15 October 1582 on and Julian before: the day
 /// before 15 October 1582 is 4 October 1582. The days between, which never were, are read as Julian
 /// days, so that 10 October 1582 is the day also called 20 October. Year 0 is 1 BC. Books hold the years
 /// 1583 to 9999 (`FirstYear`, `LastYear`); the arithmetic itself is exact for some hundred million years

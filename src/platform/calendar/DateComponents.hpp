@@ -9,8 +9,8 @@
 ///     DateComponents split = calendar.componentsFromDate(CalendarUnit::Year | CalendarUnit::Month, date);
 ///     *split.year; *split.month;                      // split.day is absent
 ///
-/// The trap: `Undefined` (2^63 - 1) is the platform's way of writing "absent" into a number; such a part
-/// counts as absent.
+/// The trap: `Undefined` (2^63 - 1) stands for "absent" where a plain number is wanted; such a part counts as
+/// absent.
 
 #include "platform/calendar/TimeZone.hpp"
 #include "platform/values/Ref.hpp"
@@ -21,7 +21,7 @@
 
 namespace estatebook::platform {
 
-/// Units of the calendar, as a mask; the values are the platform's.
+/// Units of the calendar, as a mask.
 enum class CalendarUnit : std::uint64_t {
     None = 0,
     Era = 2,

@@ -195,6 +195,12 @@ MutableOrderedSet ManagedObject::mutableOrderedSetValueForKey(Key key) {
 void ManagedObject::setToOne(const ModelledProperty& property, ManagedObject* target) {
     access();
     if (target) RelationshipUpkeep::requireLinkable(*this, property, *target);
+    // Read now: what cannot be read must not leave the two sides apart.
+    for (ManagedObject* other : {property.toOne(*this).target, target}) {
+        if (!other) continue;
+        other->access();
+        other->knowMembersOf(property.inverse);
+    }
     ObservableObject::change(property.key, [&] { property.toOne(*this).target = target; });
 }
 

@@ -221,6 +221,22 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
     exceptions.rethrow();
 }
 
+void ManagedObjectContext::readAround(ManagedObject& object) {
+    object.forEachModelledProperty([&](const ModelledProperty& property) {
+        if (!property.isRelationship()) return;
+        if (property.kind == PropertyKind::ToOne) {
+            ManagedObject* const target = property.toOne(object).target;
+            if (!target) return;
+            target->access();
+            target->knowMembersOf(property.inverse);
+            return;
+        }
+        const auto members = object.knownMembers(property).members();
+        for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end()))
+            member->access();
+    });
+}
+
 bool ManagedObjectContext::isDenied(ManagedObject& object) {
     return std::ranges::any_of(
         object.entity().relationships(), [&](const RelationshipDescription& relationship) {
@@ -266,8 +282,14 @@ void ManagedObjectContext::processPendingChanges() {
     while (!pendingDeletions_.empty()) {
         for (const auto& object : std::exchange(pendingDeletions_, {})) {
             if (object->managedObjectContext() != this || !object->isDeleted()) continue;
-            // A refused deletion changes nothing; it is asked again when the next changes are processed.
-            if (isDenied(*object)) {
+            // Neither a refused deletion nor one that cannot be read changes anything; it is asked again when the next changes
+            // are processed.
+            bool isDue = false;
+            exceptions.keep([&] {
+                readAround(*object);
+                isDue = !isDenied(*object);
+            });
+            if (!isDue) {
                 refused.push_back(object);
                 continue;
             }

@@ -40,6 +40,7 @@ struct ChangeSet;
 struct StoreError;
 class Store;
 class StoredObjects;
+struct StoredSide;
 class StoreSave;
 struct ObjectChange;
 struct FormerValue;
@@ -275,6 +276,9 @@ private:
     fetchFromStore(const FetchRequest& request, const EntityDescription& entity, Ref<Error>* error);
     [[nodiscard]] std::vector<Ref<ManagedObject>> changedOfEntity(const EntityDescription& entity) const;
     ManagedObject& makeFault(const EntityDescription& entity, RowKey key);
+    /// The object that stands for the row, a fault if there was none. Raises ObjectInaccessibleException when it is of another
+    /// entity, as a file may say that nobody can trust.
+    ManagedObject& objectOf(const Row& row);
     /// Gives a fault the values of its row.
     void takeRow(ManagedObject& object, const Row& row);
     void takeLinks(ManagedObject& object, const Row& row);
@@ -293,9 +297,14 @@ private:
     /// Brings what is stored and what has changed here together, and tells the object.
     void merge(ManagedObject& object, const Row& stored, MergePolicy policy, unsigned event);
     void loseToStore(ManagedObject& object);
+    /// Where a stored link leads; null for nowhere.
+    [[nodiscard]] ManagedObject* targetOf(const ManagedObject& object, const StoredSide& side);
     /// The object's changes are now those against this row.
     void rebase(ManagedObject& object, const Row& stored);
     void mergeFromStore(ManagedObject& object);
+    /// Whoever was read before others led it elsewhere may still lead to an object that has left just now. Linear in the
+    /// objects. REQUIRES: those that left still live.
+    void forgetLinksToThoseGone() noexcept;
     /// Has members read again, but for those whose changes are not saved.
     void forgetUnchangedMembers(ManagedObject& object);
     bool resolveUnknownSave(Ref<Error>* error);
@@ -303,6 +312,8 @@ private:
     void loseRow(ManagedObject& object);
 
     void propagateDeletion(ManagedObject& object);
+    /// Reads whatever is linked with the object.
+    static void readAround(ManagedObject& object);
     [[nodiscard]] static bool isDenied(ManagedObject& object);
     void settleBeforeSave();
     bool validateAll(Ref<Error>* error);

@@ -15,10 +15,6 @@
 
 namespace estatebook::platform {
 
-namespace {
-
-constexpr std::int64_t MergeConflictCode = 133020;
-
 /// What one stored property of an object is, in the store.
 struct StoredSide {
     const ModelledProperty* property;
@@ -27,6 +23,10 @@ struct StoredSide {
     /// Of a to-one relationship:
     const RowLink* link;
 };
+
+namespace {
+
+constexpr std::int64_t MergeConflictCode = 133020;
 
 std::vector<StoredSide> sidesOf(const StoredProperties& properties, const Row& row) {
     std::vector<StoredSide> sides;
@@ -46,7 +46,17 @@ bool isAlike(const StoredSide& side, const Value& value) {
 
 } // namespace
 
-bool ManagedObjectContext::settleConflicts(std::span<const StoreConflict> conflicts, Ref<Error>* error) {
+bool ManagedObjectContext::settleConflicts(std::span<const StoreConflict> all, Ref<Error>* error) {
+    std::vector<StoreConflict> conflicts;
+    for (const StoreConflict& conflict : all) {
+        ManagedObject& object = *stored_->find(conflict.key);
+        // Both have deleted it.
+        if (!conflict.stored && object.isDeleted())
+            loseToStore(object);
+        else
+            conflicts.push_back(conflict);
+    }
+    if (conflicts.empty()) return true;
     const bool storeWins = mergePolicy_ == MergePolicy::StoreTrump || mergePolicy_ == MergePolicy::Rollback;
     const bool isLost = !storeWins && std::ranges::any_of(conflicts, [](const StoreConflict& conflict) {
         return !conflict.stored.has_value();
@@ -84,14 +94,15 @@ bool ManagedObjectContext::settleConflicts(std::span<const StoreConflict> confli
 
 void ManagedObjectContext::merge(ManagedObject& object, const Row& stored, MergePolicy policy,
                                  unsigned event) {
-    stored_->setVersion(stored.key, stored.version);
+    const Raised unrecorded(recordingOff_);
+    FirstException exceptions;
     if (object.isDeleted()) {
-        if (policy == MergePolicy::Overwrite || policy == MergePolicy::ObjectTrump) return;
-        const Raised unrecorded(recordingOff_);
+        if (policy == MergePolicy::Overwrite || policy == MergePolicy::ObjectTrump)
+            return stored_->setVersion(stored.key, stored.version);
         ChangeSet set;
         set.changes.push_back({ObjectChange::Kind::Deletion, Ref<ManagedObject>(&object),
                                allFormerValues(object, &ObjectJournal::sinceSave)});
-        restore(set, {event, 0});
+        exceptions.keep([&] { restore(set, {}); });
     }
 
     const ObjectJournal* journal = journalOf(object);
@@ -111,32 +122,35 @@ void ManagedObjectContext::merge(ManagedObject& object, const Row& stored, Merge
         return false;
     };
     std::vector<StoredSide> taken;
-    for (const StoredSide& side : sidesOf(stored_->properties(object.entity()), stored))
-        if (storeWins(side) && !isAlike(side, object.primitiveValueForKey(side.property->key)))
-            taken.push_back(side);
+    std::vector<ManagedObject*> targets;
+    for (const StoredSide& side : sidesOf(stored_->properties(object.entity()), stored)) {
+        if (!storeWins(side) || isAlike(side, object.primitiveValueForKey(side.property->key))) continue;
+        ManagedObject* const target = targetOf(object, side);
+        taken.push_back(side);
+        targets.push_back(target && isWithin(*target) ? target : nullptr);
+    }
 
-    const Raised unrecorded(recordingOff_);
-    FirstException exceptions;
     for (const StoredSide& side : taken)
         exceptions.keep([&] { object.willChangeValueForKey(side.property->key); });
-    for (const StoredSide& side : taken) {
-        if (side.value) {
-            side.property->setPrimitive(object, *side.value);
-            continue;
-        }
-        const auto& entity = *object.entity().relationship(side.property->key)->destinationEntity;
-        ManagedObject* target = nullptr;
-        if (side.link->target != NoRow)
-            if (const auto targets = objectsOf(entity, std::span(&side.link->target, 1));
-                !targets.empty() && isWithin(*targets.front()))
-                target = targets.front();
-        side.property->toOne(object).target = target;
+    for (std::size_t index = 0; index < taken.size(); ++index) {
+        const StoredSide& side = taken[index];
+        if (side.value)
+            exceptions.keep([&] { side.property->setPrimitive(object, *side.value); });
+        else
+            side.property->toOne(object).target = targets[index];
     }
     for (const StoredSide& side : taken)
         exceptions.keep([&] { object.didChangeValueForKey(side.property->key); });
     rebase(object, stored);
     exceptions.keep([&] { object.awakeFromSnapshotEvents(event); });
     exceptions.rethrow();
+}
+
+ManagedObject* ManagedObjectContext::targetOf(const ManagedObject& object, const StoredSide& side) {
+    if (!side.link || side.link->target == NoRow) return nullptr;
+    const auto& entity = *object.entity().relationship(side.property->key)->destinationEntity;
+    const auto found = objectsOf(entity, std::span(&side.link->target, 1));
+    return found.empty() ? nullptr : found.front();
 }
 
 void ManagedObjectContext::rebase(ManagedObject& object, const Row& stored) {
@@ -149,12 +163,7 @@ void ManagedObjectContext::rebase(ManagedObject& object, const Row& stored) {
             since.keep(*former.property, std::move(former.value));
     for (const StoredSide& side : sidesOf(stored_->properties(object.entity()), stored)) {
         if (isAlike(side, object.primitiveValueForKey(side.property->key))) continue;
-        Value former;
-        if (side.value)
-            former = *side.value;
-        else if (side.link->target != NoRow)
-            former = Value(Ref<Object>(stored_->find(side.link->target)));
-        since.keep(*side.property, std::move(former));
+        since.keep(*side.property, side.value ? *side.value : Value(Ref<Object>(targetOf(object, side))));
     }
     journal.sinceSave = std::move(since);
 }
@@ -165,7 +174,17 @@ void ManagedObjectContext::mergeFromStore(ManagedObject& object) {
     const auto rows = readableStore().rows(object.entity(), std::span(&key, 1));
     if (!rows) throw ObjectInaccessibleException(rows.error().message);
     if (rows->empty()) throw ObjectInaccessibleException(object.description() + " has no record any more");
-    merge(object, rows->front(), MergePolicy::ObjectTrump, SnapshotRefresh);
+    const bool wasChanged = object.hasChanges();
+    FirstException exceptions;
+    exceptions.keep([&] { merge(object, rows->front(), MergePolicy::ObjectTrump, SnapshotRefresh); });
+    const ObjectJournal* journal = journalOf(object);
+    if (!wasChanged && !object.isDeleted() && (!journal || journal->sinceSave.all().empty())) {
+        object.clear(ManagedObject::Updated);
+        object.clear(ManagedObject::ChangedInRound);
+        std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
+        journals_.erase(&object);
+    }
+    exceptions.rethrow();
 }
 
 /// The row is gone, and with it the object.
@@ -176,8 +195,20 @@ void ManagedObjectContext::loseToStore(ManagedObject& object) {
     exceptions.keep([&] { deleteObject(object); });
     exceptions.keep([&] { processPendingChanges(); });
     if (owns(object)) leave(object);
-    std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
+    forgetLinksToThoseGone();
+    const auto isLost = [&](const auto& each) { return each.get() == &object; };
+    std::erase_if(changed_, isLost);
+    std::erase_if(pendingDeletions_, isLost);
     exceptions.rethrow();
+}
+
+void ManagedObjectContext::forgetLinksToThoseGone() noexcept {
+    if (!stored_) return;
+    for (const Rows& rows : rows_)
+        for (ManagedObject* object : rows.objects)
+            if (object)
+                for (const ModelledProperty* link : stored_->properties(object->entity()).links)
+                    if (ToOneSlot& slot = link->toOne(*object); slot.target && !owns(*slot.target)) slot = {};
 }
 
 // A save of which the store could not tell what became of it
@@ -189,9 +220,9 @@ bool ManagedObjectContext::resolveUnknownSave(Ref<Error>* error) {
         if (error) *error = landed.error().asError();
         return false;
     }
+    if (*landed) unknownSave_->adopt();
     const auto save = std::exchange(unknownSave_, nullptr);
     if (!*landed) return true;
-    save->adopt();
     for (const auto& object : save->saved()) haveRow(*object, *save);
     for (const auto& object : save->deleted()) {
         if (!owns(*object)) continue;
@@ -200,6 +231,7 @@ bool ManagedObjectContext::resolveUnknownSave(Ref<Error>* error) {
         else
             loseRow(*object);
     }
+    if (!save->deleted().empty()) forgetLinksToThoseGone();
     std::erase_if(changed_, [&](const auto& object) { return !owns(*object); });
     return true;
 }

@@ -66,10 +66,12 @@ bool ManagedObjectContext::validateAll(Ref<Error>* error) {
 
 void ManagedObjectContext::commit() {
     const auto saved = std::exchange(changed_, {});
+    bool hasAnyLeft = false;
     for (const auto& object : saved) {
         if (object->managedObjectContext() != this) continue;
         if (object->isDeleted()) {
             leave(*object);
+            hasAnyLeft = true;
         } else {
             object->clear(ManagedObject::Inserted);
             object->clear(ManagedObject::Updated);
@@ -78,6 +80,7 @@ void ManagedObjectContext::commit() {
             journals_.erase(object.get());
         }
     }
+    if (hasAnyLeft) forgetLinksToThoseGone();
     FirstException exceptions;
     for (const auto& object : saved) exceptions.keep([&] { object->didSave(); });
     exceptions.rethrow();

@@ -18,6 +18,13 @@ namespace {
     throw ObjectInaccessibleException(error.message);
 }
 
+/// A book may come from anywhere.
+void requireEntity(const ManagedObject& object, const EntityDescription& entity) {
+    if (!object.entity().isKindOfEntity(entity))
+        throw ObjectInaccessibleException("The book leads to " + object.description() + " as to one of \"" +
+                                          std::string(entity.name()) + "\". Check the book.");
+}
+
 RowKey keyOf(const ManagedObject& object) noexcept {
     return static_cast<RowKey>(object.creationNumber());
 }
@@ -55,7 +62,15 @@ ManagedObject& ManagedObjectContext::makeFault(const EntityDescription& entity, 
     return *object;
 }
 
+ManagedObject& ManagedObjectContext::objectOf(const Row& row) {
+    ManagedObject* const object = stored_->find(row.key);
+    if (!object) return makeFault(*row.entity, row.key);
+    requireEntity(*object, *row.entity);
+    return *object;
+}
+
 void ManagedObjectContext::takeRow(ManagedObject& object, const Row& row) {
+    requireEntity(object, *row.entity);
     const StoredProperties& properties = stored_->properties(object.entity());
     for (std::size_t place = 0; place < properties.attributes.size(); ++place)
         if (const ModelledProperty* attribute = properties.attributes[place])
@@ -79,6 +94,7 @@ void ManagedObjectContext::takeLinks(ManagedObject& object, const Row& row) {
             }
             target = &makeFault(entity, link.target);
         }
+        if (target) requireEntity(*target, entity);
         takeLink(object, *properties.links[place], target);
     }
 }
@@ -86,8 +102,8 @@ void ManagedObjectContext::takeLinks(ManagedObject& object, const Row& row) {
 void ManagedObjectContext::takeLink(ManagedObject& object, const ModelledProperty& toOne,
                                     ManagedObject* target) {
     // Whoever leads there already is about to be let go.
-    const bool isGone = target && target->has(ManagedObject::DeletionPropagated) &&
-                        toOne.toOne(object).target != target;
+    const bool isGone =
+        target && target->has(ManagedObject::DeletionPropagated) && toOne.toOne(object).target != target;
     RelationshipUpkeep::takeLink(object, toOne, isGone ? nullptr : target);
     if (!isGone) return;
     // The deletion is not saved yet, and would have taken the link along if it had been there.
@@ -100,18 +116,26 @@ void ManagedObjectContext::followOpenLinks() {
     while (!openRowLinks_.empty()) {
         const auto links = std::exchange(openRowLinks_, {});
         // Those that lead to one family of entities are read together.
-        for (const OpenRowLink& first : links) {
-            std::vector<RowKey> keys;
-            for (const OpenRowLink& each : links)
-                if (each.target == first.target && !stored_->find(each.link.target))
-                    keys.push_back(each.link.target);
-            if (keys.empty()) continue;
-            std::ranges::sort(keys);
-            keys.erase(std::ranges::unique(keys).begin(), keys.end());
-            objectsOf(*first.target, keys);
+        try {
+            for (const OpenRowLink& first : links) {
+                std::vector<RowKey> keys;
+                for (const OpenRowLink& each : links)
+                    if (each.target == first.target && !stored_->find(each.link.target))
+                        keys.push_back(each.link.target);
+                if (keys.empty()) continue;
+                std::ranges::sort(keys);
+                keys.erase(std::ranges::unique(keys).begin(), keys.end());
+                objectsOf(*first.target, keys);
+            }
+        } catch (...) {
+            openRowLinks_.insert(openRowLinks_.begin(), links.begin(), links.end());
+            throw;
         }
-        for (const OpenRowLink& each : links)
-            takeLink(*each.object, *each.property, stored_->find(each.link.target));
+        for (const OpenRowLink& each : links) {
+            ManagedObject* const target = stored_->find(each.link.target);
+            if (target) requireEntity(*target, *each.target);
+            takeLink(*each.object, *each.property, target);
+        }
     }
 }
 
@@ -244,19 +268,25 @@ ManagedObjectContext::fetchFromStore(const FetchRequest& request, const EntityDe
     const bool asksStore =
         request.predicate && canBeAskedOfStore(entity, stored_->properties(entity), request.predicate->key());
     std::vector<Ref<ManagedObject>> found;
-    const auto visited =
-        stored_->store().fetchRows(entity, asksStore ? request.predicate : std::nullopt, [&](const Row& row) {
-            ManagedObject* object = stored_->find(row.key);
-            if (!object) object = &makeFault(*row.entity, row.key);
-            if (!object->isRead()) takeRow(*object, row);
-            // What has changed here is found below.
-            if (!object->isDeleted() && !object->hasChanges()) found.emplace_back(object);
-        });
-    if (!visited) {
-        if (error) *error = visited.error().asError();
+    const auto refuse = [&](const Ref<Error>& reason) {
+        if (error) *error = reason;
         return std::nullopt;
+    };
+    try {
+        const auto visited = stored_->store().fetchRows(entity, asksStore ? request.predicate : std::nullopt,
+                                                        [&](const Row& row) {
+                                                            ManagedObject& object = objectOf(row);
+                                                            if (!object.isRead()) takeRow(object, row);
+                                                            // What has changed here is found below.
+                                                            if (!object.isDeleted() && !object.hasChanges())
+                                                                found.emplace_back(&object);
+                                                        });
+        if (!visited) return refuse(visited.error().asError());
+        followOpenLinks();
+    } catch (const ObjectInaccessibleException& exception) {
+        return refuse(Error::make("Persistence", static_cast<std::int64_t>(StoreErrorCode::Unreadable),
+                                  exception.reason()));
     }
-    followOpenLinks();
     // Reading a key may run foreign code, which may insert and delete.
     const auto matches = [&](const Ref<ManagedObject>& object) {
         return request.predicate->evaluateWithObject(*object);
@@ -289,6 +319,8 @@ ManagedObjectContext::identifiers(std::span<const Ref<ManagedObject>> objects, R
     std::vector<RowKey> keys;
     std::vector<std::size_t> places;
     for (std::size_t place = 0; place < objects.size(); ++place) {
+        if (!owns(*objects[place]))
+            throw InvalidArgumentException(objects[place]->description() + " is no object of this context");
         if (const auto unsaved = identifiers_.find(objects[place].get()); unsaved != identifiers_.end()) {
             all[place] = unsaved->second;
         } else if (objects[place]->isStored()) {
@@ -319,7 +351,10 @@ bool ManagedObjectContext::saveToStore(Ref<Error>* error) {
         if (save->isEmpty()) return true;
         const auto outcome = stored_->store().save(save->changes());
         if (outcome && outcome->landed()) {
-            save->adopt();
+            // It has landed, whatever happens on the way to knowing it.
+            unknownSave_ = std::move(save);
+            unknownSave_->adopt();
+            unknownSave_.reset();
             return true;
         }
         save->withdraw();
@@ -331,6 +366,9 @@ bool ManagedObjectContext::saveToStore(Ref<Error>* error) {
             return refuse(outcome.error());
         }
         if (!settleConflicts(outcome->conflicts, error)) return false;
+        // What others have changed may be what a hook or a rule is about.
+        settleBeforeSave();
+        if (!validateAll(error)) return false;
     }
 }
 

@@ -276,7 +276,8 @@ void ManagedObjectContext::rollback() {
     FirstException exceptions;
     exceptions.keep([&] { processPendingChanges(); });
     ChangeSet set;
-    for (const auto& object : changed_) {
+    // Reading what an object held may fetch, and so may change the list.
+    for (const auto& object : std::vector(changed_)) {
         // One that is both is here because its deletion was refused.
         if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem))
             set.changes.push_back({ObjectChange::Kind::Insertion, object});
@@ -343,6 +344,7 @@ void ManagedObjectContext::refreshObjectMergeChanges(ManagedObject& object, bool
 void ManagedObjectContext::fulfilFault(ManagedObject& object) {
     if (object.isStored()) {
         if (!object.has(ManagedObject::ReadAhead)) readAhead(object);
+        followOpenLinks(); // what an earlier reading could not
         object.clear(ManagedObject::ReadAhead);
         object.clear(ManagedObject::Fault);
     } else {

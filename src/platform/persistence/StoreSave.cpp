@@ -50,15 +50,24 @@ StoreSave::StoreSave(ManagedObjectContext& context, StoredObjects& stored, RowKe
         formerNumbers_.push_back(object->creationNumber_);
         object->creationNumber_ = static_cast<std::uint64_t>(++lastKey);
     }
+    try {
+        collect();
+    } catch (...) {
+        withdraw();
+        throw;
+    }
+}
+
+void StoreSave::collect() {
     changes_.insertions.reserve(saved_.size());
     for (const auto& object : saved_) insert(object, keyOf(*object));
-    for (const auto& object : context.updatedObjects()) update(*object);
-    for (const auto& object : context.deletedObjects()) {
+    for (const auto& object : context_.updatedObjects()) update(*object);
+    for (const auto& object : context_.deletedObjects()) {
         if (!object->isStored()) continue;
         changes_.deletions.push_back({keyOf(*object), &object->entity(), stored_.version(keyOf(*object))});
         deleted_.push_back(object);
     }
-    for (const auto& [object, identifier] : context.identifiers_)
+    for (const auto& [object, identifier] : context_.identifiers_)
         if (!object->isDeleted())
             changes_.identifiers.push_back({keyOf(*object), &object->entity(), identifier});
     std::ranges::sort(changes_.identifiers, {}, &RowIdentifier::key);
@@ -93,6 +102,8 @@ RowUpdate& StoreSave::updateOf(ManagedObject& object) {
 void StoreSave::changeLink(ManagedObject& object, const ModelledProperty& toOne) {
     const StoredProperties& properties = stored_.properties(object.entity());
     const std::size_t place = placeOf(properties.links, toOne);
+    // Its version is that of its row.
+    if (!object.isRead()) context_.readAhead(object);
     RowUpdate& update = updateOf(object);
     if (std::ranges::find(update.links, place, &ChangedLink::link) != update.links.end()) return;
     update.links.push_back({place, linkOf(object, toOne, properties.shape->links()[place])});

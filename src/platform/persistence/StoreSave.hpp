@@ -37,6 +37,7 @@ public:
     [[nodiscard]] FormerValues savedValues(ManagedObject& object) const;
 
 private:
+    void collect();
     void insert(const Ref<ManagedObject>& object, RowKey key);
     void update(ManagedObject& object);
     void updateOrder(ManagedObject& owner, const ModelledProperty& ordered, const Value& former);

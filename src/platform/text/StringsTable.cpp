@@ -135,7 +135,8 @@ private:
         const std::string_view digits = rest_.substr(0, 4);
         unsigned character = 0;
         const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), character, 16);
-        if (result.ptr != digits.data() + 4) return fail("expected four hexadecimal digits");
+        if (digits.size() != 4 || result.ptr != digits.data() + digits.size())
+            return fail("expected four hexadecimal digits");
         if (character >= 0xD800 && character < 0xE000) return fail("half of a pair is no character");
         rest_.remove_prefix(4);
         appendUtf8(text, character);

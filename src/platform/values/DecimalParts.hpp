@@ -123,7 +123,6 @@ struct DecimalScan {
     DecimalParts parts;     ///< compact, up to 38 digits, the exponent without a limit
     std::size_t length = 0; ///< the characters that were read
     bool exact = true;      ///< no digit but zeros was dropped
-    bool hasDigits = false;
     bool documentForm = false; ///< the characters read are a number as JSON writes it
 };
 DecimalScan scanDecimal(std::string_view text) noexcept;

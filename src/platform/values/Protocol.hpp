@@ -3,8 +3,10 @@
 
 /// Protocol: the root of the stateless abstract classes that managed and plain objects adopt alike.
 ///
-///     struct TKLedgerTransaction : platform::Protocol { virtual std::optional<Decimal> amount() const = 0; …
-///     }; class TKStatement : public platform::Adopts<Object, TKLedgerTransaction> { … };
+///     struct TKLedgerTransaction : platform::Protocol {
+///         virtual std::optional<Decimal> amount() const = 0; …
+///     };
+///     class TKStatement : public platform::Adopts<Object, TKLedgerTransaction> { … };
 ///     Ref<TKLedgerTransaction> line = statement;     // counts the statement itself
 ///
 /// Whether an object adopts a protocol is asked at run time with `dynamic_cast`.

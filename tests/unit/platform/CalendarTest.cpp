@@ -296,7 +296,7 @@ TEST(CalendarDifferenceTest, DaysAreCountedByDateAndNeverBelowZero) {
 
 // Splitting and building
 
-TEST(CalendarPartsTest, UnitMasksAreThePlatforms) {
+TEST(CalendarPartsTest, EachUnitHasItsBit) {
     EXPECT_EQ(static_cast<std::uint64_t>(CalendarUnit::Era), 2u);
     EXPECT_EQ(static_cast<std::uint64_t>(CalendarUnit::Year), 4u);
     EXPECT_EQ(static_cast<std::uint64_t>(CalendarUnit::Month), 8u);

@@ -454,6 +454,111 @@ TEST_P(StoredContextTest, ARefreshedOwnerReadsItsMembersAnew) {
     EXPECT_THAT(amounts(*mine), ElementsAre(Decimal(7)));
 }
 
+TEST_P(StoredContextTest, ATenureWhoseAwakeningRaisedHalfWayIsLetGo) {
+    const auto tenure = letting();
+    tenure->setStartDate(Date{794000000});
+    tenure->setRentalAmount(Decimal(1000));
+    for (const std::uint64_t cycle : {30, 99}) {
+        try {
+            tenure->setRentalPeriod(Number(std::uint64_t{1}));
+            tenure->setRentalBillingCycle(Number(cycle));
+        } catch (const Exception&) {
+            // It cannot be reckoned with, and stays set.
+        }
+    }
+    saveAndReopen();
+    const auto back = theLetting();
+    ASSERT_TRUE(back->isFault());
+    const auto token = back->observe(
+        "balance", [] {}, ObservingNew);
+    EXPECT_THROW(static_cast<void>(back->startDate()), Exception);
+    EXPECT_NO_THROW(book = nullptr) << "what had not begun does not have to end";
+    EXPECT_FALSE(back->managedObjectContext());
+}
+
+TEST_P(StoredContextTest, ADeletionThatCannotBeReadIsCarriedOutLater) {
+    const auto tenure = letting();
+    pay(*tenure, {1, 2});
+    saveAndReopen();
+    book->deleteObject(*theLetting());
+    store->unreadable = StoreError{StoreErrorCode::Unreadable, "", "The disk does not answer"};
+    EXPECT_THROW(static_cast<void>(book->save()), ObjectInaccessibleException);
+    store->unreadable.reset();
+    saveAndReopen();
+    EXPECT_THAT(book->fetchAll<TKTenure>("Tenure"), IsEmpty());
+    EXPECT_THAT(book->fetchAll<TKTenureTransaction>("TenureTransaction"), IsEmpty());
+}
+
+TEST_P(StoredContextTest, ALinkThatCouldNotBeFollowedIsFollowedLater) {
+    property("Elm")->setTagNames(TKTagNames::initWithEditableString("sea"));
+    saveAndReopen();
+    store->unreadableBatches = StoreError{StoreErrorCode::Unreadable, "", "The disk does not answer"};
+    EXPECT_FALSE(book->executeFetchRequest({"AccountTag"}, &error));
+    EXPECT_EQ(error->localizedDescription(), "The disk does not answer");
+    store->unreadableBatches.reset();
+    EXPECT_EQ(only<TKTag>("AccountTag")->valueForKey(keys::owner).as<TKProperty>(), theProperty());
+    EXPECT_THAT(tags(*theProperty()), ElementsAre("sea"));
+}
+
+TEST_P(StoredContextTest, ALinkThatCannotBeMadeForWantOfReadingChangesNeitherSide) {
+    property("Elm")->createNote();
+    property("Ash");
+    saveAndReopen();
+    const auto note = only<TKPropertyNote>("PropertyNote");
+    const TKProperty* const elm = note->property();
+    const auto all = book->fetchAll<TKProperty>("Property");
+    store->unreadable = StoreError{StoreErrorCode::Unreadable, "", "The disk does not answer"};
+    EXPECT_THROW(note->setProperty(all[1].get()), ObjectInaccessibleException);
+    store->unreadable.reset();
+    EXPECT_EQ(note->property(), elm);
+    EXPECT_EQ(all[0]->notes().count(), 1u);
+    EXPECT_EQ(all[1]->notes().count(), 0u);
+}
+
+TEST_P(StoredContextTest, WhoeverIsReadDoesNotLeadToAnOwnerThatIsGone) {
+    property("Elm")->createNote();
+    property("Ash");
+    saveAndReopen();
+    const auto note = only<TKPropertyNote>("PropertyNote");
+    ASSERT_TRUE(note->property());
+    {
+        const auto other = contextOn(store);
+        const auto theirs = other->fetchAll<TKProperty>("Property");
+        other->fetchAll<TKPropertyNote>("PropertyNote").front()->setProperty(theirs[1].get());
+        ASSERT_TRUE(other->save());
+    }
+    book->deleteObject(*book->fetchAll<TKProperty>("Property").front());
+    save();
+    EXPECT_FALSE(note->property());
+}
+
+TEST_P(StoredContextTest, ABookThatLeadsToSomethingElseIsNotTakenForWhatItSays) {
+    auto changes = estatebook::test::newChanges();
+    changes.insertions = {estatebook::test::RowOf("Tenant", 1),
+                          estatebook::test::RowOf("PropertyTransaction", 2).to(keys::property, 1)};
+    ASSERT_TRUE(store->save(changes));
+    book->fetchAll<TKTenant>("Tenant");
+    EXPECT_FALSE(book->executeFetchRequest({"PropertyTransaction"}, &error));
+    EXPECT_THAT(error->localizedDescription(), HasSubstr("as to one of \"Property\""));
+    book->reset();
+    EXPECT_TRUE(book->executeFetchRequest({"PropertyTransaction"}, &error));
+    EXPECT_FALSE(book->executeFetchRequest({"Tenant"}, &error));
+}
+
+TEST_P(StoredContextTest, AMergingRefreshOfAnUnchangedObjectLeavesItUnchanged) {
+    property("Elm");
+    save();
+    const auto mine = theProperty();
+    {
+        const auto other = contextOn(store);
+        other->fetchAll<TKProperty>("Property").front()->setName(text("Ash"));
+        ASSERT_TRUE(other->save());
+    }
+    book->refreshObjectMergeChanges(*mine, true);
+    EXPECT_EQ(mine->name()->view(), "Ash");
+    EXPECT_FALSE(book->hasChanges());
+}
+
 // Fetches
 
 TEST_P(StoredContextTest, AFetchSeesUnsavedChanges) {
@@ -866,6 +971,33 @@ TEST_P(ConflictTest, ADeletionOfWhatOthersChangedFollowsThePolicy) {
         for (const auto& each : book->fetchAll<TKProperty>("Property")) book->deleteObject(*each);
         book->setMergePolicy(MergePolicy::Error);
         save();
+    }
+}
+
+TEST_P(ConflictTest, ALinkThatIsTakenAwayWinsOverOneToWhatWasNeverRead) {
+    property("Elm")->createNote();
+    property("Ash");
+    saveAndReopen();
+    const auto note = only<TKPropertyNote>("PropertyNote");
+    {
+        const auto other = contextOn(store);
+        const auto theirs = other->fetchAll<TKProperty>("Property");
+        other->fetchAll<TKPropertyNote>("PropertyNote").front()->setProperty(theirs[1].get());
+        ASSERT_TRUE(other->save());
+    }
+    note->setProperty(nullptr);
+    book->setMergePolicy(MergePolicy::ObjectTrump);
+    saveAndReopen();
+    EXPECT_FALSE(only<TKPropertyNote>("PropertyNote")->property());
+}
+
+TEST_P(ConflictTest, WhatBothHaveDeletedIsGone) {
+    for (const MergePolicy policy : {MergePolicy::Error, MergePolicy::ObjectTrump, MergePolicy::Rollback}) {
+        lose(policy);
+        book->deleteObject(*mine);
+        ASSERT_TRUE(book->save(&error)) << error->localizedDescription();
+        EXPECT_FALSE(mine->managedObjectContext());
+        EXPECT_FALSE(book->hasChanges());
     }
 }
 

@@ -124,6 +124,20 @@ TEST_F(TKTagTest, AnOwnerWithoutAContextCanMakeNoTags) {
     EXPECT_THROW(TKTag::replaceTagNamesForTaggableObject(names("Rent"), *loose), InvalidArgumentException);
     EXPECT_NO_THROW(TKTag::replaceTagNamesForTaggableObject(nullptr, *loose));
     EXPECT_TRUE(loose->tags().empty());
+    const auto tag = refCast<TKTag>(ManagedObject::initWithEntityInsertIntoManagedObjectContext(
+        *entity->model().entityNamed("TransactionTag"), nullptr));
+    tag->setValueForKey(Value(loose), keys::owner);
+    EXPECT_THROW(TKTag::replaceTagNamesForTaggableObject(nullptr, *loose), InvalidArgumentException);
+    EXPECT_EQ(loose->tags().count(), 1u);
+}
+
+TEST_F(TKTagTest, ANameThatIsNoTextIsRefusedBeforeAnyTagGoes) {
+    const auto owner = book.insert<TKTenureTransaction>("TenureTransaction");
+    owner->setTagNames(names("Rent"));
+    ASSERT_TRUE(book.context().save());
+    owner->setTagNames(TKTagNames::initWithArray(Array::make({Value(text("Rent")), Value(7)})));
+    EXPECT_THROW(static_cast<void>(book.context().save()), InvalidArgumentException);
+    EXPECT_EQ(owner->tags().count(), 1u);
 }
 
 // Replacing

@@ -268,6 +268,8 @@ void BookFile::decode(const EntityTable& table, std::span<const Cell> cells, Row
     row.links.clear();
     for (const EntityColumns::Link& link : columns.links)
         row.links.push_back({whole(link.target), link.place ? whole(*link.place) : 0});
+    for (const RowLink& link : row.links)
+        if (link.target < NoRow || link.place < 0) damaged("a link in it leads to no row");
 }
 
 Commit BookFile::decodeCommit(std::span<const Cell> cells) const {

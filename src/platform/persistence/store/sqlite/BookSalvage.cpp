@@ -28,6 +28,11 @@ std::string withNumber(const SealedTable& table) {
     return sql + " WHERE rowid >= ?1 ORDER BY rowid";
 }
 
+/// What is short or busy now is not lost.
+void requireDamage(const StoreFailure& failure) {
+    if (failure.code == StoreErrorCode::OutOfMemory || failure.code == StoreErrorCode::Busy) throw failure;
+}
+
 std::string rowName(const SealedTable& table, std::int64_t number) {
     return "the row " + std::to_string(number) + " of " + table.name;
 }
@@ -109,7 +114,8 @@ std::optional<std::int64_t> BookSalvage::readFrom(Connection& connection, const 
             next = number + 1;
         }
         return std::nullopt;
-    } catch (const StoreFailure&) {
+    } catch (const StoreFailure& failure) {
+        requireDamage(failure);
         return next;
     }
 }
@@ -124,8 +130,8 @@ std::optional<std::int64_t> BookSalvage::firstReadableFrom(Connection& connectio
             Statement::Use row(connection.statement(sql));
             row.bind(1, number);
             if (row.next()) return std::max(row.integer(0), number);
-        } catch (const StoreFailure&) {
-            // Neither here.
+        } catch (const StoreFailure& failure) {
+            requireDamage(failure); // and neither here
         }
         return std::nullopt;
     };
@@ -159,6 +165,7 @@ void BookSalvage::take(const SealedTable& table, std::int64_t number, const Stat
             if (!cell.bytes.empty()) cell.bytes = room_.keep(cell.bytes);
         rows_[&table].insert_or_assign(number, std::move(cells));
     } catch (const StoreFailure& failure) {
+        requireDamage(failure);
         lose("The table " + table.name + ": " + rowName(table, number) + " is not sound: " + failure.reason);
     }
 }

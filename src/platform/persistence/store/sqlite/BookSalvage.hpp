@@ -27,7 +27,7 @@ public:
     [[nodiscard]] Salvage result(std::string path) &&;
 
 private:
-    /// By their first column.
+    /// By their numbers.
     using Rows = std::map<std::int64_t, Cells>;
     static constexpr std::size_t MostLines = 1000;
 

@@ -76,7 +76,8 @@ public:
     }
     std::error_code syncFile(const std::string& path) const override { return sync(path, O_RDWR); }
     std::error_code syncFolderOf(const std::string& path) const override {
-        return sync(files::path(path).parent_path().string(), O_RDONLY | O_DIRECTORY);
+        const files::path folder = files::path(path).parent_path();
+        return sync(folder.empty() ? "." : folder.string(), O_RDONLY | O_DIRECTORY);
     }
     StoreResult<WriterLock> lock(const std::string& path, const CommitOrigin& holder) const override {
         return WriterLock::take(path, holder);

@@ -40,7 +40,7 @@ StoreFailure unreadable(std::string_view what, const std::error_code& error) {
 }
 
 NewFile::NewFile(const FileSystem& files, const std::string& path, Makers makers)
-    : files_(files), path_(resolvedNew(files, path)), draft_(path_) {
+    : files_(files), path_(resolvedNew(files, path)), draft_(path_), isDraftOurs_(makers == Makers::Many) {
     constexpr std::size_t Distinct = 8;
     if (makers == Makers::Many) draft_ += "." + detail::newStoreIdentifier().substr(0, Distinct);
     draft_ += ".new";
@@ -48,10 +48,11 @@ NewFile::NewFile(const FileSystem& files, const std::string& path, Makers makers
 }
 
 NewFile::~NewFile() {
-    removeDraft();
+    if (isDraftOurs_) removeDraft();
 }
 
-void NewFile::removeDraft() const {
+void NewFile::removeDraft() {
+    isDraftOurs_ = true;
     files_.remove(draft_);
     files_.remove(draft_ + "-journal");
 }

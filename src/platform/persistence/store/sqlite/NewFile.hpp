@@ -30,8 +30,9 @@ public:
     [[nodiscard]] const std::string& path() const noexcept { return path_; }
     /// The name it has until it is complete.
     [[nodiscard]] const std::string& draft() const noexcept { return draft_; }
-    /// Leaves nothing under the name of the draft.
-    void removeDraft() const;
+    /// Leaves nothing under the name of the draft, which is this one's from then on. Where one maker makes a file at a time: REQUIRES:
+    /// it is this one.
+    void removeDraft();
     /// Gives it its name for good. Throws a StoreFailure. REQUIRES: nobody has the draft open.
     void settle();
 
@@ -39,6 +40,7 @@ private:
     const FileSystem& files_;
     std::string path_;
     std::string draft_;
+    bool isDraftOurs_;
 };
 
 /// What the file system could not do.
