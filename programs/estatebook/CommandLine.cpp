@@ -3,6 +3,7 @@
 
 #include "estatebook/Failure.hpp"
 #include "estatebook/Reckoned.hpp"
+#include "estatebook/book/StoredBook.hpp"
 #include "estatebook/commands/Commands.hpp"
 #include "estatebook/document/JsonText.hpp"
 
@@ -273,7 +274,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         return report(failure.code(), failure.what(), failure.isAboutFile());
     } catch (const platform::ObjectInaccessibleException& exception) {
         // Amid the work, from a book that was sound as far as it had been read; the reason names it.
-        return report(ExitCode::BadData, document::forMessage(exception.reason(), LongestUsageText), true);
+        return report(ExitCode::BadData, lineOfStore(exception.reason()), true);
     } catch (const platform::Exception& exception) {
         return report(ExitCode::BadData, document::forMessage(exception.reason(), LongestUsageText));
     } catch (const std::bad_alloc&) {

@@ -80,17 +80,11 @@ ExitCode exitCodeOf(StoreErrorCode code) noexcept {
     return ExitCode::CannotRead;
 }
 
-/// "PATH: it is so. Do that." as this program says it: "FILE: it is so; do that".
+/// What follows the path in a message of the store.
 std::string lineOf(const std::string& file, std::string_view path, std::string_view message) {
     if (!path.empty() && message.starts_with(path) && message.substr(path.size()).starts_with(": "))
         message.remove_prefix(path.size() + 2);
-    std::string line(message);
-    if (line.ends_with('.')) line.pop_back();
-    if (const std::size_t end = line.rfind(". "); end != std::string::npos && end + 2 < line.size()) {
-        line[end] = ';';
-        line[end + 2] = static_cast<char>(std::tolower(static_cast<unsigned char>(line[end + 2])));
-    }
-    return fmt::format("{}: {}", file, forMessage(line, LongestMessage));
+    return fmt::format("{}: {}", file, lineOfStore(message));
 }
 
 template <class Open>
@@ -134,6 +128,16 @@ Ref<platform::ManagedObjectModel> bookModel() {
 SQLiteStore::Options bookOptions(std::string_view command) {
     return {.classes = {TKTagNames::archivedClass()},
             .holder = {platform::Clock::now(), platform::fullUserName(), "estatebook", std::string(command)}};
+}
+
+std::string lineOfStore(std::string_view message) {
+    std::string line(message);
+    if (line.ends_with('.')) line.pop_back();
+    if (const std::size_t end = line.rfind(". "); end != std::string::npos && end + 2 < line.size()) {
+        line[end] = ';';
+        line[end + 2] = static_cast<char>(std::tolower(static_cast<unsigned char>(line[end + 2])));
+    }
+    return forMessage(line, LongestMessage);
 }
 
 Failure storeFailure(const std::string& file, const StoreError& error) {

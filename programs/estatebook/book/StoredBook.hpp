@@ -32,6 +32,8 @@ void requireModel();
 /// Of every book that the program opens; others are told of the command.
 [[nodiscard]] platform::SQLiteStore::Options bookOptions(std::string_view command);
 
+/// A message of a store, "It is so. Do that.", as the lines of this program read: "It is so; do that".
+[[nodiscard]] std::string lineOfStore(std::string_view message);
 /// What to throw when a store failed. Messages name the file as `file` does.
 [[nodiscard]] Failure storeFailure(const std::string& file, const platform::StoreError& error);
 /// The same for a context that cannot be saved.

@@ -44,8 +44,11 @@ void exportBook(const ExportOptions& options, std::ostream& out) {
         }
     if (count > 0 && !options.isPartial)
         throw Failure(ExitCode::BadData,
-                      fmt::format("{}: a document cannot carry {}; leave that out with --partial", file,
-                                  count == 1 ? "this" : fmt::format("these {} things", count)));
+                      count == 1
+                          ? fmt::format("{}: a document cannot carry this; leave it out with --partial", file)
+                          : fmt::format("{}: a document cannot carry these {} things; leave them out with "
+                                        "--partial",
+                                        file, count));
     out << written.text;
 }
 

@@ -34,8 +34,8 @@ TEST_F(WriterLockTest, TheSecondIsToldWhoHasItAndSinceWhen) {
     ASSERT_FALSE(second);
     EXPECT_EQ(StoreErrorCode::Locked, second.error().code);
     EXPECT_EQ(book_, second.error().path);
-    EXPECT_EQ("The book " + book_ +
-                  " cannot be opened for writing: it is held by Ada Field with estatebook pay since " +
+    EXPECT_EQ(book_ +
+                  ": it cannot be opened for writing: it is held by Ada Field with estatebook pay since " +
                   Ada.when.description() + ". Close it there first.",
               second.error().message);
 }

@@ -37,7 +37,7 @@ void tellHolder(int descriptor, const std::string& text) {
 }
 
 StoreError refusal(StoreErrorCode code, const std::string& path, const std::string& reason) {
-    return {code, path, "The book " + path + " cannot be opened for writing: " + reason};
+    return {code, path, path + ": it cannot be opened for writing: " + reason};
 }
 
 } // namespace
