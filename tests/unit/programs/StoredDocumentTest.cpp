@@ -11,17 +11,16 @@
 
 #include "model/Advertisement.hpp"
 #include "model/Keys.hpp"
-#include "platform/persistence/store/InMemoryStore.hpp"
+#include "platform/persistence/ManagedObjectModel.hpp"
+#include "platform/persistence/store/Store.hpp"
 #include "platform/values/Array.hpp"
 #include "platform/values/AttributedString.hpp"
-#include "platform/values/Data.hpp"
 #include "store/TKManagedObjectModel.hpp"
 #include "store/TKPropertyNote.hpp"
 #include "store/TKPropertyTransaction.hpp"
 #include "store/TKState.hpp"
 #include "store/TKTenureTransaction.hpp"
 #include "support/Book.hpp"
-#include "support/StoreKinds.hpp"
 #include "support/TemporaryFolder.hpp"
 #include "tags/TKTagNames.hpp"
 
@@ -71,11 +70,31 @@ protected:
         state->setName(text(name));
         state->setValue(value);
     }
-    /// Rows that no object would be saved as.
+    /// A row that no object would be saved as.
+    class RowOf {
+    public:
+        RowOf(const platform::Store& store, std::string_view entity, platform::RowKey key)
+            : shape_(store.shapes().of(*store.model().entityNamed(entity))), row_(shape_.emptyRow(key)) {}
+        RowOf& with(platform::Key attribute, const Value& value) {
+            row_.values[shape_.attribute(attribute).value()] = value;
+            return *this;
+        }
+        RowOf& to(platform::Key link, platform::RowKey target, std::int64_t place) {
+            row_.links[shape_.link(link).value()] = {target, place};
+            return *this;
+        }
+        operator platform::Row() const { return row_; }
+
+    private:
+        const platform::RowShape& shape_;
+        platform::Row row_;
+    };
+    RowOf row(std::string_view entity, platform::RowKey key) { return {*store, entity, key}; }
     void saveRows(std::vector<platform::Row> rows) {
-        auto changes = test::newChanges();
+        platform::StoreChanges changes{.token = platform::CommitToken::random(), .origin = {}};
         changes.insertions = std::move(rows);
-        ASSERT_TRUE(store->save(changes));
+        const auto outcome = store->save(changes);
+        ASSERT_TRUE(outcome) << outcome.error().message;
     }
     template <class T>
     Ref<T> add(std::string_view entity) {
@@ -115,7 +134,7 @@ TEST_F(StoredDocumentTest, SettingsKeepTheirValueInWhateverBoxItIs) {
 }
 
 TEST_F(StoredDocumentTest, ASettingThatSomebodyOnlyLookedForIsNone) {
-    TKState::stateForKeyInManagedObjectContext(text("Logo"), *book);
+    static_cast<void>(TKState::stateForKeyInManagedObjectContext(text("Logo"), *book));
     add<TKTenure>("Tenure"); // looks for what it follows
     EXPECT_THAT(stored().document.settings, IsEmpty());
     EXPECT_THAT(leftOut, IsEmpty());
@@ -210,19 +229,18 @@ TEST_F(StoredDocumentTest, ContentOfOtherKindsIsNamed) {
 }
 
 TEST_F(StoredDocumentTest, TagsThatNoDocumentHoldsAreNamed) {
-    saveRows({test::RowOf("Tenant", 1),
-              test::RowOf("AccountTag", 2).with(keys::name, text("b")).to(keys::owner, 1, 1),
-              test::RowOf("AccountTag", 3).with(keys::name, text("a")).to(keys::owner, 1, 0),
-              test::RowOf("AccountTag", 4).to(keys::owner, 1, 2),
-              test::RowOf("AccountTag", 5).with(keys::name, text("a")).to(keys::owner, 1, 3)});
+    saveRows({row("Tenant", 1), row("AccountTag", 2).with(keys::name, text("b")).to(keys::owner, 1, 1),
+              row("AccountTag", 3).with(keys::name, text("a")).to(keys::owner, 1, 0),
+              row("AccountTag", 4).to(keys::owner, 1, 2),
+              row("AccountTag", 5).with(keys::name, text("a")).to(keys::owner, 1, 3)});
     EXPECT_THAT(stored().document.tenants.front().tags, ElementsAre("a", "b"));
     EXPECT_THAT(leftOut, ElementsAre("row 4 of AccountTag: the tag has no name",
                                      "/tenants/0/tags: the tag \"a\" is there twice"));
 }
 
 TEST_F(StoredDocumentTest, ALettingThatEndsBeforeItBeginsIsNamed) {
-    saveRows({test::RowOf("Tenure", 1).with(keys::endDate, Date{0.0}),
-              test::RowOf("Tenure", 2).with(keys::startDate, Date{1.0}).with(keys::endDate, Date{0.0})});
+    saveRows({row("Tenure", 1).with(keys::endDate, Date{0.0}),
+              row("Tenure", 2).with(keys::startDate, Date{1.0}).with(keys::endDate, Date{0.0})});
     stored();
     EXPECT_THAT(leftOut, ElementsAre("/tenures/0/endDate: there is no start date",
                                      "/tenures/1/endDate: it is before the start date"));
