@@ -305,6 +305,7 @@ private:
     /// Whoever was read before others led it elsewhere may still lead to an object that has left just now. Linear in the
     /// objects. REQUIRES: those that left still live.
     void forgetLinksToThoseGone() noexcept;
+    void forgetUnchanged(std::size_t from);
     /// Has members read again, but for those whose changes are not saved.
     void forgetUnchangedMembers(ManagedObject& object);
     bool resolveUnknownSave(Ref<Error>* error);

@@ -11,6 +11,7 @@
 #include "platform/values/FirstException.hpp"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace estatebook::platform {
@@ -114,7 +115,7 @@ void ManagedObjectContext::merge(ManagedObject& object, const Row& stored, Merge
         case MergePolicy::StoreTrump:
             return !former || !isAlike(side, *former);
         case MergePolicy::ObjectTrump:
-            return !former;
+            return !former || areStoredAlike(*former, object.primitiveValueForKey(side.property->key));
         case MergePolicy::Overwrite:
         case MergePolicy::Error:
             break;
@@ -174,17 +175,27 @@ void ManagedObjectContext::mergeFromStore(ManagedObject& object) {
     const auto rows = readableStore().rows(object.entity(), std::span(&key, 1));
     if (!rows) throw ObjectInaccessibleException(rows.error().message);
     if (rows->empty()) throw ObjectInaccessibleException(object.description() + " has no record any more");
-    const bool wasChanged = object.hasChanges();
+    const std::size_t changedBefore = changed_.size();
     FirstException exceptions;
     exceptions.keep([&] { merge(object, rows->front(), MergePolicy::ObjectTrump, SnapshotRefresh); });
-    const ObjectJournal* journal = journalOf(object);
-    if (!wasChanged && !object.isDeleted() && (!journal || journal->sinceSave.all().empty())) {
-        object.clear(ManagedObject::Updated);
-        object.clear(ManagedObject::ChangedInRound);
-        std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
-        journals_.erase(&object);
-    }
+    forgetUnchanged(changedBefore);
     exceptions.rethrow();
+}
+
+/// What was announced only because the store had changed is nothing to save.
+void ManagedObjectContext::forgetUnchanged(std::size_t from) {
+    const auto begin = changed_.begin() + static_cast<std::ptrdiff_t>(std::min(from, changed_.size()));
+    const auto isUnchanged = [&](const Ref<ManagedObject>& object) {
+        if (!object->isUpdated()) return false;
+        const ObjectJournal* journal = journalOf(*object);
+        return !journal || journal->sinceSave.all().empty();
+    };
+    const auto unchanged = std::stable_partition(begin, changed_.end(), std::not_fn(isUnchanged));
+    for (const auto& object : std::ranges::subrange(unchanged, changed_.end())) {
+        object->clear(ManagedObject::Updated);
+        object->clear(ManagedObject::ChangedInRound);
+    }
+    changed_.erase(unchanged, changed_.end());
 }
 
 /// The row is gone, and with it the object.

@@ -273,10 +273,12 @@ void RelationshipUpkeep::takeMembers(ManagedObject& owner, const ModelledPropert
 void RelationshipUpkeep::takeLink(ManagedObject& object, const ModelledProperty& toOne,
                                   ManagedObject* target) {
     ToOneSlot& link = toOne.toOne(object);
-    if (link.target == target) return;
-    letGo(object, toOne);
-    link = {target};
+    if (link.target != target) {
+        letGo(object, toOne);
+        link = {target};
+    }
     if (!target) return;
+    // Also where it led before: members that were read meanwhile may have left it out.
     const ModelledProperty& back = *target->modelledProperty(toOne.inverse);
     if (back.kind != PropertyKind::ToOne && !back.toMany(*target).isUnknown())
         join(*target, back, object, toOne);

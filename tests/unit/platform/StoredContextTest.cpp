@@ -442,6 +442,36 @@ TEST_P(StoredContextTest, AMergingRefreshKeepsChangesAndReadsTheRest) {
     EXPECT_EQ(theProperty()->rentalAmount(), Decimal(5));
 }
 
+TEST_P(StoredContextTest, AMergingRefreshOfAnUnchangedObjectLeavesNothingToSave) {
+    letting(property("Elm").get());
+    save();
+    const auto mine = theLetting();
+    auto other = contextOn(store);
+    const auto theirs = other->fetchAll<TKTenure>("Tenure").front();
+    theirs->setRentalAmount(Decimal(5));
+    theirs->setProperty(nullptr);
+    ASSERT_TRUE(other->save());
+    book->refreshObjectMergeChanges(*mine, true);
+    EXPECT_EQ(mine->rentalAmount(), Decimal(5));
+    EXPECT_EQ(theProperty()->tenures().count(), 0u);
+    EXPECT_FALSE(book->hasChanges());
+}
+
+TEST_P(StoredContextTest, AValueThatWasPutBackIsNoChange) {
+    property("Elm");
+    save();
+    const auto mine = theProperty();
+    const auto other = contextOn(store);
+    other->fetchAll<TKProperty>("Property").front()->setName(text("Ash"));
+    ASSERT_TRUE(other->save());
+    mine->setName(text("Oak"));
+    mine->setName(text("Elm"));
+    mine->setRentalAmount(Decimal(5));
+    book->setMergePolicy(MergePolicy::ObjectTrump);
+    save();
+    EXPECT_EQ(mine->name()->view(), "Ash");
+}
+
 TEST_P(StoredContextTest, ARefreshedOwnerReadsItsMembersAnew) {
     letting();
     save();
