@@ -41,6 +41,8 @@ public:
     /// Asked instead of the store to save; null saves.
     std::function<Result<platform::SaveOutcome>(platform::Store& inner, const platform::StoreChanges&)>
         onSave;
+    /// Whether each text that is read is another object than any before, as in a file.
+    bool readsTextsAnew = false;
     /// While set, nobody can be told what became of a save.
     std::optional<platform::StoreError> outcomeUnknown;
 
@@ -62,14 +64,14 @@ public:
                                   const RowVisitor& visitor) const override {
         ++reads.fetches;
         if (unreadable) return *unreadable;
-        return inner_->fetchRows(entity, condition, visitor);
+        return inner_->fetchRows(entity, condition, reading(visitor));
     }
     Result<std::size_t> visitRows(const Entity& entity, std::span<const RowKey> keys,
                                   const RowVisitor& visitor) const override {
         ++reads.batches;
         if (unreadable) return *unreadable;
         if (unreadableBatches) return *unreadableBatches;
-        return inner_->visitRows(entity, keys, visitor);
+        return inner_->visitRows(entity, keys, reading(visitor));
     }
     [[nodiscard]] Result<std::vector<std::vector<RowKey>>>
     members(const platform::RelationshipDescription& toMany, std::span<const RowKey> owners) const override {
@@ -107,6 +109,16 @@ public:
     }
 
 private:
+    [[nodiscard]] RowVisitor reading(const RowVisitor& visitor) const {
+        if (!readsTextsAnew) return visitor;
+        return [&visitor](const platform::Row& row) {
+            platform::Row copy = row;
+            for (platform::Value& value : copy.values)
+                if (const auto text = value.string()) value = platform::String::make(text->view());
+            visitor(copy);
+        };
+    }
+
     platform::Ref<platform::Store> inner_;
 };
 

@@ -88,6 +88,8 @@ private:
     }
     void open() {
         store_ = makeRef<WatchedStore>(Ref<Store>(&place_->store()));
+        // Tags are kept or made anew by which object their name is.
+        store_->readsTextsAnew = true;
         context_ = contextOn(Ref<Store>(store_));
         makeSettings();
     }
@@ -464,7 +466,7 @@ private:
     }
     void refresh() {
         const auto object = anything();
-        // Tags are kept or made anew by which object their name is, and a file gives another one each time.
+        // The names of an owner that stays as it is would be others than those of its tags.
         if (!object || object->modelledProperty(keys::owner)) return;
         const bool keepsChanges = isOneIn(2);
         note("refresh " + std::to_string(keepsChanges),

@@ -163,26 +163,56 @@ StoreResult<std::size_t> SQLiteStore::visitRows(const EntityDescription& entity,
 
 namespace {
 
-/// The members of an owner that is bound to ?1.
-std::string membersOf(const BookTables& tables, const RowShapes& shapes,
-                      const RelationshipDescription& toMany, const std::string& select) {
-    const EntityDescription& entity = *toMany.destinationEntity;
-    const EntityTable& table = tables.tableOf(entity);
-    const EntityColumns::Link& link = tables.columnsOf(entity).links[shapes.linkToOwner(toMany)];
-    const Column& column = table.properties[link.target - EntityTable::FirstProperty];
-    return select + " WHERE " + quoted(column.name) + " = ?1" + tables.filterFor(entity, *column.owner) +
-           " ORDER BY " + (link.place ? quoted(table.columns[*link.place]) + ", " : "") + "\"_key\"";
-}
+/// How the members of a relationship are found by their owners.
+struct MembersQuery {
+    std::string owner;
+    std::string filter;
+    std::string order;
+
+    MembersQuery(const BookTables& tables, const RowShapes& shapes, const RelationshipDescription& toMany) {
+        const EntityDescription& entity = *toMany.destinationEntity;
+        const EntityTable& table = tables.tableOf(entity);
+        const EntityColumns::Link& link =
+            tables.columnsOf(entity).links[shapes.linkToOwner(toMany)];
+        const Column& column = table.properties[link.target - EntityTable::FirstProperty];
+        owner = quoted(column.name);
+        filter = tables.filterFor(entity, *column.owner);
+        order = (link.place ? quoted(table.columns[*link.place]) + ", " : "") + "\"_key\"";
+    }
+    /// Of the owner that is bound to ?1.
+    [[nodiscard]] std::string ofOne(const std::string& select) const {
+        return select + " WHERE " + owner + " = ?1" + filter + " ORDER BY " + order;
+    }
+    /// Of the owners from ?1 to ?2.
+    [[nodiscard]] std::string ofRange(const std::string& select) const {
+        return select + " WHERE " + owner + " BETWEEN ?1 AND ?2" + filter + " ORDER BY " + owner + ", " +
+               order;
+    }
+};
 
 } // namespace
 
 StoreResult<std::vector<std::vector<RowKey>>> SQLiteStore::members(const RelationshipDescription& toMany,
                                                                    std::span<const RowKey> owners) const {
     return guarded([&] {
-        const EntityTable& table = file_->tables().tableOf(*toMany.destinationEntity);
-        Statement& statement = file_->connection().statement(
-            membersOf(file_->tables(), shapes(), toMany, "SELECT \"_key\" FROM " + quoted(table.name)));
+        const std::string from = " FROM " + quoted(file_->tables().tableOf(*toMany.destinationEntity).name);
+        const MembersQuery query(file_->tables(), shapes(), toMany);
+        Connection& connection = file_->connection();
         std::vector<std::vector<RowKey>> members(owners.size());
+        if (areNeighbours(owners)) {
+            Statement::Use rows(
+                connection.statement(query.ofRange("SELECT " + query.owner + ", \"_key\"" + from)));
+            rows.bind(1, owners.front()).bind(2, owners.back());
+            auto owner = owners.begin();
+            while (rows.next()) {
+                const RowKey key = rows.integer(0);
+                while (*owner < key) ++owner; // the last one is the greatest
+                if (*owner == key)
+                    members[static_cast<std::size_t>(owner - owners.begin())].push_back(rows.integer(1));
+            }
+            return members;
+        }
+        Statement& statement = connection.statement(query.ofOne("SELECT \"_key\"" + from));
         for (std::size_t index = 0; index < owners.size(); ++index) {
             Statement::Use rows(statement);
             rows.bind(1, owners[index]);
@@ -201,8 +231,8 @@ StoreResult<Decimal> SQLiteStore::sum(const RelationshipDescription& toMany, Row
     return guarded([&] {
         const EntityTable& table = file_->tables().tableOf(entity);
         const std::size_t column = *file_->tables().columnsOf(entity).values[*place];
-        Statement::Use rows(
-            file_->connection().statement(membersOf(file_->tables(), shapes(), toMany, table.select)));
+        Statement::Use rows(file_->connection().statement(
+            MembersQuery(file_->tables(), shapes(), toMany).ofOne(table.select)));
         rows.bind(1, owner);
         Cells cells;
         Decimal sum;
