@@ -312,17 +312,27 @@ void ManagedObjectContext::refreshObjectMergeChanges(ManagedObject& object, bool
     if (mergeChanges) return mergeFromStore(object);
 
     FirstException exceptions;
+    FormerValues remaining;
     if (ObjectJournal* journal = journalOf(object)) {
         const Raised unrecorded(recordingOff_);
         ChangeSet set;
         set.changes.push_back(
             {ObjectChange::Kind::Update, Ref<ManagedObject>(&object), journal->sinceSave.take()});
         exceptions.keep([&] { restore(set, {}); });
+        // Members that came or went are no changes of this object; their order is known here only.
+        for (FormerValue& former : set.changes.front().former)
+            if (former.property->kind == PropertyKind::OrderedToMany &&
+                !object.primitiveValueForKey(former.property->key).isEqual(former.value))
+                remaining.keep(*former.property, std::move(former.value));
     }
-    object.clear(ManagedObject::Updated);
-    object.clear(ManagedObject::ChangedInRound);
-    std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
-    journals_.erase(&object);
+    if (remaining.all().empty()) {
+        object.clear(ManagedObject::Updated);
+        object.clear(ManagedObject::ChangedInRound);
+        std::erase_if(changed_, [&](const auto& each) { return each.get() == &object; });
+        journals_.erase(&object);
+    } else {
+        journals_[&object].sinceSave = std::move(remaining);
+    }
     if (object.has(ManagedObject::Awake)) {
         object.clear(ManagedObject::Awake);
         exceptions.keep([&] { object.willTurnIntoFault(); });

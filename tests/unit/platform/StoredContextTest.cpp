@@ -425,6 +425,18 @@ TEST_P(StoredContextTest, ARefreshReadsWhatOthersSaved) {
     EXPECT_TRUE(book->save(&error)) << "it is the version that was refreshed";
 }
 
+TEST_P(StoredContextTest, MembersThatWereDeletedBeforeARefreshReturnInTheirOrder) {
+    property("Elm")->setTagNames(TKTagNames::initWithEditableString("sea, garden, pets"));
+    saveAndReopen();
+    const auto flat = theProperty();
+    for (TKTag& tag : flat->tags()) book->deleteObject(tag);
+    book->refreshObjectMergeChanges(*flat, false);
+    EXPECT_THAT(tags(*flat), IsEmpty());
+    book->rollback();
+    EXPECT_THAT(tags(*flat), ElementsAre("sea", "garden", "pets"));
+    EXPECT_FALSE(book->hasChanges());
+}
+
 TEST_P(StoredContextTest, AMergingRefreshKeepsChangesAndReadsTheRest) {
     property("Elm");
     save();
