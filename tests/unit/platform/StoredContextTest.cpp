@@ -579,7 +579,7 @@ TEST_P(StoredContextTest, ABookThatLeadsToSomethingElseIsNotTakenForWhatItSays) 
     changes.insertions = {estatebook::test::RowOf("Tenant", 1),
                           estatebook::test::RowOf("PropertyTransaction", 2).to(keys::property, 1)};
     ASSERT_TRUE(store->save(changes));
-    book->fetchAll<TKTenant>("Tenant");
+    ASSERT_THAT(book->fetchAll<TKTenant>("Tenant"), SizeIs(1));
     EXPECT_FALSE(book->executeFetchRequest({"PropertyTransaction"}, &error));
     EXPECT_THAT(error->localizedDescription(), HasSubstr("as to one of \"Property\""));
     book->reset();
