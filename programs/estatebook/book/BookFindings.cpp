@@ -71,8 +71,8 @@ private:
                 find("The row {} of {} has as its {} the row {}, which is of another kind", row.key,
                      row.entity->name(), relationship.name.name(), target);
         }
-        if (!row.entity->name().ends_with("Tag")) return;
-        if (!row.values[*shape.attribute(keys::name)].string())
+        const auto name = shape.attribute(keys::name);
+        if (name && row.entity->name().ends_with("Tag") && !row.values[*name].string())
             find("The row {} of {} is a tag without a name", row.key, row.entity->name());
     }
 

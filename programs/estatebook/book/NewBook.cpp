@@ -63,7 +63,7 @@ NewBook::NewBook(const std::string& path, std::string_view command)
     requireRoom();
     makeFolder();
     try {
-        draft_ = StoredBook::create(draftPath(), command);
+        draft_ = std::make_unique<StoredBook>(StoredBook::create(draftPath(), command));
     } catch (...) {
         std::error_code ignored;
         files::remove_all(folder_, ignored);

@@ -12,7 +12,7 @@
 
 #include "estatebook/book/StoredBook.hpp"
 
-#include <optional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -45,7 +45,7 @@ private:
     /// As messages show it.
     std::string file_;
     std::string folder_;
-    std::optional<StoredBook> draft_;
+    std::unique_ptr<StoredBook> draft_;
 };
 
 } // namespace estatebook

@@ -175,12 +175,13 @@ StoredBook StoredBook::create(const std::string& path, std::string_view command)
 Value StoredBook::setting(std::string_view name) const {
     const platform::EntityDescription& entity = *store->model().entityNamed("State");
     const platform::RowShape& shape = store->shapes().of(entity);
-    const std::size_t nameAt = *shape.attribute(keys::name);
-    const std::size_t valueAt = *shape.attribute(keys::value);
+    const auto nameAt = shape.attribute(keys::name);
+    const auto valueAt = shape.attribute(keys::value);
     std::optional<Value> first;
     const auto visited = store->fetchRows(entity, {}, [&](const platform::Row& row) {
-        const auto text = row.values[nameAt].string();
-        if (!first && text && text->view() == name) first = row.values[valueAt];
+        if (first || !nameAt || !valueAt) return;
+        const auto text = row.values[*nameAt].string();
+        if (text && text->view() == name) first = row.values[*valueAt];
     });
     if (!visited) throw storeFailure(file, visited.error());
     return first.value_or(Value());
@@ -190,7 +191,7 @@ Ref<TimeZone> StoredBook::timeZone() const {
     const Value value = setting(document::TimeZoneSettingName);
     if (value.isAbsent() || value.isNullObject()) return TimeZone::defaultTimeZone();
     const auto name = value.string();
-    const auto zone = name ? TimeZone::named(name->view()) : nullptr;
+    auto zone = name ? TimeZone::named(name->view()) : nullptr;
     if (!zone)
         throw Failure(
             ExitCode::BadData,

@@ -43,8 +43,13 @@ public:
 
     [[nodiscard]] RowKey key() const noexcept { return row_.key; }
     [[nodiscard]] std::string_view entity() const noexcept { return row_.entity->name(); }
-    [[nodiscard]] const Value& value(Key name) const { return row_.values[shape_.attribute(name).value()]; }
-    [[nodiscard]] platform::RowLink link(Key name) const { return row_.links[shape_.link(name).value()]; }
+    // An attribute that there is not raises.
+    [[nodiscard]] const Value& value(Key name) const {
+        return row_.values.at(shape_.attribute(name).value_or(row_.values.size()));
+    }
+    [[nodiscard]] platform::RowLink link(Key name) const {
+        return row_.links.at(shape_.link(name).value_or(row_.links.size()));
+    }
     [[nodiscard]] std::optional<std::string> text(Key name) const {
         const auto text = value(name).string();
         return text ? std::optional(text->string()) : std::nullopt;

@@ -10,7 +10,6 @@ namespace estatebook {
 
 using document::RichText;
 using document::SettingValue;
-using document::TextPiece;
 using platform::AttributedString;
 using platform::Decimal;
 using platform::Number;

@@ -9,6 +9,7 @@
 
 #include <fmt/format.h>
 
+#include <optional>
 #include <ostream>
 
 namespace estatebook {
@@ -48,8 +49,8 @@ void copyOfToday(const std::string& file, std::ostream& out) {
     BookCopies copies(location, bookModel(), bookOptions("backup"));
     const auto made = copies.makeForToday();
     if (!made) throw storeFailure(shown(file), made.error());
-    if (*made)
-        out << fmt::format("{}: a sound copy of {}\n", shown(**made), shown(file));
+    if (const std::optional<std::string>& copied = *made)
+        out << fmt::format("{}: a sound copy of {}\n", shown(*copied), shown(file));
     else
         out << fmt::format("{}: there is a copy of this day already, in {}\n", shown(file),
                            shown(copies.folder()));

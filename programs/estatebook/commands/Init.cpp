@@ -26,7 +26,7 @@ constexpr std::size_t LengthOfCurrencyCode = 3;
 
 Ref<TimeZone> zoneNamed(const std::string& name) {
     if (name.empty()) return TimeZone::local();
-    const auto zone = TimeZone::named(name);
+    auto zone = TimeZone::named(name);
     if (!zone)
         throw Failure(ExitCode::WrongUsage,
                       fmt::format("--time-zone: the zone \"{}\" is unknown; use a name such as Europe/London",
