@@ -11,9 +11,11 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <functional>
 #include <iostream>
 #include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -110,7 +112,7 @@ public:
             platform::Log::setSink(
                 [](std::string_view line) { std::cerr << "estatebook: " << line << '\n'; });
         for (const auto& [command, action] : actions_)
-            if (*command) return action();
+            if (*command) return std::ranges::any_of(books_, isNamedBookFile) ? runHeld(action) : action();
         throw Failure(ExitCode::WrongUsage, "no command is given; see: estatebook --help");
     }
 
@@ -170,6 +172,23 @@ private:
         command.add_option("FILE", file, description)->required()->option_text(" ");
     }
 
+    static bool isNamedBookFile(const std::string* file) { return !file->empty() && isBookFile(*file); }
+    /// Writes nothing before all is reckoned and the book is closed: who pages through a long list would keep others from saving
+    /// the book meanwhile.
+    static void runHeld(const std::function<void()>& action) {
+        std::streambuf* const out = std::cout.rdbuf();
+        std::stringbuf text;
+        std::cout.rdbuf(&text);
+        try {
+            action();
+        } catch (...) {
+            std::cout.rdbuf(out);
+            throw;
+        }
+        std::cout.rdbuf(out);
+        std::cout << text.view();
+    }
+
     CLI::App* add(const char* name, const char* description, std::function<void()> action) {
         CLI::App* command = app_.add_subcommand(name, description);
         actions_.emplace_back(command, std::move(action));
@@ -200,7 +219,7 @@ private:
             ->option_text("DATE");
     }
 
-    static void addList(CLI::App& command, ListOptions& options) {
+    void addList(CLI::App& command, ListOptions& options) {
         addBook(command, options.book);
         command
             .add_option_function<std::string>(
@@ -236,6 +255,8 @@ private:
     BackupOptions backup_;
     RestoreOptions restore_;
     std::string describedFile_;
+    /// The books of all commands; that of the given one is not empty.
+    std::vector<const std::string*> books_;
     std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;
 };
 
