@@ -91,6 +91,17 @@ Value applyOperator(const Value& collection, std::string_view name, std::string_
     throw InvalidArgumentException("there is no collection operator \"" + std::string(name) + "\"");
 }
 
+/// "KEY.@sum.KEY", where the object tells it.
+std::optional<Decimal> sumToldBy(const Value& owner, std::string_view collection,
+                                 std::string_view operation) {
+    constexpr std::string_view Sum = "@sum.";
+    if (!operation.starts_with(Sum)) return std::nullopt;
+    const std::string_view ofMember = operation.substr(Sum.size());
+    if (ofMember.empty() || ofMember.find_first_of(".@") != std::string_view::npos) return std::nullopt;
+    const auto object = owner.as<ObservableObject>();
+    return object ? object->sumOfMembers(Key::named(collection), Key::named(ofMember)) : std::nullopt;
+}
+
 } // namespace
 
 Value valueForKeyPathOfValue(const Value& start, std::string_view path) {
@@ -99,6 +110,7 @@ Value valueForKeyPathOfValue(const Value& start, std::string_view path) {
         const auto [step, after] = splitKeyPath(rest);
         if (step.starts_with('@')) return applyOperator(value, step, after);
         if (value.isAbsent()) return {};
+        if (const auto sum = sumToldBy(value, step, after)) return *sum;
         value = stepped(value, step);
         rest = after;
     }

@@ -89,6 +89,10 @@ Value ObservableObject::valueForKeyPath(std::string_view keyPath) const {
     return valueForKeyPathOfValue(Value(Ref<Object>(const_cast<ObservableObject*>(this))), keyPath);
 }
 
+std::optional<Decimal> ObservableObject::sumOfMembers(Key, Key) const {
+    return std::nullopt;
+}
+
 void ObservableObject::setValueForKeyPath(const Value& value, std::string_view keyPath) {
     const std::size_t point = keyPath.rfind('.');
     if (point == std::string_view::npos) return setValueForKey(value, keyPath);

@@ -103,6 +103,8 @@ public:
     /// the set of all members of the members' sets. Another operator raises InvalidArgumentException. Linear in the
     /// members visited.
     [[nodiscard]] Value valueForKeyPath(std::string_view keyPath) const;
+    /// The sum of the members' values, where it can be told without reading each member; else none.
+    [[nodiscard]] virtual std::optional<Decimal> sumOfMembers(Key collection, Key ofMember) const;
 
     /// setValue:forKeyPath: nothing in the middle leaves everything as it is.
     void setValueForKeyPath(const Value& value, std::string_view keyPath);

@@ -109,6 +109,17 @@ Value ManagedObject::valueForKey(Key key) const {
     return primitiveValueForKey(key);
 }
 
+std::optional<Decimal> ManagedObject::sumOfMembers(Key collection, Key ofMember) const {
+    const ModelledProperty* property = modelledProperty(collection);
+    ManagedObjectContext* context = managedObjectContext();
+    if (!context || !property || property->kind == PropertyKind::Attribute ||
+        property->kind == PropertyKind::ToOne)
+        return std::nullopt;
+    if (const Property* own = classDescription().property(collection); own && own->get) return std::nullopt;
+    access();
+    return context->sumOfMembers(const_cast<ManagedObject&>(*this), *property, ofMember);
+}
+
 bool ManagedObject::hasValueForKey(Key key) const {
     return modelledProperty(key) || ObservableObject::hasValueForKey(key);
 }

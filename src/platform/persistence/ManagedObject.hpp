@@ -65,6 +65,8 @@ public:
     [[nodiscard]] Value valueForKey(Key key) const override;
     using ObservableObject::valueForKey;
     [[nodiscard]] bool hasValueForKey(Key key) const override;
+    /// The store adds up what nobody has read.
+    [[nodiscard]] std::optional<Decimal> sumOfMembers(Key collection, Key ofMember) const override;
     void setValueForKey(const Value& value, Key key) override;
     using ObservableObject::setValueForKey;
 

@@ -289,6 +289,9 @@ private:
     void followOpenLinks();
     void readAhead(ManagedObject& object);
     void fetchMembers(ManagedObject& owner, const ModelledProperty& toMany);
+    /// None where most members are here, or what is added up is no stored attribute.
+    [[nodiscard]] std::optional<Decimal> sumOfMembers(ManagedObject& owner, const ModelledProperty& toMany,
+                                                      Key attribute);
     [[nodiscard]] std::vector<ManagedObject*>
     neighbours(ManagedObject& object, bool (*isWanted)(ManagedObject&, const void*), const void* info);
     bool saveToStore(Ref<Error>* error);

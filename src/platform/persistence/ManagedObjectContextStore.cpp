@@ -228,6 +228,42 @@ void ManagedObjectContext::fetchMembers(ManagedObject& owner, const ModelledProp
                                         objectsOf(*relationship.destinationEntity, (*members)[place]));
 }
 
+std::optional<Decimal> ManagedObjectContext::sumOfMembers(ManagedObject& owner,
+                                                          const ModelledProperty& toMany, Key attribute) {
+    assertThread();
+    if (!owner.isStored()) return std::nullopt;
+    const RelationshipDescription& relationship = *owner.entity().relationship(toMany.key);
+    const EntityDescription& entity = *relationship.destinationEntity;
+    if (!stored_->properties(entity).isLeaf ||
+        !canBeAskedOfStore(entity, stored_->properties(entity), attribute))
+        return std::nullopt;
+    const Ref<ManagedObject> sample(
+        entity.managedClass().make(ManagedObjectBirth::withoutContextAndModel(entity)));
+    const ModelledProperty& summed = *sample->modelledProperty(attribute);
+    if (summed.type != AttributeType::Decimal && summed.type != AttributeType::Number) return std::nullopt;
+    if (const Property* own = sample->classDescription().property(attribute); own && own->get)
+        return std::nullopt;
+    const auto isRead = [](const ManagedObject* each) { return each->isRead(); };
+    if (const ToManySlot& slot = toMany.toMany(owner); !slot.isUnknown()) {
+        const auto members = slot.members();
+        if (2 * std::ranges::count_if(members, isRead) >= std::ssize(members)) return std::nullopt;
+    }
+
+    const ModelledProperty& back = *sample->modelledProperty(toMany.inverse);
+    std::vector<RowKey> exceptions;
+    Decimal sum;
+    for (ManagedObject* each : rows_[entity.index()].objects) {
+        if (!each || !isRead(each)) continue;
+        if (each->isStored()) exceptions.push_back(keyOf(*each));
+        if (back.toOne(*each).target != &owner) continue;
+        if (const auto amount = summed.primitive(*each).decimal()) sum = sum.decimalNumberByAdding(*amount);
+    }
+    std::ranges::sort(exceptions);
+    const auto stored = readableStore().sum(relationship, keyOf(owner), attribute, exceptions);
+    if (!stored) raiseUnreadable(stored.error());
+    return sum.decimalNumberByAdding(*stored);
+}
+
 void ManagedObjectContext::forgetUnchangedMembers(ManagedObject& object) {
     for (const ModelledProperty* toMany : stored_->properties(object.entity()).toMany) {
         ToManySlot& slot = toMany->toMany(object);

@@ -638,6 +638,35 @@ TEST_P(StoredContextTest, AFetchByADerivedKeyAsksTheObjects) {
     EXPECT_THAT(*paid, SizeIs(1));
 }
 
+TEST_P(StoredContextTest, ASumIsAskedOfTheStoreAsFarAsNobodyHasReadTheMembers) {
+    const auto flat = property("Elm");
+    const auto other = property("Ash");
+    for (const int amount : {1, 2, 4, 8, 16, 32}) flat->createTransaction()->setAmount(Decimal(amount));
+    other->createTransaction()->setAmount(Decimal(64));
+    saveAndReopen();
+    const auto back = book->fetchAll<TKProperty>("Property");
+    const auto sum = [&](std::size_t index) { return back[index]->totalIncome(); };
+    EXPECT_EQ(sum(0), Decimal(63));
+    EXPECT_EQ(store->reads.memberBatches, 1u) << "the tags of the properties, and no payments";
+    EXPECT_EQ(store->reads.sums, 1u);
+    // One was changed, one moved away, one came, one is new and one is gone.
+    const auto costs = book->fetchAll<TKPropertyTransaction>("PropertyTransaction");
+    costs[0]->setAmount(Decimal(101));
+    costs[1]->setProperty(back[1].get());
+    costs[6]->setProperty(back[0].get());
+    back[0]->createTransaction()->setAmount(Decimal(1000));
+    book->deleteObject(*costs[2]);
+    book->processPendingChanges();
+    EXPECT_EQ(sum(0), Decimal(101 + 8 + 16 + 32 + 64 + 1000));
+    EXPECT_EQ(sum(1), Decimal(2));
+    saveAndReopen();
+    const auto again = book->fetchAll<TKProperty>("Property");
+    const auto all = again[0]->transactions();
+    EXPECT_TRUE(static_cast<const TKPropertyTransaction&>(all[5]).isFault());
+    EXPECT_EQ(again[0]->totalIncome(), Decimal(101 + 8 + 16 + 32 + 64 + 1000));
+    EXPECT_EQ(store->reads.sums, 1u) << "faults that are known are added up there, too";
+}
+
 TEST_P(StoredContextTest, ASettingThatIsThereIsFoundAgain) {
     TKState::stateForKeyInManagedObjectContext(text("Colour"), *book)->setValue(Value(text("green")));
     saveAndReopen();
