@@ -117,7 +117,26 @@ std::optional<Decimal> ManagedObject::sumOfMembers(Key collection, Key ofMember)
         return std::nullopt;
     if (const Property* own = classDescription().property(collection); own && own->get) return std::nullopt;
     access();
-    return context->sumOfMembers(const_cast<ManagedObject&>(*this), *property, ofMember);
+    auto& self = const_cast<ManagedObject&>(*this);
+    if (const auto sum = context->sumOfMembers(self, *property, ofMember)) return sum;
+
+    // Those of one class with the attribute as it is stored need not be asked by key.
+    const auto known = self.knownMembers(*property).members();
+    const std::vector<Ref<ManagedObject>> members(known.begin(), known.end());
+    if (members.empty()) return std::nullopt;
+    const ManagedObject& first = *members.front();
+    const ModelledProperty* attribute = first.modelledProperty(ofMember);
+    const Property* own = first.classDescription().property(ofMember);
+    if (!attribute || attribute->isRelationship() || (own && own->get) ||
+        !std::ranges::all_of(members, [&](const auto& each) { return &each->entity() == &first.entity(); }))
+        return std::nullopt;
+    Decimal sum;
+    for (const auto& member : members) {
+        member->access();
+        if (const auto amount = attribute->primitive(*member).decimal())
+            sum = sum.decimalNumberByAdding(*amount);
+    }
+    return sum;
 }
 
 bool ManagedObject::hasValueForKey(Key key) const {

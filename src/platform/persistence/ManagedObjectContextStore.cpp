@@ -232,6 +232,11 @@ std::optional<Decimal> ManagedObjectContext::sumOfMembers(ManagedObject& owner,
                                                           const ModelledProperty& toMany, Key attribute) {
     assertThread();
     if (!owner.isStored()) return std::nullopt;
+    const auto isRead = [](const ManagedObject* each) { return each->isRead(); };
+    if (const ToManySlot& slot = toMany.toMany(owner); !slot.isUnknown()) {
+        const auto members = slot.members();
+        if (2 * std::ranges::count_if(members, isRead) >= std::ssize(members)) return std::nullopt;
+    }
     const RelationshipDescription& relationship = *owner.entity().relationship(toMany.key);
     const EntityDescription& entity = *relationship.destinationEntity;
     if (!stored_->properties(entity).isLeaf ||
@@ -243,11 +248,6 @@ std::optional<Decimal> ManagedObjectContext::sumOfMembers(ManagedObject& owner,
     if (summed.type != AttributeType::Decimal && summed.type != AttributeType::Number) return std::nullopt;
     if (const Property* own = sample->classDescription().property(attribute); own && own->get)
         return std::nullopt;
-    const auto isRead = [](const ManagedObject* each) { return each->isRead(); };
-    if (const ToManySlot& slot = toMany.toMany(owner); !slot.isUnknown()) {
-        const auto members = slot.members();
-        if (2 * std::ranges::count_if(members, isRead) >= std::ssize(members)) return std::nullopt;
-    }
 
     const ModelledProperty& back = *sample->modelledProperty(toMany.inverse);
     std::vector<RowKey> exceptions;
