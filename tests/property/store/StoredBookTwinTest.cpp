@@ -425,7 +425,9 @@ private:
         if (fate != Landed)
             store_->onSave = [&](Store& inner, const StoreChanges& changes) -> StoreResult<SaveOutcome> {
                 if (fate == Refused) return StoreError{StoreErrorCode::Full, "", "There is no room left"};
-                if (fate == LandedUnknown) EXPECT_TRUE(inner.save(changes)->landed());
+                if (fate == LandedUnknown) {
+                    EXPECT_TRUE(inner.save(changes)->landed());
+                }
                 return unknown();
             };
         Ref<Error> error;
@@ -528,7 +530,9 @@ private:
         }
         note("reopen", kept);
         if (isOneIn(2)) return; // it is read as it is needed
-        if (isSaved) EXPECT_EQ(description(part), before) << "reopened";
+        if (isSaved) {
+            EXPECT_EQ(description(part), before) << "reopened";
+        }
         expectStored("reopened");
     }
     bool hasEachSettingOnce() {
