@@ -43,6 +43,7 @@ public:
         int acknowledgements[2];
         ASSERT_EQ(0, pipe(acknowledgements));
         const pid_t child = fork();
+        ASSERT_GE(child, 0);
         if (child == 0) saveForEver(path_, acknowledgements[1]);
         close(acknowledgements[1]);
         RowKey acknowledged = NoRow;

@@ -45,6 +45,7 @@ TEST(StoreRivalsTest, EveryoneGetsHisTurnAndNothingIsLost) {
     std::array<pid_t, Writers> children{};
     for (pid_t& child : children) {
         child = fork();
+        ASSERT_GE(child, 0);
         if (child == 0) _exit(writeOften(path));
     }
     const auto wanted = static_cast<std::size_t>(Writers * SavesOfEach);

@@ -59,6 +59,7 @@ std::string asStranger(const std::function<std::string()>& work) {
     std::array<int, 2> answers{};
     if (pipe(answers.data()) != 0) return "no pipe";
     const pid_t child = fork();
+    if (child < 0) return "no child";
     if (child == 0) {
         constexpr unsigned Nobody = 65534;
         const bool isRoot = geteuid() == 0;
