@@ -48,21 +48,19 @@ bool isAlike(const StoredSide& side, const Value& value) {
 } // namespace
 
 bool ManagedObjectContext::settleConflicts(std::span<const StoreConflict> all, Ref<Error>* error) {
-    std::vector<StoreConflict> conflicts;
-    for (const StoreConflict& conflict : all) {
-        ManagedObject& object = *stored_->find(conflict.key);
-        // Both have deleted it.
-        if (!conflict.stored && object.isDeleted())
-            loseToStore(object);
-        else
-            conflicts.push_back(conflict);
-    }
-    if (conflicts.empty()) return true;
+    // What both have deleted is nothing to argue about.
+    const auto isGoneAnyway = [&](const StoreConflict& conflict) {
+        return !conflict.stored && stored_->find(conflict.key)->isDeleted();
+    };
+    std::vector<StoreConflict> conflicts(all.begin(), all.end());
+    const auto gone = std::stable_partition(conflicts.begin(), conflicts.end(), std::not_fn(isGoneAnyway));
+    const std::vector<StoreConflict> goneAnyway(gone, conflicts.end());
+    conflicts.erase(gone, conflicts.end());
     const bool storeWins = mergePolicy_ == MergePolicy::StoreTrump || mergePolicy_ == MergePolicy::Rollback;
     const bool isLost = !storeWins && std::ranges::any_of(conflicts, [](const StoreConflict& conflict) {
         return !conflict.stored.has_value();
     });
-    if (mergePolicy_ == MergePolicy::Error || isLost) {
+    if (!conflicts.empty() && (mergePolicy_ == MergePolicy::Error || isLost)) {
         if (!error) return false;
         std::vector<Value> list;
         for (const StoreConflict& conflict : conflicts)
@@ -79,6 +77,8 @@ bool ManagedObjectContext::settleConflicts(std::span<const StoreConflict> all, R
         return false;
     }
     FirstException exceptions;
+    for (const StoreConflict& conflict : goneAnyway)
+        exceptions.keep([&] { loseToStore(*stored_->find(conflict.key)); });
     for (const StoreConflict& conflict : conflicts) {
         ManagedObject& object = *stored_->find(conflict.key);
         exceptions.keep([&] {

@@ -212,6 +212,7 @@ private:
             if (!twin.isChanged()) continue;
             const auto row = stored_.find(number);
             if (row != stored_.end() && row->second.version == twin.read.version) continue;
+            if (row == stored_.end() && twin.isDeleted) continue; // both agree
             conflicts.insert(number);
             isLost = isLost || row == stored_.end();
         }
