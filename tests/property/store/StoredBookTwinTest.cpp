@@ -203,7 +203,9 @@ private:
             const std::size_t count = 1 + below(4);
             for (std::size_t each = 0; each < count; ++each) {
                 const std::size_t what = below(20);
-                note("edit " + std::to_string(what), attempt([&] { edit(what); }));
+                // Whom a change reaches who cannot reckon with it depends on who is awake, and so on what was read by chance.
+                const std::string raised = attempt([&] { edit(what); });
+                note("edit " + std::to_string(what), freedom_ == Freedom::Measured ? raised : "");
             }
             if (!isOneIn(4)) context_->undoManager()->endEvent();
             break;
