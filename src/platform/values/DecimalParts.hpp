@@ -120,9 +120,9 @@ std::strong_ordering compare(const DecimalParts& a, const DecimalParts& b) noexc
 
 /// A number read from the start of a text.
 struct DecimalScan {
-    DecimalParts parts;     ///< compact, up to 38 digits, the exponent without a limit
-    std::size_t length = 0; ///< the characters that were read
-    bool exact = true;      ///< no digit but zeros was dropped
+    DecimalParts parts;        ///< compact, up to 38 digits, the exponent without a limit
+    std::size_t length = 0;    ///< the characters that were read
+    bool exact = true;         ///< no digit but zeros was dropped
     bool documentForm = false; ///< the characters read are a number as JSON writes it
 };
 DecimalScan scanDecimal(std::string_view text) noexcept;

@@ -172,8 +172,7 @@ struct MembersQuery {
     MembersQuery(const BookTables& tables, const RowShapes& shapes, const RelationshipDescription& toMany) {
         const EntityDescription& entity = *toMany.destinationEntity;
         const EntityTable& table = tables.tableOf(entity);
-        const EntityColumns::Link& link =
-            tables.columnsOf(entity).links[shapes.linkToOwner(toMany)];
+        const EntityColumns::Link& link = tables.columnsOf(entity).links[shapes.linkToOwner(toMany)];
         const Column& column = table.properties[link.target - EntityTable::FirstProperty];
         owner = quoted(column.name);
         filter = tables.filterFor(entity, *column.owner);
