@@ -62,8 +62,8 @@ protected:
 
     /// What a sound book holds; its rows alone for one that was salvaged.
     std::string contentOf(const std::string& path) {
-        const auto store = SQLiteStore::open(path, bookModel(),
-                                             {.access = SQLiteStore::Access::Read, .fileSystem = &disk});
+        const auto store =
+            SQLiteStore::open(path, bookModel(), {.access = SQLiteStore::Access::Read, .fileSystem = &disk});
         if (!store) return store.error().message;
         const auto findings = (*store)->check();
         if (!findings) return findings.error().message;
@@ -112,7 +112,8 @@ TEST_P(CopyFaultTest, ACallThatFailsIsToldAndNothingIsLeftBehind) {
     disk.load(history.disk());
     const std::string content = contentOf(Original);
     std::uint64_t call = 0;
-    for (std::uint64_t failing = 0;; failing += 1 + random() % test::effort("ESTATEBOOK_COPY_FAULTS", 4, 40)) {
+    for (std::uint64_t failing = 0;;
+         failing += 1 + random() % test::effort("ESTATEBOOK_COPY_FAULTS", 4, 40)) {
         SCOPED_TRACE("call " + std::to_string(failing));
         disk.load(history.disk());
         call = 0;
