@@ -116,16 +116,14 @@ void ManagedObjectContext::followOpenLinks() {
     while (!openRowLinks_.empty()) {
         const auto links = std::exchange(openRowLinks_, {});
         // Those that lead to one family of entities are read together.
+        std::unordered_map<const EntityDescription*, std::vector<RowKey>> keysOf;
+        for (const OpenRowLink& each : links)
+            if (!stored_->find(each.link.target)) keysOf[each.target].push_back(each.link.target);
         try {
-            for (const OpenRowLink& first : links) {
-                std::vector<RowKey> keys;
-                for (const OpenRowLink& each : links)
-                    if (each.target == first.target && !stored_->find(each.link.target))
-                        keys.push_back(each.link.target);
-                if (keys.empty()) continue;
+            for (auto& [entity, keys] : keysOf) {
                 std::ranges::sort(keys);
                 keys.erase(std::ranges::unique(keys).begin(), keys.end());
-                objectsOf(*first.target, keys);
+                objectsOf(*entity, keys);
             }
         } catch (...) {
             openRowLinks_.insert(openRowLinks_.begin(), links.begin(), links.end());

@@ -87,7 +87,6 @@ void StoreSave::insert(const Ref<ManagedObject>& object, RowKey key) {
     row.links.reserve(properties.links.size());
     for (std::size_t place = 0; place < properties.links.size(); ++place)
         row.links.push_back(linkOf(*object, *properties.links[place], properties.shape->links()[place]));
-    // A new owner takes members of others along with their changed links; what follows is about those that were there.
 }
 
 RowUpdate& StoreSave::updateOf(ManagedObject& object) {
