@@ -63,6 +63,7 @@ bool ManagedObjectContext::settleConflicts(std::span<const StoreConflict> all, R
     if (!conflicts.empty() && (mergePolicy_ == MergePolicy::Error || isLost)) {
         if (!error) return false;
         std::vector<Value> list;
+        list.reserve(conflicts.size());
         for (const StoreConflict& conflict : conflicts)
             list.emplace_back(Ref<Object>(makeRef<MergeConflict>(
                 Ref<ManagedObject>(stored_->find(conflict.key)), conflict.expectedVersion,
