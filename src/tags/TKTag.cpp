@@ -44,11 +44,14 @@ void TKTag::replaceTagNamesForTaggableObject(const Ref<TKTagNames>& names, TKTag
     auto& object = dynamic_cast<ManagedObject&>(owner);
     if (names) requireTexts(*names, object);
     MutableOrderedSet tags = object.mutableOrderedSetValueForKey(keys::tags);
-    ManagedObjectContext* const context = object.managedObjectContext();
-    if (!context && tags.count() > 0)
-        throw InvalidArgumentException(object.description() + " is in no context that its tags could leave");
-    for (std::size_t index = 0; index < tags.count(); ++index)
-        context->deleteObject(tags.objectAtIndex(index));
+    if (tags.count() > 0) {
+        ManagedObjectContext* const context = object.managedObjectContext();
+        if (!context)
+            throw InvalidArgumentException(object.description() +
+                                           " is in no context that its tags could leave");
+        for (std::size_t index = 0; index < tags.count(); ++index)
+            context->deleteObject(tags.objectAtIndex(index));
+    }
     tags.removeAllObjects();
     if (!names) return;
     for (const Value& name : names->items()->members())
