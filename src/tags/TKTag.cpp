@@ -18,6 +18,9 @@ constinit const ClassDescription TKTag::Class("TKTag", nullptr, {}, {}, noDepend
 
 Ref<TKTagNames> TKTag::fetchTagNamesFromTaggableObject(const TKTaggable& owner) {
     const auto tags = owner.tags();
+    // Most owners have none, and nobody can tell one list of no names from another.
+    static const Ref<TKTagNames> none = TKTagNames::initWithArray(Array::make({}));
+    if (tags.count() == 0) return none;
     std::vector<Value> names;
     names.reserve(tags.count());
     for (const TKTag& tag : tags) {
