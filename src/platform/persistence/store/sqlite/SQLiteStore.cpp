@@ -88,7 +88,8 @@ std::string_view SQLiteStore::identifier() const noexcept {
 }
 
 StoreCapabilities SQLiteStore::capabilities() const noexcept {
-    return {.isPersistent = true, .isWritable = file_->isWritable()};
+    // A read takes and drops the file's lock, which costs as much as a dozen rows; a letting of many years fits in.
+    return {.isPersistent = true, .isWritable = file_->isWritable(), .batchSize = 256};
 }
 
 StoreResult<RowKey> SQLiteStore::lastKey() const {
