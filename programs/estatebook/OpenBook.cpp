@@ -151,9 +151,8 @@ void OpenBook::fill(const document::BookDocument& document) {
 
 void OpenBook::fill(const StoredBook& stored) {
     context_ = stored.context;
-    objects_ = BookObjects::ofStore(context_);
     currencyCode_ = stored.setting(TKCurrencyCodeStateName->view()).string();
-    mayAwake_ = true;
+    isUnlisted_ = true;
     isDocument_ = false;
 }
 
@@ -175,24 +174,23 @@ void wake(TKTenure& tenure) {
 } // namespace
 
 // Accounts reckon with their lettings. None of these is to wake amid a sum.
-void OpenBook::wakeLettings() const {
-    if (!std::exchange(mayAwake_, false)) return;
+const BookObjects& OpenBook::all() const {
+    if (!std::exchange(isUnlisted_, false)) return objects_;
+    objects_ = BookObjects::ofStore(context_);
     for (const Letting& letting : objects_.lettings) wake(*letting.object);
+    return objects_;
 }
 
 const std::vector<OpenBook::Entry<TKProperty>>& OpenBook::properties() const {
-    wakeLettings();
-    return objects_.properties;
+    return all().properties;
 }
 
 const std::vector<OpenBook::Entry<TKTenant>>& OpenBook::tenants() const {
-    wakeLettings();
-    return objects_.tenants;
+    return all().tenants;
 }
 
 const std::vector<OpenBook::Letting>& OpenBook::lettings() const {
-    wakeLettings();
-    return objects_.lettings;
+    return all().lettings;
 }
 
 Date OpenBook::asOf() const {
@@ -215,10 +213,15 @@ platform::DecimalBehavior OpenBook::rounding() const {
 }
 
 const OpenBook::Letting& OpenBook::lettingNamed(std::string_view text) const {
-    const auto byId = std::ranges::find(objects_.lettings, text, &Letting::id);
-    if (byId != objects_.lettings.end()) {
-        wake(*byId->object);
-        return *byId;
+    if (isUnlisted_) {
+        Ref<platform::Error> error;
+        const auto found = context_->objectWithIdentifier("Tenure", text, &error);
+        if (error) throw platform::ObjectInaccessibleException(error->localizedDescription());
+        if (found) {
+            single_ = {std::string(text), platform::refCast<TKTenure>(found)};
+            wake(*single_.object);
+            return single_;
+        }
     }
     return entryNamed(file_, lettings(), "tenure", "tenures", text,
                       [](const TKTenure& tenure) { return tenure.name(); });

@@ -71,11 +71,11 @@ public:
 
     /// The identifier of an account, a tenure, a transaction or a note.
     [[nodiscard]] const std::string& identifierOf(const platform::ManagedObject& object) const {
-        return objects_.identifierOf(object);
+        return all().identifierOf(object);
     }
 
     /// The letting with that identifier, or else that name, or else with a name of which the text is a part.
-    /// Throws Failure when there is not just one.
+    /// Throws Failure when there is not just one. Of a book file no other letting is read when it is the identifier.
     [[nodiscard]] const Letting& lettingNamed(std::string_view text) const;
     /// The same for a property.
     [[nodiscard]] const Entry<TKProperty>& propertyNamed(std::string_view text) const;
@@ -89,17 +89,20 @@ private:
     void fill(const StoredBook& stored);
     /// Sets the clock and the zone of the process.
     void setDay(std::string_view asOf) const;
-    void wakeLettings() const;
+    /// Of a book file: lists what it holds and reads its lettings, unless that was done before.
+    [[nodiscard]] const BookObjects& all() const;
 
     std::string path_;
     std::string file_;
     platform::Calendar calendar_;
     platform::Ref<platform::String> currencyCode_;
     platform::Ref<platform::ManagedObjectContext> context_;
-    BookObjects objects_;
+    mutable BookObjects objects_;
     bool isDocument_ = true;
-    /// Of a book file: whether there are lettings that were not read yet.
-    mutable bool mayAwake_ = false;
+    /// Of a book file whose objects are not listed yet.
+    mutable bool isUnlisted_ = false;
+    /// The one that was read for itself.
+    mutable Letting single_;
 };
 
 /// Keeps a letting's schedule up to date while it lives, and takes it away in the end.

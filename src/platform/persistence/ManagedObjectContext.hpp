@@ -37,7 +37,6 @@
 namespace estatebook::platform {
 
 struct ChangeSet;
-struct StoreError;
 class Store;
 class StoredObjects;
 struct StoredSide;
@@ -141,9 +140,11 @@ public:
     template <class T>
     [[nodiscard]] std::vector<Ref<T>> fetchAll(std::string_view entityName) {
         std::vector<Ref<T>> all;
-        if (const auto found = executeFetchRequest({std::string(entityName)}))
-            for (const auto& object : *found)
-                if (auto typed = refCast<T>(object)) all.push_back(std::move(typed));
+        const auto found = executeFetchRequest({std::string(entityName)});
+        if (!found) return all;
+        all.reserve(found->size());
+        for (const auto& object : *found)
+            if (auto typed = refCast<T>(object)) all.push_back(std::move(typed));
         return all;
     }
 
@@ -177,6 +178,11 @@ public:
     /// What a document calls an object. It is kept beside the object's row from the next save on. Raises
     /// InvalidArgumentException for an object of another context.
     void setIdentifier(ManagedObject& object, std::string identifier);
+    /// The object of an entity, or of its sub-entities, that documents call so; null when there is none, and when the store
+    /// failed, which the error tells. Unsaved names count. Reads the names of all rows of the entity, but none of the rows.
+    [[nodiscard]] Ref<ManagedObject> objectWithIdentifier(std::string_view entityName,
+                                                          std::string_view identifier,
+                                                          Ref<Error>* error = nullptr);
     /// What documents call these objects, each at its object's place; unsaved names count. None when the store failed.
     [[nodiscard]] std::optional<std::vector<std::optional<std::string>>>
     identifiers(std::span<const Ref<ManagedObject>> objects, Ref<Error>* error = nullptr);
@@ -292,8 +298,9 @@ private:
     /// None where most members are here, or what is added up is no stored attribute.
     [[nodiscard]] std::optional<Decimal> sumOfMembers(ManagedObject& owner, const ModelledProperty& toMany,
                                                       Key attribute);
-    [[nodiscard]] std::vector<ManagedObject*>
-    neighbours(ManagedObject& object, bool (*isWanted)(ManagedObject&, const void*), const void* info);
+    [[nodiscard]] std::vector<ManagedObject*> neighbours(ManagedObject& object, std::size_t most,
+                                                         bool (*isWanted)(ManagedObject&, const void*),
+                                                         const void* info);
     bool saveToStore(Ref<Error>* error);
     /// Whether the conflicts were settled by the policy, so that the save may be tried again.
     bool settleConflicts(std::span<const StoreConflict> conflicts, Ref<Error>* error);
@@ -343,6 +350,8 @@ private:
     std::unique_ptr<StoredObjects> stored_;
     /// To-one properties of rows that were read, whose targets are to be read yet.
     std::vector<OpenRowLink> openRowLinks_;
+    /// Of how many owners the members were read together the last time.
+    std::unordered_map<const ModelledProperty*, std::size_t> ownersAtOnce_;
     std::unordered_map<const ManagedObject*, std::string> identifiers_;
     /// A save of which the store could not tell what became of it.
     std::unique_ptr<StoreSave> unknownSave_;

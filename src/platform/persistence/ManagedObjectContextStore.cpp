@@ -165,10 +165,10 @@ std::vector<ManagedObject*> ManagedObjectContext::objectsOf(const EntityDescript
 
 /// The object and those that come behind it, among the members of a relationship that was read, else among the objects
 /// of its entity.
-std::vector<ManagedObject*> ManagedObjectContext::neighbours(ManagedObject& object,
+std::vector<ManagedObject*> ManagedObjectContext::neighbours(ManagedObject& object, std::size_t most,
                                                              bool (*isWanted)(ManagedObject&, const void*),
                                                              const void* info) {
-    const std::size_t most = stored_->store().capabilities().batchSize;
+    if (most <= 1) return {&object};
     // Not to walk past thousands that are there already.
     const std::size_t furthest = 4 * most;
     std::vector<ManagedObject*> found{&object};
@@ -197,7 +197,9 @@ std::vector<ManagedObject*> ManagedObjectContext::neighbours(ManagedObject& obje
 void ManagedObjectContext::readAhead(ManagedObject& object) {
     const auto isUnread = [](ManagedObject& other, const void*) { return !other.isRead(); };
     std::vector<RowKey> keys;
-    for (const ManagedObject* each : neighbours(object, isUnread, nullptr)) keys.push_back(keyOf(*each));
+    const std::size_t most = stored_->store().capabilities().batchSize;
+    for (const ManagedObject* each : neighbours(object, most, isUnread, nullptr))
+        keys.push_back(keyOf(*each));
     std::ranges::sort(keys);
     const auto visited = readableStore().visitRows(object.entity(), keys, [&](const Row& row) {
         if (ManagedObject* each = stored_->find(row.key); each && !each->isRead()) takeRow(*each, row);
@@ -214,7 +216,10 @@ void ManagedObjectContext::fetchMembers(ManagedObject& owner, const ModelledProp
         const auto* property = other.modelledProperty(static_cast<const ModelledProperty*>(info)->key);
         return property == info && property->toMany(other).isUnknown();
     };
-    const auto owners = neighbours(owner, isUnknown, &toMany);
+    // Whoever asks for one owner's members may want no others, and there may be thousands; whoever asks again walks the owners.
+    std::size_t& most = ownersAtOnce_[&toMany];
+    most = most == 0 ? 1 : std::min(16 * most, stored_->store().capabilities().batchSize);
+    const auto owners = neighbours(owner, most, isUnknown, &toMany);
     std::vector<RowKey> keys;
     keys.reserve(owners.size());
     for (const ManagedObject* each : owners) keys.push_back(keyOf(*each));
@@ -370,6 +375,38 @@ ManagedObjectContext::identifiers(std::span<const Ref<ManagedObject>> objects, R
     }
     for (std::size_t index = 0; index < places.size(); ++index) all[places[index]] = (*stored)[index];
     return all;
+}
+
+Ref<ManagedObject> ManagedObjectContext::objectWithIdentifier(std::string_view entityName,
+                                                              std::string_view identifier,
+                                                              Ref<Error>* error) {
+    assertThread();
+    if (!coordinator_ || !resolveUnknownSave(error)) return nullptr;
+    const EntityDescription* const entity = coordinator_->managedObjectModel()->entityNamed(entityName);
+    if (!entity) return nullptr;
+    const auto isIt = [&](const ManagedObject& object) {
+        return object.entity().isKindOfEntity(*entity) && !object.isDeleted();
+    };
+    for (const auto& [object, name] : identifiers_)
+        if (name == identifier && isIt(*object))
+            return Ref<ManagedObject>(const_cast<ManagedObject*>(object));
+    if (!storedObjects()) return nullptr;
+    const auto refuse = [&](const StoreError& reason) -> Ref<ManagedObject> {
+        if (error) *error = reason.asError();
+        return nullptr;
+    };
+    const auto keys = stored_->store().fetchKeys(*entity);
+    if (!keys) return refuse(keys.error());
+    const auto names = stored_->store().identifiers(*keys);
+    if (!names) return refuse(names.error());
+    for (std::size_t place = 0; place < keys->size(); ++place) {
+        if ((*names)[place] != identifier) continue;
+        const auto found = objectsOf(*entity, {&(*keys)[place], 1});
+        // Another name may have been given to it, which is not saved yet.
+        if (!found.empty() && isIt(*found.front()) && !identifiers_.contains(found.front()))
+            return Ref<ManagedObject>(found.front());
+    }
+    return nullptr;
 }
 
 bool ManagedObjectContext::saveToStore(Ref<Error>* error) {

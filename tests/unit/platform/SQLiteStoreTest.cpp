@@ -228,7 +228,7 @@ TEST_F(SQLiteStoreTest, AChangedRowIsFoundOutWhenItIsRead) {
     makeBook();
     meddle("UPDATE Account SET name = 'Grave' WHERE _key = 1");
     const auto store = open();
-    const auto fetched = store->fetchKeys(entityNamed("Tenant"));
+    const auto fetched = store->fetchRows(entityNamed("Tenant"), {}, [](const Row&) {});
     ASSERT_FALSE(fetched);
     EXPECT_EQ(StoreErrorCode::Damaged, fetched.error().code);
     EXPECT_THAT(fetched.error().message, HasSubstr("\"Account\" (1)"));

@@ -70,7 +70,8 @@ public:
     [[nodiscard]] virtual StoreResult<RowKey> lastKey() const = 0;
 
     /// The rows of an entity and its sub-entities that match, in the order of their creation. A predicate is about a stored
-    /// attribute (Unsupported otherwise), with the equality of values.
+    /// attribute (Unsupported otherwise), with the equality of values. Without one no row is read, so that damage to one is
+    /// found out later.
     [[nodiscard]] virtual StoreResult<std::vector<RowKey>>
     fetchKeys(const EntityDescription& entity, const std::optional<Predicate>& predicate = {}) const = 0;
     /// The same, as rows; gives their number. The row is the visitor's only during the call. REQUIRES: the visitor

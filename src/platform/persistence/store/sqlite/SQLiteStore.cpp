@@ -101,9 +101,19 @@ StoreResult<RowKey> SQLiteStore::lastKey() const {
 StoreResult<std::vector<RowKey>> SQLiteStore::fetchKeys(const EntityDescription& entity,
                                                         const std::optional<Predicate>& predicate) const {
     std::vector<RowKey> keys;
-    const auto fetched = fetchRows(entity, predicate, [&](const Row& row) { keys.push_back(row.key); });
-    if (!fetched) return fetched.error();
-    return keys;
+    if (predicate) {
+        const auto fetched = fetchRows(entity, predicate, [&](const Row& row) { keys.push_back(row.key); });
+        if (!fetched) return fetched.error();
+        return keys;
+    }
+    return guarded([&] {
+        const EntityTable& table = file_->tables().tableOf(entity);
+        Statement::Use rows(file_->connection().statement(
+            "SELECT \"_key\" FROM " + quoted(table.name) + " WHERE 1" +
+            file_->tables().filterFor(entity, *table.root) + " ORDER BY \"_key\""));
+        while (rows.next()) keys.push_back(rows.integer(0));
+        return keys;
+    });
 }
 
 StoreResult<std::size_t> SQLiteStore::fetchRows(const EntityDescription& entity,
