@@ -45,7 +45,8 @@ Value::Value(const Number& number) noexcept {
 Value::Value(Ref<Object> object) noexcept {
     if (!object) return;
     // Nothing derives from String, so that there is no need of a cast, which takes ten times as long.
-    if (typeid(*object) == typeid(String))
+    const Object& referent = *object;
+    if (typeid(referent) == typeid(String))
         content_ = Ref<String>(static_cast<String*>(object.get()));
     else
         content_ = std::move(object);

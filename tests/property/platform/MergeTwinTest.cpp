@@ -40,7 +40,6 @@ constexpr std::size_t Link = 2;
 struct StoredRecord {
     Record values;
     int version;
-    friend bool operator==(const StoredRecord&, const StoredRecord&) = default;
 };
 using Table = std::map<std::uint64_t, StoredRecord>;
 
