@@ -152,6 +152,7 @@ TEST_F(ControlTest, AnActionMayBeReplacedWhileItIsSent) {
 
 TEST_F(ControlTest, APickedDateIsTheValueAndSendsTheActionOnce) {
     std::vector<Date> dates;
+    date_->setDateValue(at(2000, 1, 1));
     date_->setAction([&](Control&) { dates.push_back(date_->dateValue()); });
     pick(at(2024, 2, 29, 15, 30));
     EXPECT_THAT(dates, ElementsAre(at(2024, 2, 29, 15, 30)));
@@ -176,12 +177,13 @@ TEST_F(ControlTest, AnInstantBeyondTheYearsOfBooksIsKeptAndNotClamped) {
         date_->setDateValue(date);
         bench->settle();
         EXPECT_EQ(date_->dateValue(), date);
+        pick(at(2024, 2, 29));
+        EXPECT_EQ(date_->dateValue(), at(2024, 2, 29));
     }
-    pick(at(2024, 2, 29));
-    EXPECT_EQ(date_->dateValue(), at(2024, 2, 29));
 }
 
 TEST_F(ControlTest, TheFirstAndTheLastDayOfBooksCanBePicked) {
+    date_->setDateValue(at(2000, 1, 1));
     for (const Date date : {at(1583, 1, 1), at(9999, 12, 31, 23, 59)}) {
         pick(date);
         EXPECT_EQ(date_->dateValue(), date);

@@ -22,7 +22,7 @@ class LayerTest(unittest.TestCase):
                 path = pathlib.Path(root, name)
                 path.parent.mkdir(parents=True, exist_ok=True)
                 path.write_text(text)
-            checker = Checker(root, LAYERS, FOREIGN, exceptions or {})
+            checker = Checker(root, LAYERS, FOREIGN, exceptions or {}, ["src/middle/open"])
             checker.run()
             return checker.found
 
@@ -67,6 +67,21 @@ class LayerTest(unittest.TestCase):
         self.assertEqual(self.findings({
             "src/middle/B.hpp": self.header("#include <unicode/uchar.h>"),
         }), ["src/middle/B.hpp:3: <unicode/uchar.h> in a header"])
+
+    def test_a_library_of_its_own_may_show_foreign_types(self):
+        self.assertEqual(self.findings({
+            "src/middle/open/B.hpp": self.header("#include <unicode/uchar.h>"),
+            "src/middle/open/B.cpp": self.source('#include "middle/open/B.hpp"'),
+            "programs/p/main.cpp": self.source('#include "middle/open/B.hpp"'),
+        }), [])
+
+    def test_an_include_of_another_library_is_found(self):
+        self.assertEqual(self.findings({
+            "src/middle/open/B.hpp": self.header(),
+            "src/middle/A.cpp": self.source('#include "middle/open/B.hpp"'),
+            "src/top/C.cpp": self.source('#include "middle/open/B.hpp"'),
+        }), ['src/middle/A.cpp:2: "middle/open/B.hpp" belongs to another library',
+             'src/top/C.cpp:2: "middle/open/B.hpp" belongs to another library'])
 
     def test_an_unknown_foreign_header_is_found(self):
         self.assertEqual(self.findings({

@@ -18,7 +18,8 @@ namespace estatebook::platform {
 class ESTATEBOOK_API DatePicker : public Control {
 public:
     /// dateValue
-    /// The time of the day that the user chose, in the default zone; of one that the clock shows twice the earlier.
+    /// What the user chooses is a wall time of the default zone; of one that the clock shows twice the earlier instant is meant.
+    /// Parts that the picker does not show, such as the seconds, stay as they were.
     [[nodiscard]] virtual Date dateValue() const = 0;
     /// setDateValue: nothing is ignored.
     virtual void setDateValue(std::optional<Date> date) = 0;

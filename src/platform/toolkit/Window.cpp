@@ -18,6 +18,10 @@ Window::Window() : Object(Counting::Local), controller_(std::make_shared<WindowC
 
 Window::~Window() {
     *controller_ = nullptr;
+    endSheetsOfDyingWindow();
+}
+
+void Window::endSheetsOfDyingWindow() noexcept {
     isDead_ = true;
     try {
         endAllSheets();
@@ -33,6 +37,8 @@ void Window::beginSheetCompletionHandler(const Ref<Window>& sheet, CompletionHan
     if (isDead_ || isEndingSheets_ || !sheet || sheet->isDead_) return;
     if (sheet->isSheet())
         throw InvalidArgumentException("a window that is a sheet already cannot be begun as one");
+    if (!sheet->canBeSheet())
+        throw InvalidArgumentException("a window of this kind cannot be shown as a sheet");
     for (const Window* carrier = this; carrier; carrier = carrier->sheetParent_)
         if (carrier == sheet.get())
             throw InvalidArgumentException(

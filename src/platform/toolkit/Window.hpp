@@ -48,8 +48,8 @@ public:
 
     /// beginSheet:completionHandler:
     /// Shows the sheet, or has it wait until those before it are done. The window holds sheet and handler until the showing ends. No
-    /// sheet at all: nothing happens. Raises InvalidArgumentException for a window that is a sheet already, and for one that carries
-    /// this window itself.
+    /// sheet at all: nothing happens. Raises InvalidArgumentException for a window that is a sheet already, that carries this window
+    /// itself, or that the toolkit cannot show as a sheet.
     void beginSheetCompletionHandler(const Ref<Window>& sheet, CompletionHandler handler);
     /// endSheet:returnCode:
     /// Ends a sheet of this window, shown or waiting; one that is none does nothing. What the handler raises is raised again
@@ -89,13 +89,15 @@ public:
 
 protected:
     Window();
-    /// Ends all sheets with Stopped and shows no other. What handlers raise is logged.
+    /// REQUIRES: who takes the window from the screen in a destructor of his own calls `endSheetsOfDyingWindow` first.
     ~Window() override;
 
     // What a toolkit supplies.
     virtual void orderFront() = 0;
     virtual void orderOut() = 0;
     virtual void orderFrontAsSheetOf(Window& parent) = 0;
+    /// Whether the toolkit can show it as a sheet.
+    [[nodiscard]] virtual bool canBeSheet() const { return true; }
 
     // What a toolkit tells.
     /// The user sends the window away. Its controller decides (cancelOperation:); without one a sheet ends with UserCancelled
@@ -106,6 +108,8 @@ protected:
     /// What stood behind it on the screen is no more. The window can never be shown again and carries no sheets; what is
     /// begun on it does nothing.
     void wasDestroyed();
+    /// The same in a destructor. What handlers raise is logged.
+    void endSheetsOfDyingWindow() noexcept;
     /// For each control with an action that an interface file names: a function that asks the controller which the window
     /// has when it is called. Window and controller may be gone by then.
     [[nodiscard]] Control::Action actionOfController(std::string_view name) const;

@@ -12,7 +12,7 @@ public:
     HeadlessBench() {
         toolkit_.addInterfaceFile("Plain", parts("", ""));
         toolkit_.addInterfaceFile("Sheet", parts("processSheet:", "cancelSheet:"));
-        toolkit_.addInterfaceFile("Stray", parts("flySheet:", "cancelSheet:"));
+        toolkit_.addInterfaceFile("Stray", parts("flySheet:", ""));
     }
 
     platform::Toolkit& toolkit() override { return toolkit_; }
