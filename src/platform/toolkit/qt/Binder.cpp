@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: MIT
+#include "platform/toolkit/qt/Binder.hpp"
+
+#include "platform/toolkit/qt/QtText.hpp"
+#include "platform/toolkit/qt/ShownValue.hpp"
+#include "platform/toolkit/qt/Unraised.hpp"
+#include "platform/values/Exception.hpp"
+
+#include <QAbstractSpinBox>
+#include <QComboBox>
+#include <QEvent>
+#include <QLineEdit>
+#include <QMetaProperty>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QSignalMapper>
+#include <QTextDocument>
+#include <QTextEdit>
+
+#include <algorithm>
+#include <utility>
+
+namespace estatebook::platform {
+
+/// What is put off for the event loop ends with it.
+class Binder::Context final : public QObject {};
+
+namespace {
+
+/// The part of a widget that the user types into, and that remembers whether it did.
+class TypedText {
+public:
+    explicit TypedText(QWidget& widget) {
+        line_ = qobject_cast<QLineEdit*>(&widget);
+        if (auto* plain = qobject_cast<QPlainTextEdit*>(&widget)) document_ = plain->document();
+        if (auto* rich = qobject_cast<QTextEdit*>(&widget)) document_ = rich->document();
+        isWhole_ = line_ || document_;
+        if (auto* spin = qobject_cast<QAbstractSpinBox*>(&widget)) line_ = spin->findChild<QLineEdit*>();
+        if (auto* box = qobject_cast<QComboBox*>(&widget)) line_ = box->lineEdit();
+    }
+
+    [[nodiscard]] bool isModified() const {
+        return (line_ && line_->isModified()) || (document_ && document_->isModified());
+    }
+    void setUnmodified() const {
+        if (line_) line_->setModified(false);
+        if (document_) document_->setModified(false);
+    }
+    /// Whether the widget is nothing but this text.
+    [[nodiscard]] bool isWhole() const noexcept { return isWhole_; }
+    [[nodiscard]] bool isDocument() const noexcept { return document_ != nullptr; }
+
+private:
+    QPointer<QLineEdit> line_;
+    QPointer<QTextDocument> document_;
+    bool isWhole_ = false;
+};
+
+Ref<Error> refusal(const QWidget& widget, std::string_view why) {
+    return Error::make(FormattingErrorDomain, FormattingError,
+                       textOf(widget.objectName()) + ": " + std::string(why));
+}
+
+} // namespace
+
+/// One property of one widget. It hears what the user does, and filters the widget's events for when it is left.
+class Binder::Bound final : public QObject, public std::enable_shared_from_this<Bound> {
+public:
+    Bound(Binder& binder, QWidget& widget, QMetaProperty property, BoundPath path, Direction direction)
+        : binder_(&binder), widget_(&widget), property_(std::move(property)), path_(std::move(path)),
+          direction_(direction), typed_(widget) {}
+
+    void start() {
+        observation_ = path_.object->observe(path_.keyPath, [this] { markStale(); });
+        show();
+        if (direction_ == Direction::Show) return;
+        if (auto* spin = qobject_cast<QAbstractSpinBox*>(widget_.data())) spin->setKeyboardTracking(false);
+        if (auto* line = qobject_cast<QLineEdit*>(widget_.data()); line && typed_.isWhole())
+            connect(line, &QLineEdit::editingFinished, this, [this] { write(); });
+        else if (typed_.isDocument())
+            widget_->installEventFilter(this);
+        else
+            hearOfProperty();
+    }
+
+    /// Nothing of the binder is called any more.
+    void stop() {
+        binder_ = nullptr;
+        observation_.end();
+        disconnect();
+        if (widget_) {
+            widget_->disconnect(this);
+            widget_->removeEventFilter(this);
+        }
+    }
+
+    [[nodiscard]] QWidget* widget() const noexcept { return widget_; }
+    [[nodiscard]] bool isOf(const QWidget& widget, int property) const {
+        return widget_ == &widget && (property < 0 || property_.propertyIndex() == property);
+    }
+
+    [[nodiscard]] bool hasUnwrittenText() const {
+        return widget_ && direction_ == Direction::Edit && typed_.isModified() && shownNow() != shown_;
+    }
+    void revert() {
+        typed_.setUnmodified();
+        show();
+    }
+
+    /// False when what was typed cannot be written.
+    bool commit() {
+        if (!widget_ || direction_ == Direction::Show) return true;
+        if (auto* spin = qobject_cast<QAbstractSpinBox*>(widget_.data())) spin->interpretText();
+        return write();
+    }
+
+    /// Whether there was something to show.
+    bool refresh() {
+        if (!isStale_ || !widget_ || hasUnwrittenText()) return false;
+        show();
+        return true;
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::FocusOut) write();
+        return false;
+    }
+
+private:
+    void markStale() {
+        isStale_ = true;
+        if (binder_) binder_->scheduleRefresh();
+    }
+
+    void hearOfProperty() {
+        auto* mapper = new QSignalMapper(this);
+        mapper->setMapping(widget_.data(), widget_.data());
+        const QMetaObject& meta = QSignalMapper::staticMetaObject;
+        connect(widget_.data(), property_.notifySignal(), mapper, meta.method(meta.indexOfSlot("map()")));
+        connect(mapper, &QSignalMapper::mappedObject, this, [this] { write(); });
+    }
+
+    [[nodiscard]] bool isText() const { return property_.metaType() == QMetaType::fromType<QString>(); }
+    [[nodiscard]] QVariant shownNow() const { return property_.read(widget_.data()); }
+
+    void show() {
+        isStale_ = false;
+        unraised([this] { showValue(valueToShow()); });
+    }
+
+    [[nodiscard]] Value valueToShow() const {
+        const Value value = path_.object->valueForKeyPath(path_.keyPath);
+        return path_.transformer ? path_.transformer->transformedValue(value) : value;
+    }
+
+    void showValue(const Value& value) {
+        QVariant shown = isText() ? QVariant(shownText(value, path_.formatter.get())) : shownVariant(value);
+        const bool wasShowing = std::exchange(isShowing_, true);
+        if (!shown.isValid() && property_.metaType().id() != QMetaType::QDate &&
+            property_.metaType().id() != QMetaType::QDateTime)
+            shown = QVariant(property_.metaType());
+        if (shown.isValid() && shownNow() != shown) property_.write(widget_.data(), shown);
+        typed_.setUnmodified();
+        shown_ = shownNow(); // as the widget has it
+        isShowing_ = wasShowing;
+    }
+
+    bool write() {
+        if (isShowing_ || !widget_ || !binder_) return true;
+        const QVariant now = shownNow();
+        if (now == shown_) {
+            typed_.setUnmodified();
+            return true;
+        }
+        const auto held = shared_from_this();
+        Ref<Error> error;
+        try {
+            error = store(now);
+        } catch (const std::exception& exception) {
+            error = refusal(*widget_, exception.what());
+        }
+        if (!widget_ || !binder_) return !error;
+        if (error) {
+            if (const auto told = binder_->whenRefused) unraised([&] { told(*widget_, error); });
+            return false;
+        }
+        typed_.setUnmodified();
+        show();
+        if (const auto told = binder_ ? binder_->whenWritten : nullptr) unraised([&] { told(*widget_); });
+        return true;
+    }
+
+    /// Null when it is stored.
+    Ref<Error> store(const QVariant& now) {
+        Value value;
+        if (isText() && path_.formatter) {
+            Ref<Error> error;
+            const Ref<String> text = String::make(textOf(now.toString()));
+            if (!path_.formatter->getObjectValueForStringRangeError(value, text, nullptr, &error))
+                return error ? error : refusal(*widget_, "cannot be read");
+        } else {
+            value = valueOfVariant(now);
+        }
+        if (path_.transformer) {
+            if (!path_.transformer->allowsReverseTransformation())
+                return refusal(*widget_, "shows a value that cannot be turned back");
+            value = path_.transformer->reverseTransformedValue(value);
+        }
+        path_.object->setValueForKeyPath(value, path_.keyPath);
+        return nullptr;
+    }
+
+    Binder* binder_;
+    QPointer<QWidget> widget_;
+    QMetaProperty property_;
+    BoundPath path_;
+    Direction direction_;
+    TypedText typed_;
+    ObservationToken observation_;
+    QVariant shown_;
+    bool isStale_ = false;
+    bool isShowing_ = false;
+};
+
+Binder::Binder() : context_(std::make_unique<Context>()) {}
+
+Binder::~Binder() {
+    unbindAll();
+}
+
+void Binder::bind(QWidget& widget, const char* property, BoundPath path, Direction direction) {
+    const int index = widget.metaObject()->indexOfProperty(property);
+    const std::string named =
+        std::string(widget.metaObject()->className()) + " " + textOf(widget.objectName());
+    if (index < 0) throw InvalidArgumentException("the " + named + " has no property \"" + property + "\"");
+    const QMetaProperty found = widget.metaObject()->property(index);
+    if (direction == Direction::Edit && !found.hasNotifySignal())
+        throw InvalidArgumentException("the " + named + " does not tell when its \"" + property +
+                                       "\" changes");
+    static_cast<void>(path.object->valueForKeyPath(path.keyPath));
+    std::erase_if(bindings_, [&](const auto& bound) {
+        const bool isBefore = bound->isOf(widget, index);
+        if (isBefore) bound->stop();
+        return isBefore;
+    });
+    removeDead();
+    const auto bound = std::make_shared<Bound>(*this, widget, found, std::move(path), direction);
+    bindings_.push_back(bound);
+    bound->start();
+}
+
+void Binder::unbind(QWidget& widget) {
+    std::erase_if(bindings_, [&](const auto& bound) {
+        const bool isIts = bound->isOf(widget, -1);
+        if (isIts) bound->stop();
+        return isIts;
+    });
+}
+
+void Binder::unbindAll() {
+    const auto all = std::exchange(bindings_, {});
+    for (const auto& bound : all) bound->stop();
+}
+
+void Binder::removeDead() {
+    std::erase_if(bindings_, [](const auto& bound) {
+        const bool isDead = !bound->widget();
+        if (isDead) bound->stop();
+        return isDead;
+    });
+}
+
+bool Binder::commit() {
+    const auto all = bindings_; // of which some may go on the way
+    QPointer<QWidget> refused;
+    for (const auto& bound : all)
+        if (!bound->commit() && !refused) refused = bound->widget();
+    if (refused) refused->setFocus();
+    return !refused;
+}
+
+void Binder::revert() {
+    const auto all = bindings_;
+    for (const auto& bound : all)
+        if (bound->hasUnwrittenText()) bound->revert();
+}
+
+bool Binder::hasUnwrittenText() const {
+    return std::ranges::any_of(bindings_, [](const auto& bound) { return bound->hasUnwrittenText(); });
+}
+
+void Binder::refresh() {
+    isScheduled_ = false;
+    removeDead();
+    const auto all = bindings_;
+    for (const auto& bound : all)
+        if (bound->refresh()) ++refreshes_;
+}
+
+void Binder::scheduleRefresh() {
+    if (std::exchange(isScheduled_, true)) return;
+    QMetaObject::invokeMethod(
+        context_.get(), [this] { refresh(); }, Qt::QueuedConnection);
+}
+
+} // namespace estatebook::platform
