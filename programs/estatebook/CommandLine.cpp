@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <initializer_list>
 #include <iostream>
 #include <new>
 #include <sstream>
@@ -27,7 +28,10 @@ constexpr std::uint64_t MaximalCount = 1'000'000;
 constexpr std::size_t LongestUsageText = 300;
 
 Format formatNamed(std::string_view name) noexcept {
-    return name == "csv" ? Format::Csv : name == "json" ? Format::Json : Format::Text;
+    return name == "csv"    ? Format::Csv
+           : name == "json" ? Format::Json
+           : name == "pdf"  ? Format::Pdf
+                            : Format::Text;
 }
 
 /// All commands with their options. What was parsed stays in here.
@@ -45,11 +49,14 @@ public:
         CLI::App* statement = add("statement", "Print a tenure's statement with its running balance",
                                   [this] { printStatement(statement_, std::cout); });
         addTenure(*statement, statement_.tenure);
-        addList(*statement, statement_.list);
+        addBook(*statement, statement_.list.book);
+        addFormat(*statement, statement_.list, "text, csv, json or pdf", {"text", "csv", "json", "pdf"});
         statement->add_flag("--exact", statement_.exact, "Print all digits and round nothing");
         statement->add_flag("--outstanding", statement_.outstanding,
                             "Only the lines since the balance last was zero or more");
         statement->add_flag("--by-tag", statement_.byTag, "A part for each primary tag");
+        statement->add_option("--output", statement_.output, "Write to this file, whole or not at all")
+            ->option_text("FILE");
 
         addList("tenures", "List all tenures with their balances", tenures_, printTenures);
         addList("properties", "List all properties with what they bring in", properties_, printProperties);
@@ -221,11 +228,14 @@ private:
 
     void addList(CLI::App& command, ListOptions& options) {
         addBook(command, options.book);
+        addFormat(command, options, "text, csv or json", {"text", "csv", "json"});
+    }
+    static void addFormat(CLI::App& command, ListOptions& options, const char* description,
+                          std::initializer_list<const char*> names) {
         command
             .add_option_function<std::string>(
-                "--format", [&](const std::string& name) { options.format = formatNamed(name); },
-                "text, csv or json")
-            ->check(CLI::IsMember({"text", "csv", "json"}))
+                "--format", [&](const std::string& name) { options.format = formatNamed(name); }, description)
+            ->check(CLI::IsMember(names))
             ->option_text("FORMAT");
     }
     void addList(const char* name, const char* description, ListOptions& options,

@@ -58,7 +58,7 @@ public:
     [[nodiscard]] std::size_t columnCount() const noexcept { return columns_.size(); }
     [[nodiscard]] bool isEmpty() const noexcept { return rows_.empty(); }
 
-    /// The heading and an empty line, then the columns with titles.
+    /// The heading and an empty line, then the columns with titles. REQUIRES: no format for paper.
     void print(std::string_view heading, Format format, std::ostream& out) const;
     /// A table of some of the columns in that order, with a row of totals where one of them is summed.
     void printTable(const std::vector<std::string_view>& keys, std::ostream& out) const;

@@ -11,7 +11,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
 from check_layers import Checker  # noqa: E402
 
 LAYERS = ["ground", "middle", "top"]
-FOREIGN = {"unicode/": ["src/middle"], "CLI/": ["programs"]}
+FOREIGN = {"unicode/": ["src/middle"], "CLI/": ["programs"], "cairo": ["programs/paper"]}
 SPDX = "// SPDX-License-Identifier: MIT\n"
 
 
@@ -82,6 +82,17 @@ class LayerTest(unittest.TestCase):
             "src/top/C.cpp": self.source('#include "middle/open/B.hpp"'),
         }), ['src/middle/A.cpp:2: "middle/open/B.hpp" belongs to another library',
              'src/top/C.cpp:2: "middle/open/B.hpp" belongs to another library'])
+
+    def test_what_one_folder_of_the_programs_sees_stays_in_its_sources(self):
+        self.assertEqual(self.findings({
+            "programs/p/A.hpp": self.header("#include <CLI/CLI.hpp>"),
+            "programs/paper/B.cpp": self.source("#include <cairo-pdf.h>"),
+        }), [])
+        self.assertEqual(self.findings({
+            "programs/p/A.cpp": self.source("#include <cairo.h>"),
+            "programs/paper/B.hpp": self.header("#include <cairo.h>"),
+        }), ["programs/p/A.cpp:2: <cairo.h> belongs to programs/paper",
+             "programs/paper/B.hpp:3: <cairo.h> in a header"])
 
     def test_an_unknown_foreign_header_is_found(self):
         self.assertEqual(self.findings({

@@ -33,6 +33,8 @@ struct StatementOptions {
     bool outstanding = false;
     /// A part for each primary tag.
     bool byTag = false;
+    /// The file to write; absent: the stream.
+    std::optional<std::string> output;
 };
 
 struct ScheduleOptions {

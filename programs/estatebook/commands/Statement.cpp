@@ -7,18 +7,27 @@
 #include "estatebook/JsonWriter.hpp"
 #include "estatebook/OpenBook.hpp"
 #include "estatebook/OutstandingLines.hpp"
+#include "estatebook/StatementPaper.hpp"
 #include "estatebook/StatementSheet.hpp"
 #include "estatebook/TextTable.hpp"
+#include "estatebook/WholeFile.hpp"
 #include "estatebook/document/DateText.hpp"
 #include "estatebook/document/JsonText.hpp"
 
+#include "paper/StatementPdf.hpp"
 #include "platform/text/DateFormatter.hpp"
+#include "platform/text/Locale.hpp"
 
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <ostream>
 #include <span>
+#include <sstream>
+#include <system_error>
+
+#include <unistd.h>
 
 namespace estatebook {
 
@@ -66,6 +75,14 @@ struct Statement {
     }
     [[nodiscard]] std::optional<std::string> date(const std::optional<Date>& date) const {
         return date ? document::dateText(*date, book.calendar()) : std::nullopt;
+    }
+    /// What it is, of which day, in which currency.
+    [[nodiscard]] std::string heading() const {
+        return book.heading(fmt::format("{}{} as of", options.outstanding ? "Outstanding lines" : "Statement",
+                                        options.byTag ? " by tag" : ""));
+    }
+    [[nodiscard]] std::string untagged(std::string_view amount) const {
+        return fmt::format("Lines without a tag: {}, which come to {}", untaggedCount, amount);
     }
     [[nodiscard]] bool hasGeneratedLines() const {
         return std::ranges::any_of(parts, [&](const Part& part) {
@@ -159,19 +176,14 @@ void printText(const Statement& statement, std::ostream& out) {
 
     const std::string name = forMessage(statement.letting.object->name()->view(), LongestShownName);
     for (const std::string& line : wrapText(name, width, MaximalLinesOfName)) out << line << '\n';
-    const std::string opening =
-        fmt::format("{}{} as of", options.outstanding ? "Outstanding lines" : "Statement",
-                    options.byTag ? " by tag" : "");
-    out << statement.book.heading(opening) << "\n\n";
+    out << statement.heading() << "\n\n";
     for (const Part& part : statement.parts) {
         if (part.tag) out << (part.tag->empty() ? "\"\"" : forMessage(*part.tag, LongestShownText)) << "\n\n";
         printTextOf(part, statement, *dates, width, out);
         if (part.tag) out << '\n';
     }
     if (statement.hasGeneratedLines()) out << "\n* not recorded, but reckoned from the terms of the tenure\n";
-    if (options.byTag)
-        out << fmt::format("Lines without a tag: {}, which come to {}\n", statement.untaggedCount,
-                           statement.amount(statement.untaggedAmount));
+    if (options.byTag) out << statement.untagged(statement.amount(statement.untaggedAmount)) << '\n';
 }
 
 // -- CSV ------------------------------------------------------------------------------------------------------
@@ -256,9 +268,66 @@ void printJson(const Statement& statement, std::ostream& out) {
     json.finish();
 }
 
+// -- PDF ------------------------------------------------------------------------------------------------------
+
+void printPdf(const Statement& statement, std::ostream& out) {
+    using NotYetDue = StatementPaper::NotYetDue;
+    const auto notYetDue = statement.hasNotYetDue() ? NotYetDue::Shown : NotYetDue::LeftOut;
+    const StatementPaper words(statement.book.asOf(), statement.digits);
+    paper::PrintedStatement printed{.title = statement.letting.object->name()->string(),
+                                    .subtitle = statement.heading()};
+    for (const Part& part : statement.parts) {
+        if (part.tag)
+            words.addTag(printed, *part.tag, part.sheet, notYetDue);
+        else
+            words.addWhole(printed, part.sheet, part.due, notYetDue);
+    }
+    StatementPaper::addRemark(printed);
+    if (statement.options.byTag)
+        printed.remarks.push_back(statement.untagged(words.amount(statement.untaggedAmount)));
+    const auto size = paper::PaperSize::ofLocale(platform::Locale::current().identifier());
+    try {
+        out << paper::pdfOf(printed, size);
+    } catch (const paper::PaperError& error) {
+        throw Failure(ExitCode::CannotRead,
+                      fmt::format("{}: {}", forMessage(statement.options.output.value_or("standard output")),
+                                  error.what()));
+    }
+}
+
+// -- Where it is written --------------------------------------------------------------------------------------
+
+void requirePlaceFor(const StatementOptions& options) {
+    if (options.output) {
+        requirePlainFile(*options.output);
+        std::error_code ignored;
+        if (std::filesystem::equivalent(*options.output, options.list.book.file, ignored))
+            throw Failure(ExitCode::CannotRead,
+                          fmt::format("{}: this is the book itself; choose another name",
+                                      forMessage(*options.output, LongestShownName)));
+    } else if (options.list.format == Format::Pdf && isatty(STDOUT_FILENO)) {
+        throw Failure(ExitCode::WrongUsage,
+                      "a terminal cannot show a PDF; name a file with --output FILE, or pipe it on");
+    }
+}
+
+void print(const Statement& statement, std::ostream& out) {
+    switch (statement.options.list.format) {
+    case Format::Csv:
+        return printCsv(statement, out);
+    case Format::Json:
+        return printJson(statement, out);
+    case Format::Pdf:
+        return printPdf(statement, out);
+    case Format::Text:
+        return printText(statement, out);
+    }
+}
+
 } // namespace
 
 void printStatement(const StatementOptions& options, std::ostream& out) {
+    requirePlaceFor(options);
     const OpenBook book = OpenBook::open(options.list.book.file, options.list.book.asOf);
     const OpenBook::Letting& letting = book.lettingNamed(options.tenure);
     const Schedule schedule(*letting.object);
@@ -272,14 +341,10 @@ void printStatement(const StatementOptions& options, std::ostream& out) {
         return made;
     });
     if (!statement) throw book.unreckonable(letting, statement.error());
-    switch (options.list.format) {
-    case Format::Csv:
-        return printCsv(*statement, out);
-    case Format::Json:
-        return printJson(*statement, out);
-    case Format::Text:
-        return printText(*statement, out);
-    }
+    if (!options.output) return print(*statement, out);
+    std::ostringstream content;
+    print(*statement, content);
+    writeWholeFile(*options.output, content.view());
 }
 
 } // namespace estatebook
