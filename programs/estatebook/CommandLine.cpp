@@ -210,7 +210,8 @@ private:
             ->option_text(" ");
     }
 
-    static void addBook(CLI::App& command, BookOptions& options) {
+    void addBook(CLI::App& command, BookOptions& options) {
+        books_.push_back(&options.file);
         command
             .add_option("--book", options.file,
                         "The book: a document or a book file; - is a document on standard input")
@@ -265,7 +266,7 @@ private:
     BackupOptions backup_;
     RestoreOptions restore_;
     std::string describedFile_;
-    /// The books of all commands; that of the given one is not empty.
+    /// The books of all commands that print from one; that of the given command is not empty.
     std::vector<const std::string*> books_;
     std::vector<std::pair<CLI::App*, std::function<void()>>> actions_;
 };
