@@ -54,6 +54,10 @@ public:
     /// Linear in the texts.
     StatementLayout(const PrintedStatement& statement, PaperSize size, TextMeasure& measure);
 
+    // Its pages are views of what it made.
+    StatementLayout(const StatementLayout&) = delete;
+    StatementLayout& operator=(const StatementLayout&) = delete;
+
     /// At least one.
     [[nodiscard]] const std::vector<Page>& pages() const noexcept { return pages_; }
 

@@ -104,7 +104,7 @@ TEST_F(StatementLayoutTest, NumbersStandBelowOneAnotherByTheirPoints) {
     statement.sections[0].lines = {{"", "a", "-1000.00", "5.125", false}, {"", "b", "7", "-12345.5", false}};
     const StatementLayout layout = layoutOf(statement);
     const auto pointOf = [&](std::string_view number) {
-        const PlacedText& placed = textsOf(layout, number).front();
+        const PlacedText placed = textsOf(layout, number).front();
         return placed.x + measure.width(number.substr(0, number.find('.')), placed.style);
     };
     EXPECT_DOUBLE_EQ(pointOf("-1000.00"), pointOf("7"));
