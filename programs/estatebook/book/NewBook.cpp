@@ -58,7 +58,7 @@ void requireFolderOf(const std::string& path) {
 }
 
 NewBook::NewBook(const std::string& path, std::string_view command)
-    : path_(path), file_(document::forMessage(path, 4096)) {
+    : path_(path), file_(document::forMessage(path, 4096)), command_(command) {
     requireFolderOf(path_);
     requireRoom();
     makeFolder();

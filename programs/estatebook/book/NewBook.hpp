@@ -4,7 +4,7 @@
 /// NewBook: a book file that appears complete or not at all.
 ///
 ///     NewBook book("harbour.estatebook", "import");
-///     BookObjects::keptOfDocument(document, *book.context());
+///     book.take(document);
 ///     book.finish();
 ///
 /// Until it is finished it stands in a folder beside the place that it will have; the folder goes with the NewBook. A
@@ -32,6 +32,9 @@ public:
     /// For the objects of the book.
     [[nodiscard]] platform::ManagedObjectContext& context() const { return *draft_->context; }
 
+    /// Makes the objects of a document and the settings that it implies. Throws Failure.
+    void take(const document::BookDocument& document) const { draft_->take(document, command_); }
+
     /// Saves the book, closes it, and puts it in its place. Throws Failure; then nothing is there, or the whole book when only
     /// its folder could not be told to keep the name.
     void finish();
@@ -45,6 +48,7 @@ private:
     /// As messages show it.
     std::string file_;
     std::string folder_;
+    std::string command_;
     std::unique_ptr<StoredBook> draft_;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/book/StoredBook.hpp"
 
+#include "estatebook/book/ImpliedSettings.hpp"
 #include "estatebook/document/BookMembers.hpp"
 #include "estatebook/document/JsonText.hpp"
 
@@ -198,6 +199,11 @@ Ref<TimeZone> StoredBook::timeZone() const {
             fmt::format("{}: its time zone \"{}\" is unknown; bring the system's time zones up to date", file,
                         forMessage(value.description())));
     return zone;
+}
+
+void StoredBook::take(const document::BookDocument& document, std::string_view command) const {
+    if (const auto error = takeDocument(document, *context, *store, bookOptions(command).holder))
+        throw storeFailure(file, *error);
 }
 
 void StoredBook::save() const {

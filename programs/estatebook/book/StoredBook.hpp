@@ -11,6 +11,7 @@
 /// The trap: objects reckon in the default zone from the moment on that they are first read. Set it to the book's before.
 
 #include "estatebook/Failure.hpp"
+#include "estatebook/document/BookDocument.hpp"
 
 #include "platform/calendar/TimeZone.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
@@ -57,6 +58,8 @@ struct StoredBook {
     [[nodiscard]] platform::Value setting(std::string_view name) const;
     /// The zone in which the book is reckoned; the process's where it names none. Throws Failure for a zone that there is not.
     [[nodiscard]] platform::Ref<platform::TimeZone> timeZone() const;
+    /// Makes the objects of a document and the settings that it implies (ImpliedSettings), to be saved. Throws Failure.
+    void take(const document::BookDocument& document, std::string_view command) const;
     /// Throws Failure when nothing was saved.
     void save() const;
 };

@@ -2,6 +2,7 @@
 #include "estatebook/book/StoredDocument.hpp"
 
 #include "estatebook/book/Identifiers.hpp"
+#include "estatebook/book/ImpliedSettings.hpp"
 #include "estatebook/book/StoredValues.hpp"
 #include "estatebook/document/BookMembers.hpp"
 #include "estatebook/document/BookPlace.hpp"
@@ -72,7 +73,8 @@ struct Kind {
 
 class DocumentMaker {
 public:
-    explicit DocumentMaker(const Store& store) : store_(store) {}
+    DocumentMaker(const Store& store, ImpliedSettings implied)
+        : store_(store), implied_(std::move(implied)) {}
 
     StoredDocument make() {
         forEach("State", [&](const Fields& row) { addSetting(row); });
@@ -157,7 +159,12 @@ private:
         if (value.isAbsent()) return; // somebody looked for it, and there was none
         auto setting = documentSetting(value);
         if (!setting) return leaveOut(path, fmt::format("a document does not hold {}", kindOfValue(value)));
-        if (*name != document::TimeZoneSettingName)
+        const bool isZone = *name == document::TimeZoneSettingName;
+        if (implied_.has(*name, *setting)) {
+            made_.isZoneImplied |= isZone;
+            return;
+        }
+        if (!isZone)
             made_.document.settings.push_back({*name, *std::move(setting)});
         else if (auto* zone = std::get_if<std::string>(&*setting))
             made_.document.timeZone = std::move(*zone);
@@ -370,6 +377,7 @@ private:
     };
 
     const Store& store_;
+    ImpliedSettings implied_;
     StoredDocument made_;
     std::unordered_set<std::string> settingNames_;
     std::unordered_map<RowKey, BookPlace> places_;
@@ -385,7 +393,9 @@ private:
 
 StoreResult<StoredDocument> StoredDocument::of(const Store& store) {
     try {
-        return DocumentMaker(store).make();
+        auto implied = ImpliedSettings::of(store);
+        if (!implied) return implied.error();
+        return DocumentMaker(store, *std::move(implied)).make();
     } catch (const StoreError& error) {
         return error;
     }

@@ -26,6 +26,9 @@ namespace estatebook {
 struct StoredDocument {
     document::BookDocument document;
     std::vector<document::LeftOut> leftOut;
+    /// Whether the document names no zone because the book got its own only when it was made (ImpliedSettings). The document is to be
+    /// written with the book's zone as the default one.
+    bool isZoneImplied = false;
 
     [[nodiscard]] static platform::StoreResult<StoredDocument> of(const platform::Store& store);
 };

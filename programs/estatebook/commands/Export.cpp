@@ -7,6 +7,8 @@
 #include "estatebook/document/BookWriter.hpp"
 #include "estatebook/document/JsonText.hpp"
 
+#include "platform/calendar/TimeZone.hpp"
+
 #include <fmt/format.h>
 
 #include <iostream>
@@ -26,6 +28,7 @@ StoredDocument read(const std::string& file) {
     const StoredBook book = StoredBook::openForReading(file);
     auto stored = StoredDocument::of(*book.store);
     if (!stored) throw storeFailure(book.file, stored.error());
+    if (stored->isZoneImplied) platform::TimeZone::setDefaultTimeZone(book.timeZone());
     return *std::move(stored);
 }
 

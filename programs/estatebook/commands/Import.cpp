@@ -1,18 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/commands/Commands.hpp"
 
-#include "estatebook/BookObjects.hpp"
 #include "estatebook/book/DocumentFile.hpp"
 #include "estatebook/book/NewBook.hpp"
 #include "estatebook/book/StoredBook.hpp"
-#include "estatebook/document/BookMembers.hpp"
 #include "estatebook/document/JsonText.hpp"
-
-#include "store/TKState.hpp"
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -46,25 +41,13 @@ void requireEmpty(const StoredBook& book) {
     }
 }
 
-/// Makes room for the settings that the document has.
-void removeSettings(const StoredBook& book, const document::BookDocument& document) {
-    const auto isGiven = [&](std::string_view name) {
-        return (name == document::TimeZoneSettingName && document.timeZone) ||
-               std::ranges::find(document.settings, name, &document::Setting::name) !=
-                   document.settings.end();
-    };
-    for (const auto& state : book.context->fetchAll<TKState>("State"))
-        if (state->name() && isGiven(state->name()->view())) book.context->deleteObject(*state);
-}
-
 // A document that names no zone is read in that of the book.
 void importIntoEmpty(const ImportOptions& options) {
     const StoredBook book = StoredBook::openForWriting(options.file, "import");
     requireEmpty(book);
     TimeZone::setDefaultTimeZone(book.timeZone());
     const DocumentFile content = read(options.document);
-    removeSettings(book, content.document);
-    BookObjects::keptOfDocument(content.document, *book.context);
+    book.take(content.document, "import");
     book.save();
 }
 
@@ -76,7 +59,7 @@ void importBook(const ImportOptions& options) {
         return importIntoEmpty(options);
     const DocumentFile content = read(options.document);
     NewBook book(options.file, "import");
-    BookObjects::keptOfDocument(content.document, book.context());
+    book.take(content.document);
     book.finish();
 }
 

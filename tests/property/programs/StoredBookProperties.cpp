@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Random books go into a store and come out as the same document, and are reckoned the same from either form.
-#include "estatebook/BookObjects.hpp"
 #include "estatebook/OpenBook.hpp"
 #include "estatebook/ValuesDocument.hpp"
 #include "estatebook/book/BookFindings.hpp"
+#include "estatebook/book/ImpliedSettings.hpp"
 #include "estatebook/book/NewBook.hpp"
 #include "estatebook/book/StoredBook.hpp"
 #include "estatebook/book/StoredDocument.hpp"
@@ -63,7 +63,7 @@ std::string throughMemory(const BookDocument& document) {
     context->setUndoManager(nullptr);
     const auto& coordinator = context->persistentStoreCoordinator();
     const auto store = coordinator->addPersistentStore("InMemory", "");
-    BookObjects::keptOfDocument(document, *context);
+    if (const auto failed = takeDocument(document, *context, *store, {})) return failed->message;
     Ref<platform::Error> error;
     if (!context->save(&error)) return error->localizedDescription();
     return exported(*store);
@@ -71,7 +71,7 @@ std::string throughMemory(const BookDocument& document) {
 
 void importInto(const std::string& path, const BookDocument& document) {
     NewBook book(path, "import");
-    BookObjects::keptOfDocument(document, book.context());
+    book.take(document);
     book.finish();
 }
 
@@ -100,6 +100,9 @@ TEST_F(StoredBookProperties, everyDocumentComesBackFromABookFileThatIsSound) {
         const StoredBook book = StoredBook::openForReading(path);
         ASSERT_EQ(exported(*book.store), BookWriter::write(document).text);
         ASSERT_THAT(findingsIn(book), IsEmpty()) << BookWriter::write(document).text;
+        ASSERT_EQ(book.timeZone()->name(), document.timeZone.value_or("Europe/London"));
+        ASSERT_FALSE(book.setting("TimeZone").isAbsent());
+        ASSERT_FALSE(book.setting("BillingMode").isAbsent());
     }
 }
 
