@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
+#include <ranges>
 #include <utility>
 
 namespace estatebook {
@@ -171,9 +173,11 @@ public:
     }
 
     void make() {
-        // Each tenure looks for the settings it follows, and finds them at once as long as there are no others.
+        // Each tenure looks through all settings for those it follows, so that there are no others yet.
         const auto [first, others] = settingsAround();
-        for (const document::Setting* setting : first) addSetting(setting->name, setting->value);
+        std::vector<Ref<TKState>> standIns;
+        for (const document::Setting* setting : first)
+            standIns.push_back(addSetting(setting->name, setting->value));
         for (const auto& property : document_.properties) {
             auto& object = add(made_.properties, "Property", property, propertyIds_);
             const auto setOwner = [&](auto& part) { part.setProperty(&object); };
@@ -197,7 +201,10 @@ public:
                                           setOwner);
             addParts<TKTenureNote>("TenureNote", tenure.notes, noteIds_, setOwner);
         }
-        for (const document::Setting* setting : others) addSetting(setting->name, setting->value);
+        for (const document::Setting* setting : others) {
+            const auto state = addSetting(setting->name, setting->value);
+            if (isFollowed(*setting)) replaceStandIn(standIns, state);
+        }
         if (document_.timeZone) addSetting(document::TimeZoneSettingName, *document_.timeZone);
     }
 
@@ -213,23 +220,42 @@ private:
     }
 
     using Settings = std::vector<const document::Setting*>;
-    /// Those to be made before the tenures, the ones that these follow among them, and those behind. Settings that are kept stay
-    /// in their order.
+    /// Those to be made before the tenures, and those behind. Settings that are kept stay in their order: where it is not this one,
+    /// the first ones stand in for the followed ones among all that are behind.
     [[nodiscard]] std::pair<Settings, Settings> settingsAround() const {
         Settings all;
         for (const document::Setting& setting : document_.settings) all.push_back(&setting);
-        const auto follows = [](const document::Setting* setting) { return isFollowed(*setting); };
-        const auto border = isKept_ ? std::find_if(all.rbegin(), all.rend(), follows).base()
-                                    : std::stable_partition(all.begin(), all.end(), follows);
-        return {Settings(all.begin(), border), Settings(border, all.end())};
+        Settings followed;
+        std::ranges::copy_if(all, std::back_inserter(followed),
+                             [](const document::Setting* setting) { return isFollowed(*setting); });
+        const bool isInOrder = std::ranges::equal(followed, all | std::views::take(followed.size()));
+        if (isInOrder || !isKept_)
+            std::erase_if(all, [](const document::Setting* setting) { return isFollowed(*setting); });
+        return {std::move(followed), std::move(all)};
+    }
+
+    /// Has all tenures follow the setting in place of the one that stood in for it, which goes.
+    void replaceStandIn(const std::vector<Ref<TKState>>& standIns, const Ref<TKState>& state) {
+        const auto standIn = std::ranges::find_if(
+            standIns, [&](const auto& each) { return each->name()->view() == state->name()->view(); });
+        if (standIn == standIns.end()) return;
+        const bool isCurrency = state->name()->view() == TKCurrencyCodeStateName->view();
+        String* const context = isCurrency ? TKCurrencyCodeStateName : TKBillingModeStateName;
+        for (const auto& [id, tenure] : made_.lettings) {
+            (*standIn)->removeObserverForKeyPathContext(*tenure, "value", context);
+            state->addObserverForKeyPathOptionsContext(*tenure, "value", platform::ObservingNew, context);
+            isCurrency ? tenure->setCurrencyCodeState(state) : tenure->setBillingModeState(state);
+        }
+        context_.deleteObject(**standIn);
     }
 
     /// No name is given twice in a document, so that none has to be looked for.
-    void addSetting(std::string_view name, const document::SettingValue& value) {
-        const auto state = context_.insertNewObject<TKState>("State");
+    Ref<TKState> addSetting(std::string_view name, const document::SettingValue& value) {
+        auto state = context_.insertNewObject<TKState>("State");
         state->setName(String::make(name));
         const bool isNull = std::holds_alternative<std::monostate>(value);
         state->setValue(isKept_ && isNull ? Value(platform::NullObject()) : valueOf(value));
+        return state;
     }
 
     template <class Object, class Document>

@@ -10,8 +10,9 @@
 #include "platform/system/Clock.hpp"
 #include "store/TKState.hpp"
 
-#include <algorithm>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -57,15 +58,20 @@ std::vector<Setting> implied() {
             {TKBillingModeStateName->string(), static_cast<std::int64_t>(TKPeriodBillingModeStart)}};
 }
 
-bool isGiven(const BookDocument& document, std::string_view name) {
-    return (name == document::TimeZoneSettingName && document.timeZone) ||
-           std::ranges::find(document.settings, name, &Setting::name) != document.settings.end();
+using Names = std::unordered_set<std::string_view>;
+
+/// REQUIRES: the document outlives them.
+Names settingsOf(const BookDocument& document) {
+    Names names;
+    for (const Setting& setting : document.settings) names.insert(setting.name);
+    if (document.timeZone) names.insert(document::TimeZoneSettingName);
+    return names;
 }
 
 /// Makes room for the settings that the document has.
-void removeSettings(ManagedObjectContext& context, const BookDocument& document) {
+void removeSettings(ManagedObjectContext& context, const Names& given) {
     for (const auto& state : context.fetchAll<TKState>("State"))
-        if (state->name() && isGiven(document, state->name()->view())) context.deleteObject(*state);
+        if (state->name() && given.contains(state->name()->view())) context.deleteObject(*state);
 }
 
 std::optional<StoreError> saveMarks(std::vector<platform::MetadataChange> marks, Store& store,
@@ -83,11 +89,12 @@ std::optional<StoreError> takeDocument(const BookDocument& document, ManagedObje
                                        Store& store, const platform::CommitOrigin& origin) {
     const auto known = store.metadata();
     if (!known) return known.error();
+    const Names given = settingsOf(document);
     std::vector<platform::MetadataChange> marks;
     std::vector<Setting> made;
     for (const Setting& setting : implied()) {
         const std::string mark = markOf(setting.name);
-        if (isGiven(document, setting.name)) {
+        if (given.contains(setting.name)) {
             if (known->contains(mark)) marks.push_back({mark, std::nullopt});
         } else if (TKState::valueForNameInManagedObjectContext(String::make(setting.name), context)
                        .isAbsent()) {
@@ -98,7 +105,7 @@ std::optional<StoreError> takeDocument(const BookDocument& document, ManagedObje
     // A mark without its setting says nothing, a setting without its mark would be taken for the document's: marks go first.
     if (!marks.empty())
         if (auto error = saveMarks(std::move(marks), store, origin)) return error;
-    removeSettings(context, document);
+    removeSettings(context, given);
     for (const Setting& setting : made)
         TKState::updateStateWithNameValueInManagedObjectContext(String::make(setting.name),
                                                                 valueOf(setting.value), context);
