@@ -25,7 +25,7 @@ void require(bool holds, const char* what) {
 void seal(std::vector<std::byte>& bytes) {
     constexpr std::size_t Header = 24;
     if (bytes.size() < Header) bytes.resize(Header);
-    std::memcpy(bytes.data(), "EBMODEL\n\1\0\0", 12);
+    std::memcpy(bytes.data(), "EBMODEL\n\2\0\0", 12);
     std::uint64_t sum = 0xcbf29ce484222325u;
     for (const std::byte each : std::span(bytes).subspan(Header))
         sum = (sum ^ static_cast<std::uint8_t>(each)) * 0x100000001b3u;

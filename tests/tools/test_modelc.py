@@ -14,7 +14,7 @@ MODELC = ROOT / "tools" / "modelc"
 
 GOOD = """model Small
 entity House class House
-    attribute name string
+    attribute name string indexed
     to-many rooms Room inverse house delete cascade
 entity Room class Room
     attribute width decimal transient   # a remark
@@ -32,6 +32,10 @@ REFUSED = {
     "an attribute without a type": ("model M\nentity A class A\nattribute x\n", ":3: an attribute is written:"),
     "an unknown type": ("model M\nentity A class A\nattribute x text\n", ":3: an attribute is written:"),
     "a class of objects nobody knows": ("model M\nentity A class A\nattribute x object Castle\n", ":3: no header is known"),
+    "an index over what is not saved": (
+        "model M\nentity A class A\nattribute x string transient indexed\n", ":3: only what is saved, and is a string or a decimal"),
+    "an index over what no column compares": (
+        "model M\nentity A class A\nattribute x number indexed\n", ":3: only what is saved, and is a string or a decimal"),
     "a name that is none": ("model M\nentity A class A\nattribute 2nd string\n", ":3: an attribute is written:"),
     "a derived key that is none": ("model M\nentity A class A\nderived a.b\n", ':3: "a.b" is no name of a key'),
     "a relationship without an inverse": ("model M\nentity A class A\nto-one a A\n", ":3: a relationship is written:"),
@@ -109,8 +113,10 @@ class ModelcTest(unittest.TestCase):
         self.assertEqual((done.returncode, done.stderr), (0, ""))
         content = resource.read_bytes()
         magic, form, length, total = struct.unpack("<8sIIQ", content[:24])
-        self.assertEqual((magic, form, length, total), (b"EBMODEL\n", 1, len(content) - 24, fnv(content[24:])))
+        self.assertEqual((magic, form, length, total), (b"EBMODEL\n", 2, len(content) - 24, fnv(content[24:])))
         self.assertEqual(content[24:33], b"\x05\x00Small\x02\x00")
+        self.assertIn(b"\x04\x00name\x01\x00\x00\x01", content)
+        self.assertIn(b"\x05\x00width\x03\x01\x00\x00", content)
 
     def test_compiling_twice_gives_the_same_bytes(self):
         contents = []

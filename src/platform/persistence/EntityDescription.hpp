@@ -26,6 +26,8 @@ struct AttributeDescription {
     AttributeType type = AttributeType::Any;
     bool isTransient = false;
     bool isWrittenBySystem = false;
+    /// Whether objects are looked up by it.
+    bool isIndexed = false;
 };
 
 struct RelationshipDescription {

@@ -16,7 +16,7 @@ namespace estatebook::platform {
 namespace {
 
 constexpr std::string_view Magic = "EBMODEL\n";
-constexpr std::uint32_t Format = 1;
+constexpr std::uint32_t Format = 2;
 constexpr std::size_t HeaderSize = 24;
 constexpr std::size_t LargestResource = std::size_t{1} << 20;
 // Far more than any class table can answer to; a resource made to exhaust us ends here.
@@ -74,6 +74,10 @@ private:
 Key keyOf(const std::string& name) {
     if (const auto key = Key::find(name)) return *key;
     throw Refusal{ModelErrorCode::Mismatched, "no class has a property \"" + name + "\""};
+}
+
+bool canBeIndexed(AttributeType type) {
+    return type == AttributeType::String || type == AttributeType::Decimal;
 }
 
 void requireAtMost(std::size_t limit, std::size_t count) {
@@ -140,6 +144,9 @@ private:
             attribute.type = static_cast<AttributeType>(payload.choice(1, 6));
             attribute.isTransient = payload.choice(0, 1) != 0;
             attribute.isWrittenBySystem = payload.choice(0, 1) != 0;
+            attribute.isIndexed = payload.choice(0, 1) != 0;
+            if (attribute.isIndexed && (attribute.isTransient || !canBeIndexed(attribute.type)))
+                throw Refusal{ModelErrorCode::Damaged, "it has objects looked up by what no store can compare"};
         }
         for (auto count = propertyCount(payload); count > 0; --count) {
             RelationshipDescription& relationship = entity->relationships_.emplace_back();

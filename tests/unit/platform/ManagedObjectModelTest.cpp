@@ -62,7 +62,7 @@ public:
     }
     [[nodiscard]] Bytes finish() const {
         Bytes bytes(24 + bytes_.size());
-        std::memcpy(bytes.data(), "EBMODEL\n\1\0\0", 12);
+        std::memcpy(bytes.data(), "EBMODEL\n\2\0\0", 12);
         std::ranges::copy(bytes_, bytes.begin() + 24);
         seal(bytes);
         return bytes;
@@ -117,6 +117,8 @@ TEST(ManagedObjectModelTest, TheRealResourceIsLoadedFromBesideTheLibrary) {
     EXPECT_EQ(property.relationship(keys::tenures)->destinationEntity, model->entityNamed("Tenure"));
     EXPECT_EQ(property.relationship(keys::name), nullptr);
     EXPECT_EQ(property.attributes()[0].name, keys::name) << "inherited ones first";
+    EXPECT_FALSE(property.attributes()[0].isIndexed);
+    EXPECT_TRUE(model->entityNamed("State")->attributes()[0].isIndexed);
     EXPECT_FALSE(TKManagedObjectModel::modelError());
 }
 
@@ -188,9 +190,9 @@ TEST(ManagedObjectModelTest, ASealedResourceWithAFlippedByteIsRefusedOrDescribes
 
 TEST(ManagedObjectModelTest, ANewerFormatIsNamedAsSuch) {
     Bytes bytes = realResource();
-    bytes[8] = std::byte{2};
+    bytes[8] = std::byte{3};
     EXPECT_EQ(codeOf(bytes), ModelErrorCode::Newer);
-    bytes[8] = std::byte{0};
+    bytes[8] = std::byte{1};
     EXPECT_EQ(codeOf(bytes), ModelErrorCode::Damaged);
 }
 
@@ -211,7 +213,8 @@ TEST(ManagedObjectModelTest, AModelThatItsClassesWereNotBuiltForIsRefused) {
         if (each.name == "TKState") each.properties = {};
     EXPECT_EQ(codeOf(bytes, classes), ModelErrorCode::Mismatched);
 
-    const auto withAttribute = [](std::string_view name, unsigned type, unsigned transient) {
+    const auto withAttribute = [](std::string_view name, unsigned type, unsigned transient,
+                                  unsigned indexed = 0) {
         return Writer()
             .text("EstateBook")
             .number(1, 2)
@@ -219,11 +222,12 @@ TEST(ManagedObjectModelTest, AModelThatItsClassesWereNotBuiltForIsRefused) {
             .number(2, 2)
             .text("name")
             .number(1, 1)
-            .number(0, 2)
+            .number(0, 3)
             .text(name)
             .number(type, 1)
             .number(transient, 1)
             .number(0, 1)
+            .number(indexed, 1)
             .number(0, 2)
             .finish();
     };
@@ -235,6 +239,8 @@ TEST(ManagedObjectModelTest, AModelThatItsClassesWereNotBuiltForIsRefused) {
     EXPECT_EQ(codeOf(withAttribute("name", 1, 0)), ModelErrorCode::Mismatched);
     EXPECT_EQ(codeOf(withAttribute("value", 7, 0)), ModelErrorCode::Damaged);
     EXPECT_EQ(codeOf(withAttribute("value", 5, 2)), ModelErrorCode::Damaged);
+    EXPECT_EQ(codeOf(withAttribute("value", 5, 0, 1)), ModelErrorCode::Damaged) << "nobody looks things up by any value";
+    EXPECT_EQ(codeOf(withAttribute("value", 5, 0, 2)), ModelErrorCode::Damaged);
 }
 
 TEST(ManagedObjectModelTest, NamesOfAForeignResourceMakeNoKeys) {
@@ -245,7 +251,7 @@ TEST(ManagedObjectModelTest, NamesOfAForeignResourceMakeNoKeys) {
                            .number(1, 2)
                            .text("modelTestForeignName")
                            .number(1, 1)
-                           .number(0, 2)
+                           .number(0, 3)
                            .number(0, 2)
                            .finish();
     EXPECT_EQ(codeOf(bytes), ModelErrorCode::Mismatched);
@@ -275,7 +281,7 @@ TEST(ManagedObjectModelTest, AResourceMadeToExhaustUsEndsSoon) {
 
     Writer wide;
     wide.text("M").number(1, 2).entity("State").number(65535, 2);
-    for (unsigned index = 0; index < 65535; ++index) wide.text("name").number(1, 1).number(0, 2);
+    for (unsigned index = 0; index < 65535; ++index) wide.text("name").number(1, 1).number(0, 3);
     wide.number(0, 2);
     EXPECT_EQ(codeOf(wide.finish()), ModelErrorCode::Damaged);
 }
