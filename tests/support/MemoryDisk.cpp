@@ -26,9 +26,14 @@ std::filesystem::path folderOfLocks() {
     return std::filesystem::is_directory(memory) ? memory : std::filesystem::temp_directory_path();
 }
 
-/// The name of a path whose folder is the root.
-std::string nameOf(const std::string& path) {
-    return "/" + path.substr(path.rfind('/') + 1);
+/// The name of a file for its lock, which lies elsewhere.
+std::string lockNameOf(const std::string& path) {
+    std::string name = path.substr(1);
+    std::ranges::replace(name, '/', '_');
+    return name;
+}
+std::string folderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/'));
 }
 
 } // namespace
@@ -126,7 +131,8 @@ struct DiskCalls {
             return SQLITE_IOERR_FSYNC;
         }
         handle.disk->tell({.kind = Kind::Sync, .file = handle.file->number});
-        if (std::exchange(handle.hasToSyncFolder, false)) handle.disk->tell({.kind = Kind::SyncFolder});
+        if (std::exchange(handle.hasToSyncFolder, false))
+            handle.disk->tell({.kind = Kind::SyncFolder, .name = folderOf(handle.name)});
         return SQLITE_OK;
     }
     static int fileSize(sqlite3_file* file, sqlite3_int64* size) {
@@ -196,7 +202,7 @@ struct DiskCalls {
         disk.tell({.kind = Kind::Remove, .name = name});
         if (syncsFolder == 0) return SQLITE_OK;
         if (disk.faultOf(Call::Sync) != Fault::None) return SQLITE_IOERR_DIR_FSYNC;
-        disk.tell({.kind = Kind::SyncFolder});
+        disk.tell({.kind = Kind::SyncFolder, .name = folderOf(name)});
         return SQLITE_OK;
     }
     static int access(sqlite3_vfs* vfs, const char* name, int what, int* result) {
@@ -288,6 +294,7 @@ DiskContent MemoryDisk::content() const {
 void MemoryDisk::load(DiskContent content) {
     files_.clear();
     fileCount_ = 0;
+    for (const auto& [name, bytes] : content) folders_.insert(folderOf(name));
     for (auto& [name, bytes] : content)
         files_.emplace(name, std::make_shared<File>(File{fileCount_++, std::move(bytes)}));
 }
@@ -308,9 +315,9 @@ std::size_t MemoryDisk::used() const {
 }
 
 std::string MemoryDisk::resolved(const std::string& path, std::error_code& error) const {
-    if (path != "/" && !files_.contains(nameOf(path)))
+    if (path != "/" && !folders_.contains(path) && !files_.contains(path))
         error = std::make_error_code(std::errc::no_such_file_or_directory);
-    return path == "/" ? path : nameOf(path);
+    return path;
 }
 
 std::uintmax_t MemoryDisk::sizeOf(const std::string& path) const {
@@ -334,6 +341,22 @@ std::error_code MemoryDisk::rename(const std::string& from, const std::string& t
     return {};
 }
 
+std::error_code MemoryDisk::replace(const std::string& from, const std::string& to) const {
+    if (faultOf(Call::Rename) != Fault::None) return std::make_error_code(std::errc::io_error);
+    const auto found = files_.find(from);
+    if (found == files_.end()) return std::make_error_code(std::errc::no_such_file_or_directory);
+    files_[to] = found->second;
+    files_.erase(found);
+    tell({.kind = Kind::Rename, .name = from, .other = to});
+    return {};
+}
+
+std::error_code MemoryDisk::makeFolder(const std::string& path) const {
+    if (faultOf(Call::MakeFolder) != Fault::None) return std::make_error_code(std::errc::io_error);
+    folders_.insert(path);
+    return {};
+}
+
 std::vector<std::string> MemoryDisk::namesIn(const std::string& folder) const {
     std::vector<std::string> names;
     for (const auto& [name, file] : files_)
@@ -352,15 +375,15 @@ std::error_code MemoryDisk::syncFile(const std::string& path) const {
     return {};
 }
 
-std::error_code MemoryDisk::syncFolderOf(const std::string&) const {
+std::error_code MemoryDisk::syncFolderOf(const std::string& path) const {
     if (faultOf(Call::Sync) != Fault::None) return std::make_error_code(std::errc::io_error);
-    tell({.kind = Kind::SyncFolder});
+    tell({.kind = Kind::SyncFolder, .name = folderOf(path)});
     return {};
 }
 
 platform::StoreResult<platform::WriterLock> MemoryDisk::lock(const std::string& path,
                                                              const platform::CommitOrigin& holder) const {
-    return platform::WriterLock::take(locks_.file(nameOf(path).substr(1)), holder);
+    return platform::WriterLock::take(locks_.file(lockNameOf(path)), holder);
 }
 
 } // namespace estatebook::test

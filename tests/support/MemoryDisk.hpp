@@ -18,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -37,8 +38,8 @@ struct DiskOperation {
         Sync,     ///< what was done to the file is safe
         LoseWrites, ///< a sync failed: what was done since the last one stays to be read, and never becomes safe
         Remove,     ///< of `name`
-        Rename,     ///< of `name` to `other`
-        SyncFolder, ///< the names are safe
+        Rename,     ///< of `name` to `other`, in place of what bore that name
+        SyncFolder, ///< the names in the folder `name` are safe
     };
     Kind kind{};
     /// Numbered in the order of their creation.
@@ -62,7 +63,8 @@ public:
         Unlock,
         Remove,
         Look,
-        Rename
+        Rename,
+        MakeFolder
     };
     enum class Fault : std::uint8_t {
         None,
@@ -95,8 +97,9 @@ public:
     [[nodiscard]] std::uintmax_t sizeOf(const std::string& path) const override;
     void remove(const std::string& path) const override;
     [[nodiscard]] std::error_code rename(const std::string& from, const std::string& to) const override;
-    /// Folders are there as soon as they are named.
-    [[nodiscard]] std::error_code makeFolder(const std::string&) const override { return {}; }
+    [[nodiscard]] std::error_code replace(const std::string& from, const std::string& to) const override;
+    /// A folder is there for good as soon as it is made.
+    [[nodiscard]] std::error_code makeFolder(const std::string& path) const override;
     [[nodiscard]] std::vector<std::string> namesIn(const std::string& folder) const override;
     [[nodiscard]] std::error_code syncFile(const std::string& path) const override;
     [[nodiscard]] std::error_code syncFolderOf(const std::string& path) const override;
@@ -122,6 +125,7 @@ private:
 
     // A file system is const for those who use it, whatever they do to the files.
     mutable std::map<std::string, std::shared_ptr<File>> files_;
+    mutable std::set<std::string> folders_;
     std::size_t fileCount_ = 0;
     std::string name_;
     std::unique_ptr<sqlite3_vfs> vfs_;

@@ -88,8 +88,11 @@ void Platter::apply(const DiskOperation& operation) {
         pendingNames_.push_back(&operation);
         break;
     case Kind::SyncFolder:
-        for (const DiskOperation* pending : pendingNames_) applyName(names_, *pending);
-        pendingNames_.clear();
+        std::erase_if(pendingNames_, [&](const DiskOperation* pending) {
+            const bool isThere = pending->name.substr(0, pending->name.rfind('/')) == operation.name;
+            if (isThere) applyName(names_, *pending);
+            return isThere;
+        });
         break;
     }
 }
@@ -98,8 +101,7 @@ void Platter::applyName(std::map<std::string, std::size_t>& names, const DiskOpe
     if (operation.kind == Kind::Create) {
         names[operation.name] = operation.file;
     } else if (auto node = names.extract(operation.name); node && operation.kind == Kind::Rename) {
-        node.key() = operation.other;
-        names.insert(std::move(node));
+        names[operation.other] = node.mapped();
     }
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// StoreScript: writes change sets for the library's own model by chance, sound and unsound ones.
+/// StoreScript: writes change sets by chance, sound and unsound ones; for the library's own model when no other is given.
 
 #include "support/StoreKinds.hpp"
 
@@ -25,7 +25,9 @@ public:
         Sound, ///< most of it is taken, and all that is taken leaves a book sound
     };
 
-    explicit StoreScript(std::uint64_t seed, Manner manner = Manner::Any) : random_(seed), manner_(manner) {}
+    explicit StoreScript(std::uint64_t seed, Manner manner = Manner::Any,
+                         platform::Ref<platform::ManagedObjectModel> model = bookModel())
+        : random_(seed), manner_(manner), model_(std::move(model)), shapes_(*model_) {}
 
     std::size_t below(std::size_t bound) { return static_cast<std::size_t>(random_() % bound); }
     bool rarely() { return manner_ == Manner::Any && below(40) == 0; }
@@ -83,7 +85,7 @@ private:
 
     const platform::EntityDescription* concreteEntity() {
         for (;;) {
-            const auto entities = bookModel()->entities();
+            const auto entities = model_->entities();
             const auto& entity = entities[below(entities.size())];
             if (!entity->isAbstract()) return entity.get();
         }
@@ -168,7 +170,7 @@ private:
     }
 
     platform::Row insertion(platform::RowKey key, const platform::EntityDescription& entity) {
-        const platform::RowShape& shape = shapeOf(entity);
+        const platform::RowShape& shape = shapes_.of(entity);
         platform::Row row = shape.emptyRow(key);
         for (std::size_t index = 0; index < row.values.size(); ++index)
             row.values[index] = value(entity.attributes()[index].type);
@@ -178,7 +180,7 @@ private:
     }
 
     platform::RowUpdate update(const platform::Row& row, std::int64_t version) {
-        const platform::RowShape& shape = shapeOf(*row.entity);
+        const platform::RowShape& shape = shapes_.of(*row.entity);
         platform::RowUpdate update{.key = row.key, .entity = row.entity, .version = version};
         const auto attributes = row.entity->attributes();
         for (std::size_t index = 0; index < attributes.size(); ++index)
@@ -192,6 +194,8 @@ private:
 
     std::mt19937_64 random_;
     Manner manner_;
+    platform::Ref<platform::ManagedObjectModel> model_;
+    platform::RowShapes shapes_;
     std::vector<platform::Row> rows_;
     std::vector<Coming> coming_;
 };

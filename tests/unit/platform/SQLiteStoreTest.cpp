@@ -3,6 +3,7 @@
 // A book file: what is refused, what is found out, and who may use it at the same time. What it answers as a store is
 // told by StoreConformanceTest.
 
+#include "support/MemoryDisk.hpp"
 #include "support/StoreKinds.hpp"
 
 #include "platform/persistence/store/WriterLock.hpp"
@@ -170,8 +171,8 @@ TEST_F(SQLiteStoreTest, ForeignDataBasesAreRefusedWithTheirJournal) {
 
 TEST_F(SQLiteStoreTest, ANewerBookIsRefused) {
     makeBook();
-    meddle("PRAGMA user_version=2");
-    expectRefused(StoreErrorCode::Newer, "layout 2");
+    meddle("PRAGMA user_version=3");
+    expectRefused(StoreErrorCode::Newer, "layout 3");
 }
 
 TEST_F(SQLiteStoreTest, ABookWithoutALayoutIsRefused) {
@@ -190,7 +191,8 @@ TEST_F(SQLiteStoreTest, WhateverIsAddedToTheSchemaIsRefused) {
     for (const std::string sql :
          {"CREATE TRIGGER t AFTER INSERT ON Tenure BEGIN DELETE FROM Tenure; END",
           "CREATE VIEW v AS SELECT 1", "CREATE TABLE songs(title)", "CREATE INDEX i ON Tenure(startDate)",
-          "ALTER TABLE Tenure ADD COLUMN secret", "DROP INDEX \"Tenure.property\"", "ANALYZE"}) {
+          "ALTER TABLE Tenure ADD COLUMN secret", "DROP INDEX \"Tenure.property\"", "ANALYZE",
+          "DROP INDEX \"State.name\"; CREATE UNIQUE INDEX \"State.name\" ON State(name)"}) {
         SCOPED_TRACE(sql);
         std::filesystem::remove(path_);
         makeBook();
@@ -291,6 +293,76 @@ TEST_F(SQLiteStoreTest, DamageOfAnyByteNeverGivesOtherValues) {
         EXPECT_TRUE(*count != 2 || names == "Grace Mary ") << place << " " << names;
     }
     EXPECT_EQ(0u, missed);
+}
+
+// Looking up
+
+TEST_F(SQLiteStoreTest, WhatIsLookedUpByNameIsFoundWithoutReadingAll) {
+    constexpr RowKey Count = 10'000;
+    const std::string path = "/book.estatebook";
+    test::MemoryDisk disk;
+    {
+        const auto store = *SQLiteStore::create(path, bookModel(), {.fileSystem = &disk});
+        StoreChanges changes = newChanges();
+        for (RowKey key = 1; key <= Count; ++key)
+            changes.insertions.push_back(
+                RowOf("State", key).with(keys::name, String::make("Setting " + std::to_string(key / 2))));
+        ASSERT_TRUE(store->save(changes)->landed());
+    }
+    const auto store = *SQLiteStore::open(path, bookModel(), {.access = Access::Read, .fileSystem = &disk});
+    std::size_t reads = 0;
+    disk.fault = [&](test::MemoryDisk::Call call) {
+        reads += call == test::MemoryDisk::Call::Read ? 1 : 0;
+        return test::MemoryDisk::Fault::None;
+    };
+    const auto keysNamed = [&](std::string_view name) {
+        return *store->fetchKeys(entityNamed("State"),
+                                 Predicate::predicateWithFormat("name = %@", String::make(name)));
+    };
+    EXPECT_THAT(keysNamed("Setting 1234"), ElementsAre(2468, 2469));
+    EXPECT_THAT(keysNamed("setting 1234"), IsEmpty());
+    EXPECT_LT(reads, 20u);
+    EXPECT_EQ(store->fetchKeys(entityNamed("State"))->size(), std::size_t{Count});
+    EXPECT_GT(reads, 50u) << "all of them lie on many pages";
+    disk.fault = nullptr;
+}
+
+// The index is covered by no digest: what it leads to is looked at, what it leaves out the check tells.
+TEST_F(SQLiteStoreTest, AnIndexThatDoesNotAgreeGivesNoWrongRows) {
+    const auto make = [&](std::string_view meddling) {
+        std::filesystem::remove(path_);
+        const auto store = *SQLiteStore::create(path_, bookModel(), options(Access::Write));
+        StoreChanges changes = newChanges();
+        for (RowKey key = 1; key <= 3; ++key)
+            changes.insertions.push_back(
+                RowOf("State", key).with(keys::name, String::make("Setting " + std::to_string(key))));
+        ASSERT_TRUE(store->save(changes)->landed());
+        // It stands in the table, where the rows are sound no more, and in the index.
+        const std::string whole = bytes();
+        for (std::size_t place = 0;; ++place) {
+            place = whole.find("Setting 2", place);
+            ASSERT_NE(place, std::string::npos);
+            write(std::string(whole).replace(place, meddling.size(), meddling));
+            if (open(Access::Read)->fetchKeys(entityNamed("State"))) break;
+        }
+    };
+    const auto found = [&](std::string_view name) {
+        return open(Access::Read)
+            ->fetchKeys(entityNamed("State"),
+                        Predicate::predicateWithFormat("name = %@", String::make(name)));
+    };
+    make("Setting 2");
+    ASSERT_TRUE(found("Setting 2"));
+    EXPECT_THAT(*found("Setting 2"), ElementsAre(2));
+    EXPECT_THAT(check(), IsEmpty());
+    make("Setting 3");
+    ASSERT_FALSE(found("Setting 3")) << "it leads to the second row, too";
+    EXPECT_EQ(StoreErrorCode::Damaged, found("Setting 3").error().code);
+    EXPECT_THAT(check(), testing::Not(IsEmpty()));
+    make("Setting X");
+    ASSERT_TRUE(found("Setting 2"));
+    EXPECT_THAT(*found("Setting 2"), IsEmpty());
+    EXPECT_THAT(check(), testing::Not(IsEmpty()));
 }
 
 // Several at once

@@ -3,6 +3,8 @@
 
 #include "platform/persistence/ManagedObjectModel.hpp"
 #include "platform/persistence/store/StoreRules.hpp"
+#include "platform/persistence/store/sqlite/BookMigration.hpp"
+#include "platform/persistence/store/sqlite/EarlierForm.hpp"
 #include "platform/persistence/store/sqlite/NewFile.hpp"
 
 #include <algorithm>
@@ -55,7 +57,7 @@ void fill(Connection& connection, const BookTables& tables, const ManagedObjectM
 } // namespace
 
 // Before the data base sees the file: it would tidy up after the writer of a file that is none of ours.
-void requireHead(const FileSystem& files, const std::string& path) {
+std::uint32_t requireHead(const FileSystem& files, const std::string& path) {
     constexpr std::string_view Magic("SQLite format 3\0", 16);
     constexpr std::size_t JournalVersions = 18;
     constexpr std::size_t UserVersion = 60;
@@ -71,9 +73,19 @@ void requireHead(const FileSystem& files, const std::string& path) {
         throw StoreFailure{StoreErrorCode::Newer, "its layout " + std::to_string(layout) +
                                                       " is newer than this program, which knows " +
                                                       std::to_string(Layout)};
-    if (layout != Layout) damaged("it has no layout number");
+    if (layout == 0) damaged("it has no layout number");
     if (head.bytes[JournalVersions] != 1 || head.bytes[JournalVersions + 1] != 1)
         damaged("another program has put it into another journal mode");
+    return layout;
+}
+
+void requireSize(const FileSystem& files, const std::string& path) {
+    constexpr std::size_t PageSize = 16;
+    constexpr std::size_t PageCount = 28;
+    const FileHead head = readFileHead(files, path);
+    const std::int64_t pageSize = numberAt(head, PageSize) >> 16;
+    if (head.size != std::int64_t{numberAt(head, PageCount)} * pageSize)
+        damaged("the file is not as long as its pages");
 }
 
 std::string resolved(const FileSystem& files, const std::string& path) {
@@ -114,7 +126,7 @@ std::unique_ptr<BookFile> BookFile::create(const std::string& path, Ref<ManagedO
     made.removeDraft();
     lay(file->files_, made.draft(), file->tables_, *file->model_);
     made.settle();
-    file->connect();
+    file->requireConnected(Layout);
     return file;
 }
 
@@ -122,14 +134,26 @@ std::unique_ptr<BookFile> BookFile::open(const std::string& path, Ref<ManagedObj
                                          const SQLiteStore::Options& options) {
     std::unique_ptr<BookFile> file(new BookFile(path, std::move(model), options));
     file->path_ = resolved(file->files_, path);
-    requireHead(file->files_, file->path_);
+    const std::uint32_t layout = requireHead(file->files_, file->path_);
     if (options.access == SQLiteStore::Access::Write) {
         if (!file->files_.isWritable(file->path_))
             throw StoreFailure{StoreErrorCode::ReadOnly, "the file or its folder may not be written"};
         file->lock_ = takeLock(file->files_, file->path_, options.holder);
     }
-    file->connect();
+    if (!file->connect(layout)) file->bringUp(layout, options);
     return file;
+}
+
+// Who may write it brings the file up to date. Who only reads does so with what was read.
+void BookFile::bringUp(std::uint32_t layout, const SQLiteStore::Options& options) {
+    if (isWritable()) {
+        migration_ = {.fromLayout = layout,
+                      .copy = migrate(files_, path_, tables_, shapes_, model_, options)};
+        return requireConnected(requireHead(files_, path_));
+    }
+    auto memory = readEarlier(files_, path_, tables_, shapes_, *model_, patience_);
+    auto snapshot = std::make_unique<Transaction>(*memory, "BEGIN");
+    adopt(std::move(memory), std::move(snapshot));
 }
 
 std::unique_ptr<BookFile> BookFile::closed(Ref<ManagedObjectModel> model,
@@ -142,21 +166,39 @@ void BookFile::lay(const FileSystem& files, const std::string& path, const BookT
     // Nobody else knows the file.
     constexpr std::chrono::milliseconds NoPatience{0};
     Connection connection(files, path, Connection::Access::Create, NoPatience);
+    lay(connection, tables, model, detail::newStoreIdentifier());
+}
+
+void BookFile::lay(Connection& connection, const BookTables& tables, const ManagedObjectModel& model,
+                   std::string_view identifier) {
     Transaction transaction(connection);
     connection.run("PRAGMA application_id=" + std::to_string(ApplicationId));
     connection.run("PRAGMA user_version=" + std::to_string(Layout));
     for (const std::string& sql : tables.schema()) connection.run(sql);
-    fill(connection, tables, model, detail::newStoreIdentifier());
+    fill(connection, tables, model, identifier);
     connection.run("COMMIT");
 }
 
-void BookFile::connect() {
+bool BookFile::connect(std::uint32_t layout) {
     auto connection = std::make_unique<Connection>(
         files_, path_, isWritable() ? Connection::Access::Write : Connection::Access::Read, patience_);
     auto snapshot = std::make_unique<Transaction>(*connection, "BEGIN");
-    requireSchema(*connection);
-    requireSize();
-    requireEntities(*connection);
+    if (layout != Layout || !isOfToday(*connection)) {
+        // It is one of an earlier form, or none.
+        static_cast<void>(EarlierForm(*connection, layout, tables_, shapes_, *model_));
+        return false;
+    }
+    requireSize(files_, path_);
+    adopt(std::move(connection), std::move(snapshot));
+    return true;
+}
+
+void BookFile::requireConnected(std::uint32_t layout) {
+    if (!connect(layout)) throw StoreFailure{StoreErrorCode::Moved, "another book was put in its place"};
+}
+
+// The caller lets go of the snapshot before the connection, if this fails.
+void BookFile::adopt(std::unique_ptr<Connection>&& connection, std::unique_ptr<Transaction>&& snapshot) {
     Cells cells;
     {
         Statement::Use header(connection->statement(tables_.header.select));
@@ -174,45 +216,33 @@ void BookFile::connect() {
 
 Connection& BookFile::connection() {
     if (!connection_) {
-        requireHead(files_, path_);
-        connect();
+        requireConnected(requireHead(files_, path_));
     }
     return *connection_;
 }
 
-// Only while nobody writes: what a writer left unfinished has been taken back by now.
-void BookFile::requireSize() const {
-    constexpr std::size_t PageSize = 16;
-    constexpr std::size_t PageCount = 28;
-    const FileHead head = readFileHead(files_, path_);
-    const std::int64_t pageSize = numberAt(head, PageSize) >> 16;
-    if (head.size != std::int64_t{numberAt(head, PageCount)} * pageSize)
-        damaged("the file is not as long as its pages");
-}
-
-void BookFile::requireSchema(Connection& connection) const {
+bool BookFile::isOfToday(Connection& connection) const {
     std::vector<std::string> found;
-    Statement::Use schema(connection.statement("SELECT sql FROM sqlite_schema"));
-    while (schema.next()) {
-        const Cell sql = schema.cell(0);
-        found.emplace_back(sql.type == Cell::Type::Text ? sql.bytes : std::string_view());
+    {
+        Statement::Use schema(connection.statement("SELECT sql FROM sqlite_schema"));
+        while (schema.next()) {
+            const Cell sql = schema.cell(0);
+            found.emplace_back(sql.type == Cell::Type::Text ? sql.bytes : std::string_view());
+        }
     }
     std::vector<std::string> wanted = tables_.schema();
     std::ranges::sort(found);
     std::ranges::sort(wanted);
-    if (found != wanted) damaged("its tables are not those of a book of layout " + std::to_string(Layout));
-}
-
-void BookFile::requireEntities(Connection& connection) const {
+    if (found != wanted) return false;
     Cells cells;
     Statement::Use rows(connection.statement(tables_.entities.select + " ORDER BY \"number\""));
     for (const auto& entity : model_->entities()) {
-        if (!rows.next()) damaged("it knows fewer entities than a book has");
+        if (!rows.next()) return false;
         read(rows, tables_.entities, cells);
         if (cells[0].integer != BookTables::numberOf(*entity) || cells[1].bytes != entity->name())
-            damaged("its entities are not those of a book");
+            return false;
     }
-    if (rows.next()) damaged("it knows more entities than a book has");
+    return !rows.next();
 }
 
 void BookFile::read(const Statement::Use& row, const SealedTable& table, Cells& cells) {

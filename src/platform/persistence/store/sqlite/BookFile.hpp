@@ -25,8 +25,11 @@ using Cells = std::vector<Cell>;
 
 void insertSealed(Connection& connection, const SealedTable& table, std::span<const Cell> cells);
 
-/// Throws a StoreFailure unless the file begins as a book of this layout does.
-void requireHead(const FileSystem& files, const std::string& path);
+/// The layout of a book. Throws a StoreFailure unless the file begins as one of this or an earlier layout does.
+[[nodiscard]] std::uint32_t requireHead(const FileSystem& files, const std::string& path);
+/// Throws a StoreFailure unless the file is as long as it says. REQUIRES: nobody writes it: what a writer left unfinished has been
+/// taken back by now.
+void requireSize(const FileSystem& files, const std::string& path);
 /// The file that is meant, absolute and without symbolic links. Throws a StoreFailure when there is none.
 [[nodiscard]] std::string resolved(const FileSystem& files, const std::string& path);
 
@@ -44,10 +47,17 @@ public:
     /// A new, empty book at a path where nothing is.
     static void lay(const FileSystem& files, const std::string& path, const BookTables& tables,
                     const ManagedObjectModel& model);
+    /// The same in a file that is open, and empty.
+    static void lay(Connection& connection, const BookTables& tables, const ManagedObjectModel& model,
+                    std::string_view identifier);
 
     [[nodiscard]] const std::string& path() const noexcept { return path_; }
     [[nodiscard]] const std::string& identifier() const noexcept { return identifier_; }
     [[nodiscard]] bool isWritable() const noexcept { return lock_.has_value(); }
+    /// What was done to it when it was opened.
+    [[nodiscard]] const std::optional<SQLiteStore::Migration>& migration() const noexcept {
+        return migration_;
+    }
     [[nodiscard]] const RowShapes& shapes() const noexcept { return shapes_; }
     [[nodiscard]] const BookTables& tables() const noexcept { return tables_; }
     [[nodiscard]] const CellCoding& coding() const noexcept { return coding_; }
@@ -87,11 +97,13 @@ public:
 private:
     BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options);
 
-    void connect();
+    /// False, and nothing is open, when the book has an earlier form. REQUIRES: a book of the layout.
+    [[nodiscard]] bool connect(std::uint32_t layout);
+    void requireConnected(std::uint32_t layout);
+    void bringUp(std::uint32_t layout, const SQLiteStore::Options& options);
+    void adopt(std::unique_ptr<Connection>&& connection, std::unique_ptr<Transaction>&& snapshot);
     void confirm();
-    void requireSize() const;
-    void requireSchema(Connection& connection) const;
-    void requireEntities(Connection& connection) const;
+    [[nodiscard]] bool isOfToday(Connection& connection) const;
 
     std::string path_;
     Ref<ManagedObjectModel> model_;
@@ -102,6 +114,7 @@ private:
     const FileSystem& files_;
     std::chrono::milliseconds patience_;
     std::optional<WriterLock> lock_;
+    std::optional<SQLiteStore::Migration> migration_;
     std::string identifier_;
     bool isInDoubt_ = false;
     std::unique_ptr<Connection> connection_;

@@ -54,20 +54,35 @@ void BookSalvage::lose(std::string what) {
 // Reading
 
 void BookSalvage::read(const std::string& path) {
+    std::uint32_t layout = Layout;
     try {
-        requireHead(files_, path);
+        layout = requireHead(files_, path);
     } catch (const StoreFailure& failure) {
         if (failure.code != StoreErrorCode::Damaged) throw;
         lose("The head of the file: " + failure.reason);
     }
     Connection connection(files_, path, Connection::Access::Read, options_.patience);
+    learnForm(connection, layout);
     for (const SealedTable* table : tables_.sealedTables())
-        if (table != &tables_.header && table != &tables_.entities) {
+        if (table != &tables_.header && table != &tables_.entities && storedAs(*table)) {
             readTable(connection, *table);
             compareCount(connection, *table);
         }
     if (std::ranges::all_of(rows_, [](const auto& each) { return each.second.empty(); }) && !lost_.empty())
         damaged("nothing in it can be read");
+}
+
+void BookSalvage::learnForm(Connection& connection, std::uint32_t layout) {
+    try {
+        stored_ = std::make_unique<EarlierForm>(connection, layout, tables_, form_->shapes(), *model_);
+    } catch (const StoreFailure& failure) {
+        requireDamage(failure);
+        if (failure.code == StoreErrorCode::Newer) throw;
+    }
+}
+
+const SealedTable* BookSalvage::storedAs(const SealedTable& table) const noexcept {
+    return stored_ ? stored_->stored(table) : &table;
 }
 
 void BookSalvage::readTable(Connection& connection, const SealedTable& table) {
@@ -102,14 +117,15 @@ void BookSalvage::compareCount(Connection& connection, const SealedTable& table)
 std::optional<std::int64_t> BookSalvage::readFrom(Connection& connection, const SealedTable& table,
                                                   std::int64_t first) {
     std::int64_t next = first;
+    const SealedTable& stored = *storedAs(table);
     try {
-        Statement::Use rows(connection.statement(withNumber(table)));
+        Statement::Use rows(connection.statement(withNumber(stored)));
         rows.bind(1, first);
         while (rows.next()) {
-            const std::int64_t number = rows.integer(static_cast<int>(table.columns.size()) + 1);
+            const std::int64_t number = rows.integer(static_cast<int>(stored.columns.size()) + 1);
             // A page that is shown twice must not lead in a circle.
             if (number < next) damaged("its rows are out of order");
-            take(table, number, rows);
+            take(table, stored, number, rows);
             if (number == GreatestNumber) return std::nullopt;
             next = number + 1;
         }
@@ -156,10 +172,12 @@ std::optional<std::int64_t> BookSalvage::firstReadableFrom(Connection& connectio
     return found;
 }
 
-void BookSalvage::take(const SealedTable& table, std::int64_t number, const Statement::Use& row) {
+void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std::int64_t number,
+                       const Statement::Use& row) {
     try {
         Cells cells;
-        BookFile::read(row, table, cells);
+        BookFile::read(row, stored, cells);
+        if (stored_) stored_->bring(table, Cells(cells), cells);
         requireForm(table, cells);
         for (Cell& cell : cells)
             if (!cell.bytes.empty()) cell.bytes = room_.keep(cell.bytes);

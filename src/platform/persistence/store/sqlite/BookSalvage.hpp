@@ -5,6 +5,7 @@
 
 #include "platform/persistence/store/sqlite/BookCopies.hpp"
 #include "platform/persistence/store/sqlite/BookFile.hpp"
+#include "platform/persistence/store/sqlite/EarlierForm.hpp"
 
 #include <map>
 #include <memory>
@@ -32,6 +33,10 @@ private:
     static constexpr std::size_t MostLines = 1000;
 
     void lose(std::string what);
+    /// Finds out how rows stand in the book; as they do today when nothing can be found out.
+    void learnForm(Connection& connection, std::uint32_t layout);
+    /// The table as it stands in the book; null when there is none yet.
+    [[nodiscard]] const SealedTable* storedAs(const SealedTable& table) const noexcept;
     void readTable(Connection& connection, const SealedTable& table);
     /// Tells how many rows there were, if that still can be read.
     void compareCount(Connection& connection, const SealedTable& table);
@@ -40,7 +45,8 @@ private:
                                                        std::int64_t first);
     [[nodiscard]] std::optional<std::int64_t> firstReadableFrom(Connection& connection,
                                                                 const SealedTable& table, std::int64_t first);
-    void take(const SealedTable& table, std::int64_t number, const Statement::Use& row);
+    void take(const SealedTable& table, const SealedTable& stored, std::int64_t number,
+              const Statement::Use& row);
     /// Throws a StoreFailure for cells that no row of the table has.
     void requireForm(const SealedTable& table, const Cells& cells) const;
     void cutLinks();
@@ -53,6 +59,8 @@ private:
     const SQLiteStore::Options& options_;
     /// Tells how rows stand in a book.
     std::unique_ptr<BookFile> form_;
+    /// None for a book that is damaged beyond that.
+    std::unique_ptr<EarlierForm> stored_;
     const BookTables& tables_;
     CellRoom room_;
     std::unordered_map<const SealedTable*, Rows> rows_;

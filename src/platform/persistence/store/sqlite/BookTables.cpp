@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view DigestColumn = "_digest";
 
-std::string_view typeOf(const Column& column) {
+std::string_view storageOf(const Column& column) {
     if (column.kind != Column::Kind::Attribute) return " INTEGER";
     switch (column.type) {
     case AttributeType::String:
@@ -55,6 +55,13 @@ std::string quoted(std::string_view name) {
     return '"' + std::string(name) + '"';
 }
 
+std::string typeOf(const Column& column) {
+    std::string type(storageOf(column));
+    if (column.kind == Column::Kind::Link)
+        type += " REFERENCES " + quoted(column.target) + " DEFERRABLE INITIALLY DEFERRED";
+    return type;
+}
+
 void SealedTable::writeStatements() {
     std::string list;
     std::string parameters;
@@ -72,6 +79,26 @@ void SealedTable::writeStatements() {
     insert = "INSERT INTO " + quoted(name) + " VALUES(" + parameters + digest + ")";
     update = "UPDATE " + quoted(name) + " SET " + assignments + quoted(DigestColumn) + " = " + digest + where;
     remove = "DELETE FROM " + quoted(name) + where;
+}
+
+void EntityTable::layOut() {
+    columns = {"_key", "_entity", "_version"};
+    sql = "CREATE TABLE " + quoted(name) +
+          "(\"_key\" INTEGER PRIMARY KEY, \"_entity\" INTEGER NOT NULL, \"_version\" INTEGER NOT NULL";
+    for (std::size_t index = 0; index < properties.size(); ++index) {
+        const Column& column = properties[index];
+        columns.push_back(column.name);
+        sql += ", " + quoted(column.name) + typeOf(column);
+        if (column.kind != Column::Kind::Link && !column.isIndexed) continue;
+        const bool isPlaced =
+            index + 1 < properties.size() && properties[index + 1].kind == Column::Kind::Place;
+        auto& indexes = column.kind == Column::Kind::Link ? linkIndexes : lookupIndexes;
+        indexes.push_back("CREATE INDEX " + quoted(name + "." + column.name) + " ON " + quoted(name) + "(" +
+                          quoted(column.name) + (isPlaced ? ", " + quoted(properties[index + 1].name) : "") +
+                          ") WHERE " + quoted(column.name) + " IS NOT NULL");
+    }
+    sql += ", " + quoted(DigestColumn) + " INTEGER NOT NULL)";
+    writeStatements();
 }
 
 BookTables::BookTables(const ManagedObjectModel& model, const RowShapes& shapes)
@@ -104,24 +131,7 @@ void BookTables::addTable(const EntityDescription& root, const RowShapes& shapes
     table.root = &root;
     for (const RowShape& shape : shapes.all())
         if (&shape.root() == &root) addColumns(table, shape, shapes);
-    table.columns = {"_key", "_entity", "_version"};
-    table.sql = "CREATE TABLE " + quoted(table.name) +
-                "(\"_key\" INTEGER PRIMARY KEY, \"_entity\" INTEGER NOT NULL, \"_version\" INTEGER NOT NULL";
-    for (std::size_t index = 0; index < table.properties.size(); ++index) {
-        const Column& column = table.properties[index];
-        table.columns.push_back(column.name);
-        table.sql += ", " + quoted(column.name) + std::string(typeOf(column));
-        if (column.kind != Column::Kind::Link) continue;
-        table.sql += " REFERENCES " + quoted(column.target) + " DEFERRABLE INITIALLY DEFERRED";
-        const bool isPlaced =
-            index + 1 < table.properties.size() && table.properties[index + 1].kind == Column::Kind::Place;
-        table.indexes.push_back("CREATE INDEX " + quoted(table.name + "." + column.name) + " ON " +
-                                quoted(table.name) + "(" + quoted(column.name) +
-                                (isPlaced ? ", " + quoted(table.properties[index + 1].name) : "") +
-                                ") WHERE " + quoted(column.name) + " IS NOT NULL");
-    }
-    table.sql += ", " + quoted(DigestColumn) + " INTEGER NOT NULL)";
-    table.writeStatements();
+    table.layOut();
     entityTables_.push_back(std::move(table));
 }
 
@@ -129,8 +139,7 @@ void BookTables::addColumns(EntityTable& table, const RowShape& shape, const Row
     EntityColumns& places = columns_[shape.entity().index()];
     places.table = entityTables_.size();
     // What an ancestor declares has a column already; what a sibling calls the same is named apart.
-    const auto columnFor = [&](Key property, const std::string& name, Column::Kind kind, AttributeType type,
-                               const std::string& target) {
+    const auto columnFor = [&](Key property, const std::string& name, Column column) {
         const EntityDescription& owner = declarerOf(shape.entity(), property);
         const auto sameName = [](std::string_view a, std::string_view b) {
             return std::ranges::equal(a, b, [](char one, char other) { return (one | 32) == (other | 32); });
@@ -146,7 +155,10 @@ void BookTables::addColumns(EntityTable& table, const RowShape& shape, const Row
             if (taken && table.properties[*taken].owner == &owner && table.properties[*taken].name == wanted)
                 return EntityTable::FirstProperty + *taken;
             if (taken) continue;
-            table.properties.push_back({wanted, kind, type, &owner, target});
+            column.name = wanted;
+            column.property = name;
+            column.owner = &owner;
+            table.properties.push_back(std::move(column));
             break;
         }
         return EntityTable::FirstProperty + table.properties.size() - 1;
@@ -156,15 +168,16 @@ void BookTables::addColumns(EntityTable& table, const RowShape& shape, const Row
             places.values.emplace_back();
         else
             places.values.emplace_back(columnFor(attribute.name, std::string(attribute.name.name()),
-                                                 Column::Kind::Attribute, attribute.type, {}));
+                                                 {.type = attribute.type, .isIndexed = attribute.isIndexed}));
     }
     for (const StoredLink& link : shape.links()) {
         const Key name = link.relationship->name;
         EntityColumns::Link& place = places.links.emplace_back();
-        place.target = columnFor(name, std::string(name.name()), Column::Kind::Link, {},
-                                 std::string(shapes.of(*link.relationship->destinationEntity).root().name()));
+        const EntityDescription& target = shapes.of(*link.relationship->destinationEntity).root();
+        place.target = columnFor(name, std::string(name.name()),
+                                 {.kind = Column::Kind::Link, .target = std::string(target.name())});
         if (link.isPlaced)
-            place.place = columnFor(name, detail::placeName(link), Column::Kind::Place, {}, {});
+            place.place = columnFor(name, detail::placeName(link), {.kind = Column::Kind::Place});
     }
 }
 
@@ -187,18 +200,26 @@ std::vector<const SealedTable*> BookTables::sealedTables() const {
     return tables;
 }
 
-std::vector<std::string> BookTables::schema() const {
+std::vector<std::string> BookTables::schemaBesideRows() const {
     std::vector<std::string> schema{
         "CREATE TABLE " + quoted(Sums) +
         "(\"name\" TEXT NOT NULL, \"rows\" INTEGER NOT NULL, \"digests\" INTEGER NOT NULL)"};
-    for (const SealedTable* table : sealedTables()) schema.push_back(table->sql);
+    for (const SealedTable* table : {&header, &entities, &commits, &journal, &identifiers, &metadata})
+        schema.push_back(table->sql);
     schema.emplace_back("CREATE UNIQUE INDEX \"book_sum.name\" ON \"book_sum\"(\"name\")");
     schema.emplace_back("CREATE UNIQUE INDEX \"book_commit.token\" ON \"book_commit\"(\"token\")");
     schema.emplace_back("CREATE INDEX \"book_journal.commit\" ON \"book_journal\"(\"commit\")");
     schema.emplace_back("CREATE INDEX \"book_journal.key\" ON \"book_journal\"(\"key\")");
     schema.emplace_back("CREATE UNIQUE INDEX \"book_metadata.name\" ON \"book_metadata\"(\"name\")");
+    return schema;
+}
+
+std::vector<std::string> BookTables::schema() const {
+    std::vector<std::string> schema = schemaBesideRows();
+    for (const EntityTable& table : entityTables_) schema.push_back(table.sql);
     for (const EntityTable& table : entityTables_)
-        schema.insert(schema.end(), table.indexes.begin(), table.indexes.end());
+        for (const auto* indexes : {&table.linkIndexes, &table.lookupIndexes})
+            schema.insert(schema.end(), indexes->begin(), indexes->end());
     return schema;
 }
 

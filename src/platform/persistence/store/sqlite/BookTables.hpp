@@ -15,19 +15,23 @@ namespace estatebook::platform::sqlite {
 
 /// "EBK1"
 inline constexpr std::uint32_t ApplicationId = 0x45424b31;
-inline constexpr std::uint32_t Layout = 1;
+inline constexpr std::uint32_t Layout = 2;
 
 struct Column {
     enum class Kind : std::uint8_t { Attribute, Link, Place };
 
-    std::string name;
+    std::string name{};
+    /// What the entity calls it: the name, unless that had to be told apart from a sibling's.
+    std::string property{};
     Kind kind = Kind::Attribute;
     /// Of an attribute.
     AttributeType type = AttributeType::Any;
     /// The entity that declares the property.
     const EntityDescription* owner = nullptr;
     /// Of a link: the table it leads to.
-    std::string target;
+    std::string target{};
+    /// Of an attribute: whether rows are looked up by it.
+    bool isIndexed = false;
 };
 
 /// A table whose rows each end with their digest.
@@ -56,7 +60,13 @@ struct EntityTable : SealedTable {
     const EntityDescription* root = nullptr;
     /// What stands from FirstProperty on.
     std::vector<Column> properties;
-    std::vector<std::string> indexes;
+    /// Over links, by which members are found.
+    std::vector<std::string> linkIndexes;
+    /// Over attributes by which rows are looked up.
+    std::vector<std::string> lookupIndexes;
+
+    /// Writes all that follows from the name and the properties.
+    void layOut();
 };
 
 /// Where an entity's values stand.
@@ -95,6 +105,8 @@ public:
     [[nodiscard]] std::vector<const SealedTable*> sealedTables() const;
     /// All that a book's schema consists of, in the order of its making.
     [[nodiscard]] std::vector<std::string> schema() const;
+    /// What of it is the same for every model.
+    [[nodiscard]] std::vector<std::string> schemaBesideRows() const;
 
     SealedTable header;
     SealedTable entities;
@@ -116,5 +128,7 @@ private:
 
 /// In double quotes, as the data base names things.
 [[nodiscard]] std::string quoted(std::string_view name);
+/// What the table says of a column behind its name.
+[[nodiscard]] std::string typeOf(const Column& column);
 
 } // namespace estatebook::platform::sqlite

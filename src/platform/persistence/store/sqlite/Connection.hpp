@@ -65,6 +65,9 @@ public:
     /// Copy: as Read, but able to write a copy elsewhere.
     enum class Access : std::uint8_t { Read, Copy, Write, Create };
 
+    /// The path of a data base that is in no file.
+    static constexpr std::string_view InMemory = ":memory:";
+
     /// Throws a StoreFailure, as everything here.
     Connection(const FileSystem& files, const std::string& path, Access access,
                std::chrono::milliseconds patience);

@@ -62,6 +62,9 @@ public:
         }
         return result == 0 ? std::error_code() : lastError();
     }
+    std::error_code replace(const std::string& from, const std::string& to) const override {
+        return std::rename(from.c_str(), to.c_str()) == 0 ? std::error_code() : lastError();
+    }
     std::error_code makeFolder(const std::string& path) const override {
         std::error_code error;
         files::create_directory(path, error);

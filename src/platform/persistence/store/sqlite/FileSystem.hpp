@@ -39,6 +39,8 @@ public:
     virtual void remove(const std::string& path) const = 0;
     /// Replaces nothing that bears the name already: file_exists.
     [[nodiscard]] virtual std::error_code rename(const std::string& from, const std::string& to) const = 0;
+    /// In place of whatever bears the name.
+    [[nodiscard]] virtual std::error_code replace(const std::string& from, const std::string& to) const = 0;
     /// Nothing happens when the folder is there.
     [[nodiscard]] virtual std::error_code makeFolder(const std::string& path) const = 0;
     /// The names in a folder, in no order; none when there is no such folder.

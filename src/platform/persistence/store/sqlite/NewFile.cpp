@@ -40,11 +40,12 @@ StoreFailure unreadable(std::string_view what, const std::error_code& error) {
 }
 
 NewFile::NewFile(const FileSystem& files, const std::string& path, Makers makers)
-    : files_(files), path_(resolvedNew(files, path)), draft_(path_), isDraftOurs_(makers == Makers::Many) {
+    : files_(files), path_(resolvedNew(files, path)), draft_(path_), makers_(makers),
+      isDraftOurs_(makers == Makers::Many) {
     constexpr std::size_t Distinct = 8;
     if (makers == Makers::Many) draft_ += "." + detail::newStoreIdentifier().substr(0, Distinct);
     draft_ += ".new";
-    requireNothingAt(files_, path_);
+    if (makers != Makers::Replacer) requireNothingAt(files_, path_);
 }
 
 NewFile::~NewFile() {
@@ -57,12 +58,27 @@ void NewFile::removeDraft() {
     files_.remove(draft_ + "-journal");
 }
 
+// The journal of the file that goes must never be taken for that of the new one. And while there is none, the first save makes one
+// and syncs the folder for it: so the new name is safe before anything is saved under it, even if it is not now.
+void NewFile::clearJournal() const {
+    const std::string journal = path_ + "-journal";
+    if (files_.sizeOf(journal) > 0) throw StoreFailure{StoreErrorCode::Busy, "a save of it is not finished"};
+    files_.remove(journal);
+    if (files_.isTaken(journal))
+        throw StoreFailure{StoreErrorCode::Unreadable, "its journal cannot be removed"};
+    if (const std::error_code error = files_.syncFolderOf(path_))
+        throw unreadable("its folder cannot be written", error);
+}
+
 void NewFile::settle() {
     if (const std::error_code error = files_.syncFile(draft_))
         throw unreadable("it cannot be written", error);
-    const std::error_code error = files_.rename(draft_, path_);
+    if (makers_ == Makers::Replacer) clearJournal();
+    const std::error_code error =
+        makers_ == Makers::Replacer ? files_.replace(draft_, path_) : files_.rename(draft_, path_);
     if (error == std::errc::file_exists) requireNothingAt(files_, path_);
     if (error) throw unreadable("it cannot be given its name", error);
+    isNamed_ = true;
     if (const std::error_code lost = files_.syncFolderOf(path_))
         throw unreadable("its folder cannot be written", lost);
 }

@@ -17,9 +17,10 @@ struct StoreFailure;
 class NewFile {
 public:
     /// Whether only one program at a time makes a file of this name, so that a draft of it is left over from an earlier try.
-    enum class Makers : std::uint8_t { One, Many };
+    /// A replacer is one that moreover has the right to write the book that bears the name.
+    enum class Makers : std::uint8_t { One, Many, Replacer };
 
-    /// Throws a StoreFailure when something bears the name, or no file can be made there.
+    /// Throws a StoreFailure when something bears the name that is not to be replaced, or no file can be made there.
     NewFile(const FileSystem& files, const std::string& path, Makers makers = Makers::Many);
     /// What was not settled is gone.
     ~NewFile();
@@ -35,12 +36,18 @@ public:
     void removeDraft();
     /// Gives it its name for good. Throws a StoreFailure. REQUIRES: nobody has the draft open.
     void settle();
+    /// Whether it bears its name by now, though nobody may know whether it does so for good.
+    [[nodiscard]] bool isNamed() const noexcept { return isNamed_; }
 
 private:
+    void clearJournal() const;
+
     const FileSystem& files_;
     std::string path_;
     std::string draft_;
+    Makers makers_;
     bool isDraftOurs_;
+    bool isNamed_ = false;
 };
 
 /// What the file system could not do.

@@ -17,7 +17,7 @@ namespace {
 
 using namespace sqlite;
 
-/// Hands all rows of a statement to a visitor, those that match.
+/// Hands all rows of a statement, in the order of their keys, to a visitor, those that match.
 std::size_t visit(BookFile& file, const EntityTable& table, Statement::Use& rows,
                   const Store::RowVisitor& visitor, const std::function<bool(const Row&)>& matches = {}) {
     Cells cells;
@@ -25,7 +25,10 @@ std::size_t visit(BookFile& file, const EntityTable& table, Statement::Use& rows
     std::size_t count = 0;
     while (rows.next()) {
         BookFile::read(rows, table, cells);
+        const RowKey last = row.key;
         file.decode(table, cells, row);
+        // A damaged index may lead to one row twice.
+        if (row.key <= last) damaged("the rows of its table \"" + table.name + "\" are out of order");
         if (matches && !matches(row)) continue;
         visitor(row);
         ++count;
@@ -85,6 +88,10 @@ std::string_view SQLiteStore::location() const noexcept {
 
 std::string_view SQLiteStore::identifier() const noexcept {
     return file_->identifier();
+}
+
+const std::optional<SQLiteStore::Migration>& SQLiteStore::migration() const noexcept {
+    return file_->migration();
 }
 
 StoreCapabilities SQLiteStore::capabilities() const noexcept {

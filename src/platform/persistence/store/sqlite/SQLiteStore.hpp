@@ -13,6 +13,10 @@
 /// A file that is no book, that a newer program wrote or that is damaged is refused and left as it is. Each row that is read
 /// is compared with its digest; `check` compares everything.
 ///
+/// A book that an earlier program wrote is brought up to date when it is opened for writing: a copy is kept (BookCopies), and a
+/// new file with all that it holds takes its place; `migration` tells. Opened for reading it stays as it is, and is read into memory
+/// as a whole, which takes time and room as it holds rows.
+///
 /// The trap: while a book is open, do not open its file by another way than this, not even to copy it: the kernel drops a
 /// process's locks on a file when the process closes it anywhere. docs/book-file.md describes the file.
 
@@ -20,7 +24,9 @@
 #include "platform/persistence/store/Store.hpp"
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,10 +53,18 @@ public:
         const sqlite::FileSystem* fileSystem = nullptr;
     };
 
+    /// How an earlier book was brought up to date.
+    struct Migration {
+        /// This program's own when only the model has grown.
+        std::uint32_t fromLayout = 0;
+        /// The path of the book as it was.
+        std::string copy;
+    };
+
     /// A new, empty book. Exists when there is something at the path; it appears there complete or not at all.
     [[nodiscard]] static StoreResult<Ref<SQLiteStore>>
     create(const std::string& path, Ref<ManagedObjectModel> model, const Options& options);
-    /// A book that is there. Takes the same time however much it holds.
+    /// A book that is there. Takes the same time however much it holds, unless an earlier program wrote it.
     [[nodiscard]] static StoreResult<Ref<SQLiteStore>>
     open(const std::string& path, Ref<ManagedObjectModel> model, const Options& options);
 
@@ -82,6 +96,9 @@ public:
     [[nodiscard]] StoreResult<std::vector<JournalEntry>> journalOfRow(const EntityDescription& entity,
                                                                       RowKey key) const override;
     [[nodiscard]] StoreResult<std::vector<JournalEntry>> journalOfCommit(std::int64_t number) const override;
+
+    /// None when the book was up to date when it was opened, or is only read.
+    [[nodiscard]] const std::optional<Migration>& migration() const noexcept;
 
     /// Everything there is to compare: the pages of the file, links, the digest of each row, the count and sum of each table,
     /// the form of each value, the order of ordered members. A line for each thing found; none for a sound book.

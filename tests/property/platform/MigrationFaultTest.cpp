@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+
+// The power fails, or a call of the disk does, at each operation while a book of an earlier program is brought up to date and then
+// saved. It is there as it was or up to date, complete, with all that it held; and it can be brought up to date afterwards.
+
+#include "support/EarlierModel.hpp"
+#include "support/Effort.hpp"
+#include "support/HeldClock.hpp"
+#include "support/Platter.hpp"
+#include "support/StoreScript.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <vector>
+
+namespace estatebook::platform {
+namespace {
+
+using test::bookModel;
+using test::DiskContent;
+using test::DiskOperation;
+using test::EarlierModel;
+using test::MemoryDisk;
+using test::Platter;
+using test::StoreScript;
+
+const std::string Path = "/book.estatebook";
+
+class MigrationFaultTest : public testing::Test {
+protected:
+    std::uint64_t seed = test::anySeed();
+    std::mt19937_64 random{seed};
+    const testkit::HeldClock clock{Date{800000000}};
+    Ref<ManagedObjectModel> model;
+    /// The disk with a book that a program of the model wrote.
+    DiskContent earlier;
+    std::string content;
+    MemoryDisk disk;
+
+    /// With some saves by chance.
+    void makeEarlier() {
+        model = EarlierModel::any(random()).make();
+        // There must be something to do.
+        if (isUpToDate()) model = EarlierModel{.withoutEntities = {"State"}}.make();
+        StoreScript script(random(), StoreScript::Manner::Sound, model);
+        disk.load({});
+        {
+            const auto twin = InMemoryStore::make(model);
+            const auto store = *SQLiteStore::create(Path, model, {.fileSystem = &disk});
+            for (int saves = 0; saves < 6;) {
+                const StoreChanges changes = script.changes(*twin);
+                if (const auto taken = twin->save(changes); !taken || !taken->landed()) continue;
+                ASSERT_TRUE(store->save(changes)->landed());
+                ++saves;
+            }
+            content = test::contentAs(*model, *store);
+        }
+        earlier = disk.content();
+    }
+    [[nodiscard]] bool isUpToDate() const {
+        MemoryDisk other;
+        { const auto store = *SQLiteStore::create(Path, model, {.fileSystem = &other}); }
+        return !(*SQLiteStore::open(Path, bookModel(), {.fileSystem = &other}))->migration();
+    }
+
+    StoreResult<Ref<SQLiteStore>> open(SQLiteStore::Access access) {
+        return SQLiteStore::open(Path, bookModel(), {.access = access, .fileSystem = &disk});
+    }
+    /// What a sound book holds, as a reader of today finds it.
+    std::string contentNow() {
+        const auto store = open(SQLiteStore::Access::Read);
+        if (!store) return store.error().message;
+        const auto findings = (*store)->check();
+        if (!findings) return findings.error().message;
+        return findings->empty() ? test::contentAs(*model, **store) : findings->front();
+    }
+    /// Brings it up to date and looks at it.
+    void expectUpToDate(const std::string& expected) {
+        {
+            const auto store = open(SQLiteStore::Access::Write);
+            ASSERT_TRUE(store) << store.error().message;
+            ASSERT_EQ(test::contentAs(*model, **store), expected);
+            ASSERT_THAT(*(*store)->check(), testing::IsEmpty());
+        }
+        for (const auto& [name, bytes] : disk.content()) {
+            ASSERT_FALSE(name.starts_with(Path + ".new")) << name;
+            if (!name.starts_with("/book.copies/") || !name.ends_with(".estatebook")) continue;
+            const auto copy =
+                SQLiteStore::open(name, model, {.access = SQLiteStore::Access::Read, .fileSystem = &disk});
+            ASSERT_TRUE(copy) << copy.error().message;
+            ASSERT_EQ(test::contentAs(*model, **copy), content) << name;
+        }
+    }
+    static StoreChanges someSave(const Store& store) {
+        StoreChanges changes = test::newChanges();
+        changes.metadata = {{"note", "after"}};
+        static_cast<void>(store);
+        return changes;
+    }
+};
+
+TEST_F(MigrationFaultTest, WhatAnyEarlierModelWroteIsThereAfterwards) {
+    for (std::uint64_t count = test::effort("ESTATEBOOK_MIGRATIONS", 60, 10); count > 0; --count) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        makeEarlier();
+        if (HasFatalFailure()) return;
+        ASSERT_EQ(contentNow(), content) << "read as it is";
+        expectUpToDate(content);
+        if (HasFatalFailure()) return;
+        ASSERT_FALSE((*open(SQLiteStore::Access::Write))->migration());
+    }
+}
+
+TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    makeEarlier();
+    if (HasFatalFailure()) return;
+    std::vector<DiskOperation> operations;
+    std::size_t begun = 0;
+    std::size_t migrated = 0;
+    std::string after;
+    disk.log = &operations;
+    {
+        const auto store = *open(SQLiteStore::Access::Write);
+        ASSERT_TRUE(store->migration());
+        migrated = operations.size();
+        ASSERT_TRUE(store->save(someSave(*store))->landed());
+        begun = migrated;
+        disk.log = nullptr;
+        after = test::contentAs(*model, *store);
+    }
+    const std::uint64_t tries = test::effort("ESTATEBOOK_COPY_LOSSES", 8, 1);
+    Platter platter(earlier);
+    for (std::size_t count = 0; count <= operations.size(); ++count) {
+        if (count > 0) platter.apply(operations[count - 1]);
+        for (std::uint64_t each = 0; each < tries; ++each) {
+            SCOPED_TRACE("after operation " + std::to_string(count) + " of " +
+                         std::to_string(operations.size()) + ", up to date after " +
+                         std::to_string(migrated));
+            disk.load(platter.afterPowerLoss(random));
+            const std::string found = contentNow();
+            if (count == operations.size()) {
+                ASSERT_EQ(found, after) << "what was acknowledged is gone";
+            } else if (count <= begun) {
+                ASSERT_EQ(found, content);
+            } else {
+                ASSERT_TRUE(found == content || found == after) << found;
+            }
+            if (count >= migrated) {
+                const auto store = open(SQLiteStore::Access::Write);
+                ASSERT_TRUE(store) << store.error().message;
+                ASSERT_FALSE((*store)->migration()) << "it was up to date already";
+            }
+            if (each == 0) expectUpToDate(found);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST_F(MigrationFaultTest, ACallThatFailsIsToldAndTheBookIsThere) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    makeEarlier();
+    if (HasFatalFailure()) return;
+    std::uint64_t call = 0;
+    for (std::uint64_t failing = 0;;
+         failing += 1 + random() % test::effort("ESTATEBOOK_COPY_FAULTS", 4, 40)) {
+        SCOPED_TRACE("call " + std::to_string(failing));
+        disk.load(earlier);
+        call = 0;
+        const bool isFull = random() % 2 == 0;
+        const bool isSticky = random() % 2 == 0;
+        disk.fault = [&](MemoryDisk::Call) {
+            const bool fails = isSticky ? call >= failing : call == failing;
+            ++call;
+            if (!fails) return MemoryDisk::Fault::None;
+            return isFull ? MemoryDisk::Fault::Full : MemoryDisk::Fault::Fails;
+        };
+        {
+            const auto opened = open(SQLiteStore::Access::Write);
+            disk.fault = nullptr;
+            if (opened) {
+                ASSERT_EQ(test::contentAs(*model, **opened), content);
+            }
+        }
+        ASSERT_EQ(contentNow(), content);
+        expectUpToDate(content);
+        if (HasFatalFailure()) return;
+        if (call <= failing) break;
+    }
+}
+
+TEST_F(MigrationFaultTest, WithoutRoomTheBookStaysAndNothingFillsTheDisk) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    makeEarlier();
+    if (HasFatalFailure()) return;
+    const auto sizeOf = [](const DiskContent& files) {
+        std::size_t size = 0;
+        for (const auto& [name, bytes] : files) size += bytes.size();
+        return size;
+    };
+    // For the copy there is room, for the new book there is not.
+    for (const std::size_t share : {1, 5, 15, 25}) {
+        disk.load(earlier);
+        disk.capacity = sizeOf(earlier) + sizeOf(earlier) * share / 10;
+        for (int attempt = 0; attempt < 3; ++attempt) {
+            const auto opened = open(SQLiteStore::Access::Write);
+            if (opened) break;
+            ASSERT_EQ(opened.error().code, StoreErrorCode::Full) << opened.error().message;
+            ASSERT_EQ(disk.content(), earlier);
+        }
+        disk.capacity = SIZE_MAX;
+        expectUpToDate(content);
+        if (HasFatalFailure()) return;
+    }
+}
+
+} // namespace
+} // namespace estatebook::platform
