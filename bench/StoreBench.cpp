@@ -516,6 +516,100 @@ void findPlain(benchmark::State& state) {
     }
 }
 
+// Finding by name
+
+/// Names of settings, none of them twice. An odd step leads through them in an order that no cache foresees.
+std::string nameOf(std::int64_t number) {
+    return "Setting " + std::to_string(number);
+}
+class Names {
+public:
+    explicit Names(std::int64_t count) : count_(count) {}
+    [[nodiscard]] std::string next() {
+        at_ = (at_ + 7919) % count_;
+        return nameOf(at_);
+    }
+
+private:
+    std::int64_t count_;
+    std::int64_t at_ = 0;
+};
+
+/// A book of nothing but settings, and its plain twin.
+struct NamedFiles {
+    Folder folder;
+    std::int64_t rows = rowCount();
+
+    NamedFiles() {
+        {
+            const auto context = contextOn(folder.book());
+            for (std::int64_t number = 0; number < rows; ++number)
+                context->insertNewObject<TKState>("State")->setName(String::make(nameOf(number)));
+            if (!context->save()) throw std::runtime_error("the book cannot be saved");
+        }
+        layOut(folder.plain(), folder.book());
+        const Database from = opened(folder.book());
+        run(from.get(),
+            "ATTACH '" + folder.plain() + "' AS plain; INSERT INTO plain.State SELECT * FROM State");
+    }
+    static const NamedFiles& get() {
+        static const NamedFiles files;
+        return files;
+    }
+};
+
+void findByNameInStore(benchmark::State& state) {
+    const NamedFiles& files = NamedFiles::get();
+    const auto context = contextOn(files.folder.book());
+    const Store& store = *context->persistentStoreCoordinator()->persistentStore();
+    const EntityDescription& entity = *store.model().entityNamed("State");
+    Names names(files.rows);
+    for (auto _ : state) {
+        const auto found = store.fetchRows(
+            entity, Predicate::predicateWithFormat("name = %@", Value(String::make(names.next()))),
+            [](const Row& row) { benchmark::DoNotOptimize(row.key); });
+        if (!found || *found != 1) throw std::runtime_error("a setting is not found");
+    }
+}
+void findByNameOverLive(benchmark::State& state) {
+    const NamedFiles& files = NamedFiles::get();
+    const auto context = contextOn(files.folder.book());
+    const auto all = context->fetchAll<TKState>("State");
+    for (const auto& each : all) benchmark::DoNotOptimize(each->name());
+    Names names(files.rows);
+    for (auto _ : state) {
+        const auto found = context->executeFetchRequest(
+            {"State", Predicate::predicateWithFormat("name = %@", Value(String::make(names.next())))});
+        if (!found || found->size() != 1) throw std::runtime_error("a setting is not found");
+    }
+}
+void findByNamePlainly(benchmark::State& state, const char* column) {
+    const NamedFiles& files = NamedFiles::get();
+    const Database database = opened(files.folder.plain());
+    const auto rows = prepared(database.get(), std::string("SELECT * FROM \"State\" WHERE ") + column +
+                                                   " = ?1 ORDER BY \"_key\"");
+    const int count = sqlite3_column_count(rows.get());
+    Names names(files.rows);
+    for (auto _ : state) {
+        const std::string name = names.next();
+        sqlite3_bind_text(rows.get(), 1, name.data(), static_cast<int>(name.size()), SQLITE_STATIC);
+        int found = 0;
+        while (sqlite3_step(rows.get()) == SQLITE_ROW) {
+            requireDigest(rows.get(), count);
+            ++found;
+        }
+        sqlite3_reset(rows.get());
+        if (found != 1) throw std::runtime_error("a setting is not found");
+    }
+}
+void findByNameIndexed(benchmark::State& state) {
+    findByNamePlainly(state, "\"name\"");
+}
+/// What is reckoned with is looked up in no index.
+void findByNameScanned(benchmark::State& state) {
+    findByNamePlainly(state, "+\"name\"");
+}
+
 BENCHMARK(insertOurs)->Name("StoreInsert/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK(insertPlain)->Name("StoreInsert/peer_sqlite")->Unit(benchmark::kMillisecond);
 BENCHMARK(openOurs)->Name("StoreOpen/ours")->Unit(benchmark::kMicrosecond);
@@ -530,5 +624,9 @@ BENCHMARK(sumLive)->Name("StoreSumOfLive/ours")->Unit(benchmark::kMillisecond);
 BENCHMARK(sumPlain)->Name("StoreSumOfLive/peer_sqlite")->Unit(benchmark::kMillisecond);
 BENCHMARK(findOurs)->Name("StoreFind/ours")->Unit(benchmark::kMicrosecond);
 BENCHMARK(findPlain)->Name("StoreFind/peer_sqlite_scan")->Unit(benchmark::kMicrosecond);
+BENCHMARK(findByNameInStore)->Name("StoreFindByName/ours")->Unit(benchmark::kMicrosecond);
+BENCHMARK(findByNameIndexed)->Name("StoreFindByName/peer_sqlite")->Unit(benchmark::kMicrosecond);
+BENCHMARK(findByNameOverLive)->Name("StoreFindByNameOverLive/ours")->Unit(benchmark::kMicrosecond);
+BENCHMARK(findByNameScanned)->Name("StoreFindByNameOverLive/peer_sqlite_scan")->Unit(benchmark::kMicrosecond);
 
 } // namespace
