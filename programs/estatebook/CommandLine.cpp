@@ -170,6 +170,10 @@ private:
         restore->add_option("COPY", restore_.copy, "The copy")->required()->option_text(" ");
         restore->add_option("--to", restore_.file, "The new book file")->required()->option_text("NEW");
 
+        CLI::App* migrate = add("migrate", "Bring a book file of an earlier version up to date",
+                                [this] { migrateBook(migratedFile_, std::cout); });
+        addFile(*migrate, migratedFile_, "The book file");
+
         CLI::App* info = add("info", "Tell what a book file holds, and who saved it last",
                              [this] { printInfo(describedFile_, std::cout); });
         addFile(*info, describedFile_, "The book file");
@@ -265,6 +269,7 @@ private:
     CheckOptions check_;
     BackupOptions backup_;
     RestoreOptions restore_;
+    std::string migratedFile_;
     std::string describedFile_;
     /// The books of all commands that print from one; that of the given command is not empty.
     std::vector<const std::string*> books_;

@@ -16,6 +16,7 @@
 
 #include <cctype>
 #include <filesystem>
+#include <iostream>
 #include <optional>
 #include <system_error>
 
@@ -161,9 +162,14 @@ StoredBook StoredBook::openForReading(const std::string& path) {
 }
 
 StoredBook StoredBook::openForWriting(const std::string& path, std::string_view command) {
-    return opened(path, command, [&](const auto& model, const SQLiteStore::Options& options) {
+    StoredBook book = opened(path, command, [&](const auto& model, const SQLiteStore::Options& options) {
         return SQLiteStore::open(path, model, options);
     });
+    if (const auto& migration = book.store->migration())
+        std::cerr << fmt::format(
+            "{}: an earlier version wrote it; it is up to date now, and is kept as it was in {}\n", book.file,
+            forMessage(migration->copy, LongestName));
+    return book;
 }
 
 StoredBook StoredBook::create(const std::string& path, std::string_view command) {

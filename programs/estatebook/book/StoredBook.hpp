@@ -49,7 +49,8 @@ struct StoredBook {
 
     /// As it is now, however long it is read. Throws Failure.
     [[nodiscard]] static StoredBook openForReading(const std::string& path);
-    /// Nobody else may write it meanwhile; they are told the command. Saves of the context go under the command, too. Throws Failure.
+    /// Nobody else may write it meanwhile; they are told the command. Saves of the context go under the command, too. A book of an
+    /// earlier version is brought up to date, which is told on standard error. Throws Failure.
     [[nodiscard]] static StoredBook openForWriting(const std::string& path, std::string_view command);
     /// A new one, to be written. Throws Failure.
     [[nodiscard]] static StoredBook create(const std::string& path, std::string_view command);

@@ -117,6 +117,8 @@ void watchArrears(const BookOptions& options, std::ostream& out);
 void initBook(const InitOptions& options);
 /// Takes a document into a new book, or into an empty one.
 void importBook(const ImportOptions& options);
+/// Brings a book file of an earlier version up to date.
+void migrateBook(const std::string& file, std::ostream& out);
 /// Prints a book as a document.
 void exportBook(const ExportOptions& options, std::ostream& out);
 /// Prints a line for each thing that is wrong with a book file, or that nothing is.

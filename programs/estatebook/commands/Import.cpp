@@ -2,6 +2,7 @@
 #include "estatebook/commands/Commands.hpp"
 
 #include "estatebook/book/DocumentFile.hpp"
+#include "estatebook/book/KeptCopies.hpp"
 #include "estatebook/book/NewBook.hpp"
 #include "estatebook/book/StoredBook.hpp"
 #include "estatebook/document/JsonText.hpp"
@@ -47,6 +48,8 @@ void importIntoEmpty(const ImportOptions& options) {
     requireEmpty(book);
     TimeZone::setDefaultTimeZone(book.timeZone());
     const DocumentFile content = read(options.document);
+    keepCopyOfToday(book);
+    keepCopyBefore(platform::BookCopies::Occasion::Import, book);
     book.take(content.document, "import");
     book.save();
 }
