@@ -15,6 +15,7 @@ import tempfile
 
 HERE = pathlib.Path(__file__).resolve().parent
 EXAMPLES = HERE.parents[1] / "examples"
+SAMPLES = HERE.parent / "books"
 TIMEOUT_SECONDS = 120
 ENVIRONMENT = {"TZ": "UTC", "LC_ALL": "en_GB.UTF-8", "HOME": "/nonexistent"}
 # What may be taken over from the caller: settings of the sanitizers.
@@ -119,6 +120,7 @@ def check(path, program, books, update):
     with tempfile.TemporaryDirectory(prefix="golden-") as folder:
         os.symlink(books, os.path.join(folder, "books"))
         os.symlink(EXAMPLES, os.path.join(folder, "examples"))
+        os.symlink(SAMPLES, os.path.join(folder, "samples"))
         try:
             actual = replay(expected, folder, program)
         except Malformed as trouble:

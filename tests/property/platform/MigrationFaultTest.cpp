@@ -86,7 +86,8 @@ protected:
             ASSERT_THAT(*(*store)->check(), testing::IsEmpty());
         }
         for (const auto& [name, bytes] : disk.content()) {
-            ASSERT_FALSE(name.starts_with(Path + ".new")) << name;
+            // A journal that could not be removed is empty.
+            ASSERT_TRUE(!name.starts_with(Path + ".new") || bytes.empty()) << name;
             if (!name.starts_with("/book.copies/") || !name.ends_with(".estatebook")) continue;
             const auto copy =
                 SQLiteStore::open(name, model, {.access = SQLiteStore::Access::Read, .fileSystem = &disk});
@@ -94,10 +95,9 @@ protected:
             ASSERT_EQ(test::contentAs(*model, **copy), content) << name;
         }
     }
-    static StoreChanges someSave(const Store& store) {
+    static StoreChanges someSave() {
         StoreChanges changes = test::newChanges();
         changes.metadata = {{"note", "after"}};
-        static_cast<void>(store);
         return changes;
     }
 };
@@ -119,7 +119,6 @@ TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
     makeEarlier();
     if (HasFatalFailure()) return;
     std::vector<DiskOperation> operations;
-    std::size_t begun = 0;
     std::size_t migrated = 0;
     std::string after;
     disk.log = &operations;
@@ -127,12 +126,11 @@ TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
         const auto store = *open(SQLiteStore::Access::Write);
         ASSERT_TRUE(store->migration());
         migrated = operations.size();
-        ASSERT_TRUE(store->save(someSave(*store))->landed());
-        begun = migrated;
+        ASSERT_TRUE(store->save(someSave())->landed());
         disk.log = nullptr;
         after = test::contentAs(*model, *store);
     }
-    const std::uint64_t tries = test::effort("ESTATEBOOK_COPY_LOSSES", 8, 1);
+    const std::uint64_t tries = test::effort("ESTATEBOOK_MIGRATION_LOSSES", 4, 1);
     Platter platter(earlier);
     for (std::size_t count = 0; count <= operations.size(); ++count) {
         if (count > 0) platter.apply(operations[count - 1]);
@@ -144,7 +142,7 @@ TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
             const std::string found = contentNow();
             if (count == operations.size()) {
                 ASSERT_EQ(found, after) << "what was acknowledged is gone";
-            } else if (count <= begun) {
+            } else if (count <= migrated) {
                 ASSERT_EQ(found, content);
             } else {
                 ASSERT_TRUE(found == content || found == after) << found;
@@ -166,7 +164,7 @@ TEST_F(MigrationFaultTest, ACallThatFailsIsToldAndTheBookIsThere) {
     if (HasFatalFailure()) return;
     std::uint64_t call = 0;
     for (std::uint64_t failing = 0;;
-         failing += 1 + random() % test::effort("ESTATEBOOK_COPY_FAULTS", 4, 40)) {
+         failing += 1 + random() % test::effort("ESTATEBOOK_MIGRATION_FAULTS", 5, 40)) {
         SCOPED_TRACE("call " + std::to_string(failing));
         disk.load(earlier);
         call = 0;

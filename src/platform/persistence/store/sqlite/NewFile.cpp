@@ -64,6 +64,7 @@ void NewFile::clearJournal() const {
     const std::string journal = path_ + "-journal";
     if (files_.sizeOf(journal) > 0) throw StoreFailure{StoreErrorCode::Busy, "a save of it is not finished"};
     files_.remove(journal);
+    files_.remove(draft_ + "-journal");
     if (files_.isTaken(journal))
         throw StoreFailure{StoreErrorCode::Unreadable, "its journal cannot be removed"};
     if (const std::error_code error = files_.syncFolderOf(path_))
