@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook-desktop/DesktopProgram.hpp"
+
+#include "estatebook-desktop/screenshots/Screenshots.hpp"
+#include "estatebook-desktop/window/Appearance.hpp"
+#include "estatebook-desktop/window/MainWindow.hpp"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+namespace estatebook::desktop {
+
+int runDesktop(int argumentCount, char** arguments) {
+    QApplication application(argumentCount, arguments);
+    QApplication::setOrganizationName(QStringLiteral("EstateBook"));
+    QApplication::setApplicationName(QStringLiteral("estatebook-desktop"));
+    QApplication::setApplicationDisplayName(QStringLiteral("EstateBook"));
+    QApplication::setApplicationVersion(QStringLiteral(ESTATEBOOK_VERSION));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QCoreApplication::translate("Program", "Keeps the books of rental properties."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument(QStringLiteral("book"), QCoreApplication::translate("Program", "The book to open."),
+                                 QStringLiteral("[book]"));
+    const QCommandLineOption appearanceOption(
+        QStringLiteral("appearance"),
+        QCoreApplication::translate("Program", "system, light or dark; else what the desktop says."),
+        QStringLiteral("name"), QStringLiteral("system"));
+    const QCommandLineOption picturesOption(
+        QStringLiteral("screenshots"),
+        QCoreApplication::translate("Program", "Make a picture of each window in the folder, and end."),
+        QStringLiteral("folder"));
+    QCommandLineOption hereOption(QStringLiteral("screenshots-here"), {}, QStringLiteral("folder"));
+    QCommandLineOption suffixOption(QStringLiteral("suffix"), {}, QStringLiteral("suffix"));
+    hereOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    suffixOption.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({appearanceOption, picturesOption, hereOption, suffixOption});
+    parser.process(application);
+
+    const auto appearance = appearanceNamed(parser.value(appearanceOption));
+    if (!appearance) {
+        QTextStream(stderr) << "--appearance: give system, light or dark\n";
+        return 2;
+    }
+    if (parser.isSet(picturesOption)) return makeScreenshots(parser.value(picturesOption));
+    applyAppearance(*appearance);
+    if (parser.isSet(hereOption)) {
+        // Nothing of it is remembered.
+        const QTemporaryDir settings;
+        QSettings::setDefaultFormat(QSettings::IniFormat);
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
+        return makeScreenshotsHere(parser.value(hereOption), parser.value(suffixOption));
+    }
+
+    DesktopLoop loop;
+    MainWindow window(loop);
+    const QStringList books = parser.positionalArguments();
+    if (!books.isEmpty())
+        window.openBook(books.front());
+    else if (const QString last = QSettings().value(QStringLiteral("book")).toString(); QFileInfo::exists(last))
+        window.openBook(last);
+    window.show();
+    return QApplication::exec();
+}
+
+} // namespace estatebook::desktop

@@ -1,0 +1,242 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook-desktop/lists/ListPage.hpp"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QStackedLayout>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace estatebook::desktop {
+
+using platform::Decimal;
+
+namespace {
+
+constexpr int AmountWidth = 118;
+constexpr int TextWidth = 128;
+constexpr int SpaceAroundRow = 10;
+constexpr int WidthOfAdvice = 420;
+
+void makePlain(QTableView& table) {
+    table.verticalHeader()->hide();
+    table.setShowGrid(false);
+    table.setWordWrap(false);
+    table.setFrameShape(QFrame::NoFrame);
+    table.setTextElideMode(Qt::ElideRight);
+    table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table.verticalHeader()->setDefaultSectionSize(table.fontMetrics().height() + SpaceAroundRow);
+}
+
+QFont bold(QFont font) {
+    font.setBold(true);
+    return font;
+}
+
+} // namespace
+
+ListPage::ListPage(const QString& name, std::unique_ptr<ListModel> model, WhenEmpty whenEmpty,
+                   std::function<const Figures&()> figures)
+    : model_(std::move(model)), whenEmpty_(std::move(whenEmpty)), figures_(std::move(figures)) {
+    shown_.setSourceModel(model_.get());
+    shown_.setSortRole(ListModel::OrderRole);
+    shown_.setSortLocaleAware(true);
+    shown_.setSortCaseSensitivity(Qt::CaseInsensitive);
+    shown_.setFilterCaseSensitivity(Qt::CaseInsensitive);
+    shown_.setFilterKeyColumn(-1);
+
+    makeTable(name);
+    makeTotals(name);
+    makeEmptyWords();
+    auto* list = new QWidget;
+    auto* column = new QVBoxLayout(list);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(table_, 1);
+    column->addWidget(totalsView_);
+    stack_ = new QStackedLayout(this);
+    stack_->addWidget(list);
+    stack_->addWidget(emptyWords_);
+
+    for (const auto change : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
+        connect(&shown_, change, this, &ListPage::listChanged);
+    connect(&shown_, &QAbstractItemModel::dataChanged, this, &ListPage::listChanged);
+    connect(&shown_, &QAbstractItemModel::modelReset, this, &ListPage::listChanged);
+    listChanged();
+}
+
+void ListPage::makeTable(const QString& name) {
+    table_ = new QTableView;
+    makePlain(*table_);
+    table_->setAccessibleName(name);
+    table_->setModel(&shown_);
+    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table_->setSelectionMode(QAbstractItemView::SingleSelection);
+    table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table_->setAlternatingRowColors(true);
+    table_->setTabKeyNavigation(false);
+    table_->setSortingEnabled(true);
+    table_->sortByColumn(-1, Qt::AscendingOrder);
+    table_->installEventFilter(this);
+
+    QHeaderView& header = *table_->horizontalHeader();
+    header.setHighlightSections(false);
+    header.setStretchLastSection(false);
+    header.setSortIndicatorClearable(true);
+    header.setMinimumSectionSize(AmountWidth / 2);
+    for (int i = 0; i < model_->columnCount(); ++i)
+        header.resizeSection(i, model_->columns()[static_cast<std::size_t>(i)].isAmount ? AmountWidth : TextWidth);
+    header.setSectionResizeMode(0, QHeaderView::Stretch);
+
+    connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ListPage::selectionChanged);
+    connect(table_, &QTableView::doubleClicked, this, &ListPage::opened);
+}
+
+void ListPage::makeTotals(const QString& name) {
+    totals_.setColumnCount(model_->columnCount());
+    totals_.setRowCount(1);
+    totalsView_ = new QTableView;
+    makePlain(*totalsView_);
+    totalsView_->setAccessibleName(tr("Sums of %1").arg(name));
+    totalsView_->setModel(&totals_);
+    totalsView_->setSelectionMode(QAbstractItemView::NoSelection);
+    totalsView_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    totalsView_->setFocusPolicy(Qt::NoFocus);
+    totalsView_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    totalsView_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    totalsView_->setFont(bold(totalsView_->font()));
+    totalsView_->horizontalHeader()->hide();
+    totalsView_->horizontalHeader()->setMinimumSectionSize(AmountWidth / 2);
+    totalsView_->setFixedHeight(totalsView_->verticalHeader()->defaultSectionSize() + 2);
+    QPalette palette = totalsView_->palette();
+    palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+    totalsView_->setPalette(palette);
+
+    connect(table_->horizontalHeader(), &QHeaderView::sectionResized, totalsView_,
+            [this](int section, int, int width) { totalsView_->horizontalHeader()->resizeSection(section, width); });
+    connect(table_->horizontalScrollBar(), &QScrollBar::valueChanged, totalsView_->horizontalScrollBar(),
+            &QScrollBar::setValue);
+}
+
+void ListPage::makeEmptyWords() {
+    emptyWords_ = new QWidget;
+    emptyWords_->setAutoFillBackground(true);
+    emptyWords_->setBackgroundRole(QPalette::Base);
+    emptyTitle_ = new QLabel;
+    QFont font = bold(emptyTitle_->font());
+    font.setPointSizeF(font.pointSizeF() * 1.4);
+    emptyTitle_->setFont(font);
+    emptyTitle_->setAlignment(Qt::AlignCenter);
+    emptyAdvice_ = new QLabel;
+    emptyAdvice_->setWordWrap(true);
+    emptyAdvice_->setAlignment(Qt::AlignCenter);
+    emptyAdvice_->setFixedWidth(WidthOfAdvice);
+    emptyButton_ = new QPushButton;
+    connect(emptyButton_, &QPushButton::clicked, this, &ListPage::beginningWanted);
+
+    auto* column = new QVBoxLayout(emptyWords_);
+    column->setSpacing(12);
+    column->addStretch();
+    column->addWidget(emptyTitle_, 0, Qt::AlignHCenter);
+    column->addWidget(emptyAdvice_, 0, Qt::AlignHCenter);
+    column->addWidget(emptyButton_, 0, Qt::AlignHCenter);
+    column->addStretch();
+}
+
+bool ListPage::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == table_ && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
+        if (isReturn && key->modifiers() == Qt::NoModifier && selected()) {
+            emit opened();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+platform::ManagedObject* ListPage::selected() const {
+    const QModelIndexList rows = table_->selectionModel()->selectedRows();
+    return rows.isEmpty() ? nullptr : &model_->object(shown_.mapToSource(rows.front()).row());
+}
+
+void ListPage::select(const platform::ManagedObject& object) {
+    const int row = model_->rowOf(object);
+    if (row < 0) return;
+    const QModelIndex index = shown_.mapFromSource(model_->index(row, 0));
+    if (!index.isValid()) return;
+    table_->selectRow(index.row());
+    table_->scrollTo(index);
+}
+
+void ListPage::search(const QString& text) {
+    shown_.setFilterFixedString(text);
+    listChanged();
+}
+
+void ListPage::setWhenEmpty(const WhenEmpty& whenEmpty) {
+    whenEmpty_ = whenEmpty;
+    showWordsOrList();
+}
+
+QByteArray ListPage::headerState() const {
+    return table_->horizontalHeader()->saveState();
+}
+
+bool ListPage::restoreHeaderState(const QByteArray& state) {
+    return table_->horizontalHeader()->restoreState(state);
+}
+
+// -- Words, or sums -------------------------------------------------------------------------------------------
+
+void ListPage::listChanged() {
+    showWordsOrList();
+    sumUp();
+}
+
+void ListPage::showWordsOrList() {
+    const bool isFiltered = model_->rowCount() > 0;
+    emptyTitle_->setText(isFiltered ? tr("Nothing found") : whenEmpty_.title);
+    emptyAdvice_->setText(isFiltered ? tr("No line of this list has the text of the search in it.") : whenEmpty_.advice);
+    emptyButton_->setText(whenEmpty_.button);
+    emptyButton_->setVisible(!isFiltered && !whenEmpty_.button.isEmpty());
+    stack_->setCurrentIndex(shown_.rowCount() == 0 ? 1 : 0);
+}
+
+void ListPage::sumUp() {
+    nextRow_ = 0;
+    sums_.assign(model_->columns().size(), std::nullopt);
+    if (shown_.rowCount() > 0) slices_.begin([this] { return addNextRow(); });
+}
+
+bool ListPage::addNextRow() {
+    if (nextRow_ >= shown_.rowCount()) {
+        showTotals();
+        return false;
+    }
+    const ListModel::Row& row = model_->row(shown_.mapToSource(shown_.index(nextRow_++, 0)).row());
+    for (std::size_t i = 0; i < sums_.size(); ++i) {
+        const auto& amount = row.cells[i].amount;
+        if (!model_->columns()[i].isSummed || !amount) continue;
+        const auto sum = reckon([&] { return sums_[i].value_or(Decimal::zero()) + *amount; });
+        sums_[i] = sum ? *sum : Decimal::notANumber();
+    }
+    return true;
+}
+
+void ListPage::showTotals() {
+    totals_.setItem(0, 0, new QStandardItem(shown_.rowCount() == 1 ? tr("1 line") : tr("%1 lines").arg(shown_.rowCount())));
+    for (int i = 1; i < totals_.columnCount(); ++i) {
+        auto* item = new QStandardItem(figures_().amount(sums_[static_cast<std::size_t>(i)]));
+        item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        totals_.setItem(0, i, item);
+    }
+}
+
+} // namespace estatebook::desktop

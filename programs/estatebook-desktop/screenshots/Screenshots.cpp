@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook-desktop/screenshots/Screenshots.hpp"
+
+#include "estatebook-desktop/window/MainWindow.hpp"
+
+#include "platform/system/Clock.hpp"
+
+#include <QApplication>
+#include <QDir>
+#include <QProcess>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+namespace estatebook::desktop {
+
+namespace {
+
+/// 30 June 2026, noon in London.
+constexpr platform::Date Today{804510000};
+
+class Photographer {
+public:
+    Photographer(QString folder, QString suffix) : folder_(std::move(folder)), suffix_(std::move(suffix)) {}
+
+    void take(QWidget& window, const QString& name) {
+        QApplication::processEvents();
+        const QString path = QStringLiteral("%1/%2-%3.png").arg(folder_, name, suffix_);
+        if (!window.grab().save(path)) {
+            QTextStream(stderr) << path << ": it cannot be written; check the folder and the room on the disk\n";
+            exitCode_ = 1;
+        }
+    }
+    [[nodiscard]] int exitCode() const noexcept { return exitCode_; }
+
+private:
+    QString folder_;
+    QString suffix_;
+    int exitCode_ = 0;
+};
+
+TKTenure* tenureOf(const MainWindow& window, const char* tenant) {
+    const auto tenures = window.session()->tenures();
+    for (const auto& tenure : tenures)
+        if (textOf(tenure->name()).contains(QLatin1String(tenant))) return tenure.get();
+    return nullptr;
+}
+
+} // namespace
+
+int makeScreenshots(const QString& folder) {
+    if (!QDir().mkpath(folder)) {
+        QTextStream(stderr) << folder << ": it cannot be made; choose another folder\n";
+        return 1;
+    }
+    for (const char* appearance : {"light", "dark"})
+        for (const char* scale : {"1", "2"}) {
+            QProcess process;
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+            environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QLatin1String(scale));
+            environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("en_GB.UTF-8"));
+            process.setProcessEnvironment(environment);
+            process.setProcessChannelMode(QProcess::ForwardedChannels);
+            process.start(QApplication::applicationFilePath(),
+                          {QStringLiteral("--appearance"), QLatin1String(appearance),
+                           QStringLiteral("--screenshots-here"), folder, QStringLiteral("--suffix"),
+                           QStringLiteral("%1-%2").arg(QLatin1String(appearance), QLatin1String(scale))});
+            if (!process.waitForFinished(-1) || process.exitCode() != 0) return 1;
+        }
+    return 0;
+}
+
+int makeScreenshotsHere(const QString& folder, const QString& suffix) {
+    platform::Clock::setNow([] { return Today; });
+    const QTemporaryDir books;
+    DesktopLoop loop;
+    MainWindow window(loop);
+    Photographer photographer(folder, suffix);
+    window.show();
+    photographer.take(window, QStringLiteral("welcome"));
+    if (!window.openExample(books.filePath(QStringLiteral("Harbour Street.estatebook")))) return 1;
+    const auto takePage = [&](MainWindow::Page page, const QString& name) {
+        window.showPage(page);
+        window.refreshNow();
+        if (page != MainWindow::Page::Settings) window.list(page).table().selectRow(2);
+        photographer.take(window, name);
+    };
+    takePage(MainWindow::Page::Tenures, QStringLiteral("lettings"));
+    takePage(MainWindow::Page::Properties, QStringLiteral("properties"));
+    takePage(MainWindow::Page::Tenants, QStringLiteral("tenants"));
+    takePage(MainWindow::Page::Arrears, QStringLiteral("arrears"));
+    takePage(MainWindow::Page::Settings, QStringLiteral("settings"));
+    window.showPage(MainWindow::Page::Tenures);
+    if (TKTenure* tenure = tenureOf(window, "M. Jones")) {
+        window.showStatementOf(*tenure);
+        photographer.take(window, QStringLiteral("statement"));
+    }
+    if (!window.makeBook(books.filePath(QStringLiteral("My Properties.estatebook")))) return 1;
+    takePage(MainWindow::Page::Tenures, QStringLiteral("empty"));
+    window.lookAtBook(books.filePath(QStringLiteral("Gone.estatebook")));
+    photographer.take(window, QStringLiteral("refused"));
+    return photographer.exitCode();
+}
+
+} // namespace estatebook::desktop

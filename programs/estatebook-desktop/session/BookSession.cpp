@@ -1,0 +1,412 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook-desktop/session/BookSession.hpp"
+
+#include "estatebook-desktop/session/LiveDocument.hpp"
+#include "estatebook/BookObjects.hpp"
+#include "estatebook/OpenBook.hpp"
+#include "estatebook/book/DocumentFile.hpp"
+#include "estatebook/book/NewBook.hpp"
+#include "estatebook/book/StoredDocument.hpp"
+#include "estatebook/commands/Commands.hpp"
+#include "estatebook/document/BookMembers.hpp"
+#include "estatebook/document/BookWriter.hpp"
+#include "estatebook/document/JsonText.hpp"
+
+#include "platform/system/Clock.hpp"
+#include "platform/system/HostOperations.hpp"
+#include "platform/system/NotificationCentre.hpp"
+#include "store/TKCurrentDateController.hpp"
+#include "store/TKManagedObjectModel.hpp"
+#include "store/TKState.hpp"
+#include "tags/TKTag.hpp"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <set>
+#include <system_error>
+#include <utility>
+
+namespace estatebook::desktop {
+
+using document::forMessage;
+using platform::Clock;
+using platform::Date;
+using platform::ManagedObject;
+using platform::NotificationCentre;
+using platform::Ref;
+using platform::SQLiteStore;
+using platform::StoreErrorCode;
+using platform::String;
+using platform::TimeZone;
+using platform::UndoManager;
+
+namespace {
+
+constexpr std::string_view Command = "estatebook-desktop";
+constexpr std::size_t LongestName = 4096;
+/// How long somebody who edits waits for somebody who reads.
+constexpr std::chrono::milliseconds Patience{1000};
+/// What a tenure announces when a line about it may be another.
+constexpr std::array<std::string_view, 3> AnnouncedKeys{"balance", "name", "startDate"};
+
+SQLiteStore::Options optionsFor(SQLiteStore::Access access) {
+    SQLiteStore::Options options = bookOptions(Command);
+    options.access = access;
+    options.patience = Patience;
+    return options;
+}
+
+/// Reads a tenure that was not read yet, without its schedule. One by whose terms none can be made is awake all the same.
+void wake(TKTenure& tenure) {
+    if (!tenure.isFault()) return;
+    static_cast<void>(reckon([&] { return tenure.startDate().has_value(); }));
+    tenure.setPeriods(nullptr);
+}
+
+bool canBeRead(const std::string& path) {
+    try {
+        return static_cast<bool>(
+            SQLiteStore::open(path, bookModel(), optionsFor(SQLiteStore::Access::Read)));
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+[[noreturn]] void refuseOther(const std::string& path, const std::string& file) {
+    std::error_code error;
+    if (!std::filesystem::exists(path, error))
+        throw Refusal(file + ": there is no such book; choose another one", false);
+    throw Refusal(file + ": this is no book file; take a document in with Book > Import", false);
+}
+
+/// Registration of undo is on again when it ends, whatever was raised meanwhile.
+class RegistrationKept {
+public:
+    explicit RegistrationKept(const Ref<UndoManager>& manager) : manager_(manager) {}
+    ~RegistrationKept() {
+        while (manager_ && !manager_->isUndoRegistrationEnabled()) manager_->enableUndoRegistration();
+    }
+    RegistrationKept(const RegistrationKept&) = delete;
+    RegistrationKept& operator=(const RegistrationKept&) = delete;
+
+private:
+    Ref<UndoManager> manager_;
+};
+
+} // namespace
+
+// -- Opening --------------------------------------------------------------------------------------------------
+
+BookSession::BookSession(std::string path, platform::RunLoop& loop)
+    : path_(std::move(path)), file_(forMessage(path_, LongestName)), loop_(loop), side_(path_),
+      context_(TKManagedObjectModel::inMemoryManagedObjectContext()) {}
+
+std::unique_ptr<BookSession> BookSession::open(const std::string& path, platform::RunLoop& loop) {
+    std::unique_ptr<BookSession> session(new BookSession(path, loop));
+    if (!isBookFile(path)) refuseOther(path, session->file_);
+    try {
+        session->openStore();
+    } catch (const Failure& failure) {
+        throw Refusal(failure.what(), canBeRead(path));
+    }
+    session->begin();
+    return session;
+}
+
+std::unique_ptr<BookSession> BookSession::openForReading(const std::string& path, platform::RunLoop& loop) {
+    std::unique_ptr<BookSession> session(new BookSession(path, loop));
+    if (!isBookFile(path)) refuseOther(path, session->file_);
+    try {
+        session->readAll();
+    } catch (const Failure& failure) {
+        throw Refusal(failure.what(), false);
+    }
+    session->begin();
+    return session;
+}
+
+void BookSession::openStore() {
+    requireModel();
+    const SQLiteStore::Options options = optionsFor(SQLiteStore::Access::Write);
+    const auto& coordinator = context_->persistentStoreCoordinator();
+    auto store = SQLiteStore::open(path_, coordinator->managedObjectModel(), options);
+    if (!store) throw storeFailure(file_, store.error());
+    store_ = *store;
+    coordinator->addPersistentStore(store_);
+    context_->setCommitOrigin(options.holder.author, options.holder.program, options.holder.command);
+    TimeZone::setDefaultTimeZone(StoredBook{file_, store_, context_}.timeZone());
+}
+
+// A store that stays open for reading would hold up whoever saves it.
+void BookSession::readAll() {
+    const StoredBook stored = StoredBook::openForReading(path_);
+    TimeZone::setDefaultTimeZone(stored.timeZone());
+    const auto document = StoredDocument::of(*stored.store);
+    if (!document) throw storeFailure(file_, document.error());
+    static_cast<void>(BookObjects::ofDocument(document->document, *context_));
+    condition_ = Condition::ReadOnly;
+}
+
+void BookSession::begin() {
+    context_->setUndoManager(canEdit() ? platform::makeRef<UndoManager>() : nullptr);
+    NotificationCentre::defaultCentre().addObserverSelectorNameObject(
+        this, [this](const platform::Notification&) { moveToAsOf(); }, Ref<String>(TKCurrentDateChanged));
+    follow();
+}
+
+BookSession::~BookSession() {
+    NotificationCentre::defaultCentre().removeObserver(this);
+    changed_ = nullptr;
+    conditionChanged_ = nullptr;
+    if (firstEdit_) save();
+    if (saving_) saving_->invalidate();
+    announcements_.clear();
+}
+
+void BookSession::makeOfDocument(const std::string& path, std::string_view text, std::string_view name) {
+    const auto reading = document::BookReader::readText(text, name);
+    if (!reading.document) throw Failure(ExitCode::BadData, reading.error.value_or(document::BookError()).text());
+    if (const auto& zone = reading.document->timeZone) TimeZone::setDefaultTimeZone(TimeZone::named(*zone));
+    NewBook book(path, Command);
+    BookObjects::keptOfDocument(*reading.document, book.context());
+    book.finish();
+}
+
+void BookSession::makeEmpty(const std::string& path, const std::string& currencyCode) {
+    InitOptions options;
+    options.file = path;
+    options.currency = currencyCode;
+    initBook(options);
+}
+
+// -- The book -------------------------------------------------------------------------------------------------
+
+std::vector<Ref<TKTenure>> BookSession::tenures() const {
+    return context_->fetchAll<TKTenure>("Tenure");
+}
+
+// Accounts reckon with their tenures. None of these is to wake amid a sum.
+void BookSession::wakeTenures() const {
+    for (const auto& tenure : followed_) wake(*tenure);
+}
+
+std::vector<Ref<TKProperty>> BookSession::properties() const {
+    wakeTenures();
+    return context_->fetchAll<TKProperty>("Property");
+}
+
+std::vector<Ref<TKTenant>> BookSession::tenants() const {
+    wakeTenures();
+    return context_->fetchAll<TKTenant>("Tenant");
+}
+
+Reckoned<Ref<TKStatement>> BookSession::statementOf(TKTenure& tenure) const {
+    const RegistrationKept kept(context_->undoManager());
+    wake(tenure);
+    const Schedule schedule(tenure);
+    if (!schedule.row()) return schedule.row().error();
+    return reckon([&] { return tenure.statement(); });
+}
+
+Ref<String> BookSession::currencyCode() const {
+    return TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *context_).string();
+}
+
+platform::DecimalBehavior BookSession::rounding() const {
+    return platform::hostOperations().currencyRoundingBehaviourForCurrencyCode(currencyCode());
+}
+
+std::vector<std::string> BookSession::tagNames() const {
+    std::set<std::string> names;
+    for (const char* entity : {"AccountTag", "TransactionTag", "NoteTag"})
+        for (const auto& tag : context_->fetchAll<TKTag>(entity))
+            if (const auto name = tag->name()) names.insert(name->string());
+    return {names.begin(), names.end()};
+}
+
+// -- Editing --------------------------------------------------------------------------------------------------
+
+void BookSession::perform(const std::string& name, const std::function<void()>& edit) {
+    UndoManager& manager = *context_->undoManager();
+    manager.endEvent();
+    try {
+        edit();
+    } catch (...) {
+        context_->processPendingChanges();
+        manager.endEvent();
+        undo();
+        throw;
+    }
+    context_->processPendingChanges();
+    manager.setActionName(name);
+    manager.endEvent();
+    noteEdit();
+}
+
+bool BookSession::canUndo() const {
+    return canEdit() && context_->undoManager()->canUndo();
+}
+
+bool BookSession::canRedo() const {
+    return canEdit() && context_->undoManager()->canRedo();
+}
+
+std::string BookSession::undoName() const {
+    return canEdit() ? context_->undoManager()->undoActionName() : std::string();
+}
+
+std::string BookSession::redoName() const {
+    return canEdit() ? context_->undoManager()->redoActionName() : std::string();
+}
+
+// A tenure may refuse to reckon with the terms that come back; they are back all the same.
+void BookSession::undo() {
+    if (!canUndo()) return;
+    static_cast<void>(reckon([&] { return context_->undo(), true; }));
+    noteEdit();
+}
+
+void BookSession::redo() {
+    if (!canRedo()) return;
+    static_cast<void>(reckon([&] { return context_->redo(), true; }));
+    noteEdit();
+}
+
+void BookSession::noteEdit() {
+    const double now = Clock::uptime();
+    if (!firstEdit_) firstEdit_ = now;
+    isAheadOfSideFile_ = true;
+    if (condition_ != Condition::Stuck) setCondition(Condition::Edited);
+    scheduleSave(std::min(SecondsOfRest, *firstEdit_ + SecondsUnsaved - now));
+    follow();
+    announce();
+}
+
+// -- Saving ---------------------------------------------------------------------------------------------------
+
+void BookSession::scheduleSave(double seconds) {
+    if (saving_) saving_->invalidate();
+    saving_ = platform::Timer::timerWithTimeIntervalTargetSelectorUserInfoRepeats(
+        seconds, nullptr, [this](platform::Timer&) { save(); }, {}, false);
+    loop_.addTimer(saving_);
+}
+
+bool BookSession::save() {
+    if (!canEdit() || !firstEdit_) return true;
+    context_->undoManager()->endEvent();
+    Ref<platform::Error> error;
+    std::string reason;
+    try {
+        if (!context_->save(&error)) reason = reasonOf(*error);
+    } catch (const platform::Exception& exception) {
+        reason = fmt::format("{}: {}", file_, lineOfStore(exception.reason()));
+    }
+    if (reason.empty()) {
+        firstEdit_.reset();
+        isAheadOfSideFile_ = false;
+        if (saving_) saving_->invalidate();
+        side_.remove();
+        setCondition(Condition::Saved);
+        return true;
+    }
+    setCondition(Condition::Stuck, reason + putAside());
+    // Whoever reads the book may be done by then, and there may be room on the disk again.
+    firstEdit_ = Clock::uptime();
+    scheduleSave(SecondsUnsaved);
+    return false;
+}
+
+std::string BookSession::reasonOf(const platform::Error& error) const {
+    const auto ends = std::ranges::find_if(
+        followed_, [](const auto& tenure) { return !tenure->isFault() && !tenure->validateDuration(nullptr); });
+    if (ends != followed_.end())
+        return fmt::format("\"{}\" ends before it starts, so that the book cannot be saved; correct its dates",
+                           forMessage((*ends)->name()->view(), 200));
+    return storeFailure(file_, *store_, error).what();
+}
+
+/// What is to be added to the reason.
+std::string BookSession::putAside() {
+    const std::string kept = fmt::format(". Until then the edits are kept in {}", forMessage(side_.path(), LongestName));
+    if (!isAheadOfSideFile_) return kept;
+    try {
+        side_.write(document::BookWriter::write(liveDocument(*context_)).text);
+    } catch (const Failure& failure) {
+        return fmt::format(". The edits are only in memory: {}", failure.what());
+    } catch (const platform::Exception& exception) {
+        return fmt::format(". The edits are only in memory: {}", lineOfStore(exception.reason()));
+    }
+    isAheadOfSideFile_ = false;
+    return kept;
+}
+
+void BookSession::setCondition(Condition condition, std::string trouble) {
+    if (condition == condition_ && trouble == trouble_) return;
+    condition_ = condition;
+    trouble_ = std::move(trouble);
+    if (conditionChanged_) conditionChanged_();
+}
+
+void BookSession::takePutAside() {
+    const DocumentFile content = DocumentFile::read(side_.path());
+    try {
+        clearBook();
+        BookObjects::keptOfDocument(content.document, *context_);
+        context_->processPendingChanges();
+    } catch (...) {
+        context_->rollback();
+        throw;
+    }
+    context_->undoManager()->removeAllActions();
+    noteEdit();
+}
+
+// Tenures first: an account that has one stays, and settings are followed by tenures.
+void BookSession::clearBook() {
+    announcements_.clear();
+    followed_.clear();
+    for (const char* entity : {"Tenure", "Account", "State"}) {
+        for (const auto& object : context_->fetchAll<ManagedObject>(entity)) context_->deleteObject(*object);
+        context_->processPendingChanges();
+    }
+}
+
+// -- Being told -----------------------------------------------------------------------------------------------
+
+void BookSession::follow() {
+    auto now = tenures();
+    if (now == followed_) return;
+    followed_ = std::move(now);
+    announcements_.clear();
+    for (const auto& tenure : followed_)
+        for (const std::string_view key : AnnouncedKeys)
+            announcements_.push_back(tenure->observe(key, [this] { announce(); }));
+}
+
+void BookSession::announce() {
+    if (changed_) changed_();
+}
+
+// -- The day --------------------------------------------------------------------------------------------------
+
+Date BookSession::today() const {
+    return TKCurrentDateController::sharedInstance().currentDate().value_or(Clock::now());
+}
+
+void BookSession::setAsOf(std::optional<Date> day) {
+    asOf_ = day;
+    if (asOf_)
+        moveToAsOf();
+    else
+        TKCurrentDateController::sharedInstance().dailyUpdate();
+}
+
+void BookSession::moveToAsOf() {
+    if (asOf_) TKCurrentDateController::sharedInstance().setCurrentDate(asOf_);
+    announce();
+}
+
+} // namespace estatebook::desktop

@@ -1,0 +1,250 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook-desktop/statement/StatementPage.hpp"
+
+#include "estatebook-desktop/session/BookSession.hpp"
+#include "estatebook-desktop/window/Figures.hpp"
+#include "estatebook/Amounts.hpp"
+#include "estatebook/Csv.hpp"
+#include "estatebook/Failure.hpp"
+#include "estatebook/document/DateText.hpp"
+
+#include <QCheckBox>
+#include <QClipboard>
+#include <QFileDialog>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QSaveFile>
+#include <QTableView>
+#include <QTextDocument>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <sstream>
+
+namespace estatebook::desktop {
+
+namespace {
+
+constexpr int DateWidth = 110;
+constexpr int TagsWidth = 120;
+constexpr int AmountWidth = 118;
+constexpr int SpaceAroundRow = 8;
+
+QPushButton* addButton(QHBoxLayout& row, const QString& text) {
+    auto* button = new QPushButton(text);
+    button->setAutoDefault(false);
+    row.addWidget(button);
+    return button;
+}
+
+} // namespace
+
+StatementPage::StatementPage(BookSession& session, std::function<const Figures&()> figures)
+    : session_(session), figures_(std::move(figures)), model_(nullptr), title_(new QLabel), subtitle_(new QLabel),
+      outstanding_(new QCheckBox(tr("&Outstanding only"))), byTag_(new QCheckBox(tr("By &tag"))) {
+    makeTable();
+    QFont font = title_->font();
+    font.setBold(true);
+    font.setPointSizeF(font.pointSizeF() * 1.2);
+    title_->setFont(font);
+    title_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    title_->setWordWrap(true);
+
+    auto* back = new QPushButton(tr("← &Back"));
+    auto* row = new QHBoxLayout;
+    auto* words = new QVBoxLayout;
+    words->setSpacing(2);
+    words->addWidget(title_);
+    words->addWidget(subtitle_);
+    row->addWidget(back, 0, Qt::AlignTop);
+    row->addSpacing(8);
+    row->addLayout(words, 1);
+
+    auto* choices = new QHBoxLayout;
+    choices->addWidget(outstanding_);
+    choices->addSpacing(12);
+    choices->addWidget(byTag_);
+    choices->addStretch();
+    QPushButton* copy = addButton(*choices, tr("&Copy"));
+    QPushButton* csv = addButton(*choices, tr("C&SV…"));
+    QPushButton* print = addButton(*choices, tr("&Print…"));
+
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(12, 12, 12, 0);
+    column->setSpacing(10);
+    column->addLayout(row);
+    column->addLayout(choices);
+    column->addWidget(table_, 1);
+
+    connect(back, &QPushButton::clicked, this, &StatementPage::leaving);
+    connect(outstanding_, &QCheckBox::toggled, this, &StatementPage::refresh);
+    connect(byTag_, &QCheckBox::toggled, this, &StatementPage::refresh);
+    connect(copy, &QPushButton::clicked, this, &StatementPage::copy);
+    connect(print, &QPushButton::clicked, this, &StatementPage::print);
+    connect(csv, &QPushButton::clicked, this,
+            [this] { save(tr("Comma-separated values (*.csv)"), QStringLiteral(".csv"), [this] { return this->csv(); }); });
+    connect(table_, &QTableView::doubleClicked, this, [this](const QModelIndex& index) {
+        if (TKTransaction* transaction = model_.transaction(index.row())) emit opened(transaction);
+    });
+}
+
+void StatementPage::makeTable() {
+    table_ = new QTableView;
+    table_->setAccessibleName(tr("Statement"));
+    table_->setModel(&model_);
+    table_->setShowGrid(false);
+    table_->setFrameShape(QFrame::NoFrame);
+    table_->setWordWrap(false);
+    table_->setTabKeyNavigation(false);
+    table_->setAlternatingRowColors(true);
+    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table_->verticalHeader()->hide();
+    table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    table_->verticalHeader()->setDefaultSectionSize(table_->fontMetrics().height() + SpaceAroundRow);
+    QHeaderView& header = *table_->horizontalHeader();
+    header.setHighlightSections(false);
+    header.resizeSection(StatementModel::Date, DateWidth);
+    header.resizeSection(StatementModel::Tags, TagsWidth);
+    header.resizeSection(StatementModel::Amount, AmountWidth);
+    header.resizeSection(StatementModel::Balance, AmountWidth);
+    header.setSectionResizeMode(StatementModel::Description, QHeaderView::Stretch);
+}
+
+void StatementPage::show(TKTenure& tenure) {
+    tenure_ = platform::Ref<TKTenure>(&tenure);
+    refresh();
+    table_->scrollToBottom();
+}
+
+void StatementPage::refresh() {
+    if (!tenure_) return;
+    if (!tenure_->managedObjectContext() || tenure_->isDeleted()) {
+        tenure_ = nullptr;
+        model_.clear();
+        emit leaving();
+        return;
+    }
+    const Figures& figures = figures_();
+    title_->setText(textOf(tenure_->name()));
+    const auto parts =
+        StatementParts::of(session_, *tenure_, {outstanding_->isChecked(), byTag_->isChecked()});
+    if (!parts) {
+        parts_ = {};
+        model_.clear();
+        const std::string_view words = parts.error().words;
+        subtitle_->setText(tr("The rent cannot be reckoned (%1); check the terms, the dates and the amounts.")
+                               .arg(QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()))));
+        return;
+    }
+    parts_ = *parts;
+    subtitle_->setText(heading());
+    model_.show(parts_, figures, session_.today());
+}
+
+QString StatementPage::heading() const {
+    const Figures& figures = figures_();
+    const QString day = figures.day(session_.today());
+    return figures.titled(outstanding_->isChecked() ? tr("Outstanding lines as of %1").arg(day)
+                                                    : tr("Statement as of %1").arg(day));
+}
+
+std::string StatementPage::csv() const {
+    std::ostringstream out;
+    const Figures& figures = figures_();
+    writeCsvRecord(out, {"tag", "date", "description", "tags", "amount", "balance", "generated", "due"});
+    const auto amount = [&](const std::optional<platform::Decimal>& value) {
+        return value ? amountText(*value, figures.digits()) : std::string();
+    };
+    for (const StatementParts::Part& part : parts_.parts) {
+        const auto write = [&](const std::vector<StatementParts::Line>& lines, bool isDue) {
+            for (const auto& [line, tags, transaction] : lines) {
+                const auto day = line.when ? document::dateText(*line.when, figures.calendar()) : std::nullopt;
+                writeCsvRecord(out, {part.tag.value_or(""), day.value_or(""), line.what, tags, amount(line.amount),
+                                     amountText(line.balance, figures.digits()), line.isGenerated ? "true" : "false",
+                                     isDue ? "true" : "false"});
+            }
+        };
+        write(part.due, true);
+        write(part.notYetDue, false);
+    }
+    return std::move(out).str();
+}
+
+QString StatementPage::copiedText() const {
+    QModelIndexList rows = table_->selectionModel()->selectedRows();
+    std::ranges::sort(rows, {}, &QModelIndex::row);
+    QStringList lines;
+    if (rows.isEmpty())
+        for (int row = 0; row < model_.rowCount(); ++row) lines << model_.texts(row).join(QLatin1Char('\t'));
+    for (const QModelIndex& index : std::as_const(rows)) lines << model_.texts(index.row()).join(QLatin1Char('\t'));
+    return lines.join(QLatin1Char('\n'));
+}
+
+void StatementPage::print() {
+    QPrinter printer(QPrinter::HighResolution);
+    printer.setDocName(textOf(tenure_->name()));
+    QPrintDialog dialog(&printer, this);
+    if (dialog.exec() != QDialog::Accepted) return;
+    QTextDocument document;
+    document.setHtml(html());
+    document.print(&printer);
+}
+
+QString StatementPage::html() const {
+    const auto cell = [](const QString& text, bool isAmount, const char* tag) {
+        return QStringLiteral("<%1 align=\"%2\">%3</%1>")
+            .arg(QLatin1String(tag), isAmount ? QLatin1String("right") : QLatin1String("left"), text.toHtmlEscaped());
+    };
+    QString rows;
+    for (int row = -1; row < model_.rowCount(); ++row) {
+        QString cells;
+        for (int column = 0; column < StatementModel::ColumnCount; ++column) {
+            const bool isAmount = column >= StatementModel::Amount;
+            const QModelIndex index = model_.index(row, column);
+            if (row < 0) {
+                cells += cell(model_.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString(), isAmount, "th");
+                continue;
+            }
+            const auto font = index.data(Qt::FontRole).value<QFont>();
+            QString text = cell(index.data().toString(), isAmount, "td");
+            if (font.italic()) text = text.replace(QLatin1String("\">"), QLatin1String("\"><i>"));
+            if (font.bold()) text = text.replace(QLatin1String("\">"), QLatin1String("\"><b>"));
+            cells += text;
+        }
+        rows += QStringLiteral("<tr>%1</tr>").arg(cells);
+    }
+    return QStringLiteral("<h2>%1</h2><p>%2</p><table width=\"100%\" cellpadding=\"3\">%3</table>")
+        .arg(title_->text().toHtmlEscaped(), subtitle_->text().toHtmlEscaped(), rows);
+}
+
+void StatementPage::copy() const {
+    QGuiApplication::clipboard()->setText(copiedText());
+}
+
+void StatementPage::save(const QString& filter, const QString& suffix,
+                         const std::function<std::string()>& content) {
+    const QString name = textOf(tenure_->name()).replace(QLatin1Char('/'), QLatin1Char('-')) + suffix;
+    const QString path = QFileDialog::getSaveFileName(this, tr("Save Statement"), name, filter);
+    if (path.isEmpty()) return;
+    try {
+        const std::string bytes = content();
+        QSaveFile file(path);
+        if (file.open(QIODevice::WriteOnly) && file.write(bytes.data(), static_cast<qint64>(bytes.size())) >= 0 &&
+            file.commit())
+            return;
+        QMessageBox::warning(this, tr("Save Statement"), tr("%1: %2; choose another place").arg(path, file.errorString()));
+    } catch (const Failure& failure) {
+        QMessageBox::warning(this, tr("Save Statement"), QString::fromUtf8(failure.what()));
+    }
+}
+
+} // namespace estatebook::desktop

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Appearance: light or dark, for who does not want what the desktop says.
+///
+/// Nothing in the program names a colour but these two palettes: everything else is drawn with the palette there is, so that high
+/// contrast works as well.
+
+#include <QPalette>
+#include <QString>
+
+#include <optional>
+
+namespace estatebook::desktop {
+
+enum class Appearance { System, Light, Dark };
+
+/// None for another word than "system", "light" or "dark".
+[[nodiscard]] std::optional<Appearance> appearanceNamed(const QString& name);
+/// REQUIRES: there is an application, and no window yet.
+void applyAppearance(Appearance appearance);
+
+} // namespace estatebook::desktop

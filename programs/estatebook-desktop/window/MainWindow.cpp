@@ -1,0 +1,423 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook-desktop/window/MainWindow.hpp"
+
+#include "estatebook-desktop/statement/StatementPage.hpp"
+#include "estatebook-desktop/window/Banner.hpp"
+#include "estatebook-desktop/window/SettingsPage.hpp"
+#include "estatebook-desktop/window/WelcomePage.hpp"
+
+#include "platform/system/Clock.hpp"
+
+#include <QCloseEvent>
+#include <QDateEdit>
+#include <QFile>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMessageBox>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QTableView>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+#include <utility>
+
+namespace estatebook::desktop {
+
+using platform::Ref;
+
+namespace {
+
+constexpr QSize UsualSize(1120, 700);
+constexpr int SidebarWidth = 150;
+constexpr int SidebarRowHeight = 34;
+constexpr const char* BookKey = "book";
+constexpr const char* GeometryKey = "window/geometry";
+constexpr const char* PageKey = "window/page";
+constexpr const char* ColumnsKey = "window/columns/%1";
+
+template <class T>
+ListModel::Objects objectsOf(const std::vector<Ref<T>>& objects) {
+    return {objects.begin(), objects.end()};
+}
+
+} // namespace
+
+MainWindow::MainWindow(DesktopLoop& loop) : loop_(loop) {
+    resize(UsualSize);
+    makeActions();
+    makeLists();
+    makeFrame();
+    makeMenus();
+    makeToolBar();
+    leaveSession();
+    restoreState();
+}
+
+MainWindow::~MainWindow() {
+    leaveSession();
+}
+
+// -- The frame ------------------------------------------------------------------------------------------------
+
+void MainWindow::makeLists() {
+    const FiguresSource figures = [this]() -> const Figures& { return *figures_; };
+    const auto add = [&](Page page, const QString& name, std::unique_ptr<ListModel> model,
+                         const ListPage::WhenEmpty& whenEmpty) {
+        auto* list = new ListPage(name, std::move(model), whenEmpty, figures);
+        lists_[static_cast<std::size_t>(page)] = list;
+        connect(list, &ListPage::selectionChanged, this, &MainWindow::updateActions);
+        connect(list, &ListPage::beginningWanted, this, &MainWindow::addToList);
+    };
+    add(Page::Tenures, tr("Lettings"), makeTenureList(figures),
+        {tr("No lettings yet"),
+         tr("A letting says who rents what, from when, and for how much. The rent, what is owed and the statement follow from it."),
+         tr("New letting…")});
+    add(Page::Properties, tr("Properties"), makePropertyList(figures),
+        {tr("No properties yet"), tr("A property is whatever is let: a house, a flat, a shop. Begin here."),
+         tr("New property…")});
+    add(Page::Tenants, tr("Tenants"), makeTenantList(figures),
+        {tr("No tenants yet"), tr("A tenant is a person or a firm that rents."), tr("New tenant…")});
+    add(Page::Arrears, tr("Arrears"), makeArrearsList(),
+        {tr("Nobody owes anything"), tr("What falls due and is not paid by the day is listed here, by its age."), {}});
+    for (const Page page : {Page::Tenures, Page::Arrears})
+        connect(lists_[static_cast<std::size_t>(page)], &ListPage::opened, this, &MainWindow::openStatement);
+    for (const Page page : {Page::Properties, Page::Tenants})
+        connect(lists_[static_cast<std::size_t>(page)], &ListPage::opened, this, &MainWindow::editSelected);
+}
+
+void MainWindow::makeFrame() {
+    sidebar_ = new QListWidget;
+    sidebar_->setObjectName(QStringLiteral("sidebar"));
+    sidebar_->setAccessibleName(tr("Lists"));
+    sidebar_->setFixedWidth(SidebarWidth);
+    sidebar_->setFrameShape(QFrame::NoFrame);
+    QPalette palette = sidebar_->palette();
+    palette.setColor(QPalette::Base, palette.color(QPalette::Window));
+    sidebar_->setPalette(palette);
+    for (const QString& name : {tr("Lettings"), tr("Properties"), tr("Tenants"), tr("Arrears"), tr("Settings")}) {
+        auto* item = new QListWidgetItem(name, sidebar_);
+        item->setSizeHint({SidebarWidth - 10, SidebarRowHeight});
+    }
+
+    pages_ = new QStackedWidget;
+    for (ListPage* list : lists_) pages_->addWidget(list);
+    connect(sidebar_, &QListWidget::currentRowChanged, this, [this](int row) {
+        if (row >= 0) showPage(static_cast<Page>(row));
+    });
+
+    banner_ = new Banner;
+    auto* book = new QWidget;
+    auto* beside = new QHBoxLayout(book);
+    beside->setContentsMargins(0, 0, 0, 0);
+    beside->setSpacing(0);
+    beside->addWidget(sidebar_);
+    auto* column = new QVBoxLayout;
+    column->setSpacing(0);
+    column->addWidget(banner_);
+    column->addWidget(pages_, 1);
+    beside->addLayout(column, 1);
+
+    welcome_ = new WelcomePage;
+    connect(welcome_, &WelcomePage::exampleWanted, this, &MainWindow::chooseExample);
+    connect(welcome_, &WelcomePage::newBookWanted, this, &MainWindow::chooseNewBook);
+    connect(welcome_, &WelcomePage::openingWanted, this, &MainWindow::chooseBook);
+    connect(welcome_, &WelcomePage::readingWanted, this, [this] { lookAtBook(refusedPath_); });
+    whole_ = new QStackedWidget;
+    whole_->addWidget(welcome_);
+    whole_->addWidget(book);
+    setCentralWidget(whole_);
+
+    condition_ = new QLabel;
+    condition_->setObjectName(QStringLiteral("condition"));
+    currency_ = new QLabel;
+    statusBar()->addWidget(condition_, 1);
+    statusBar()->addPermanentWidget(currency_);
+}
+
+// -- Books ----------------------------------------------------------------------------------------------------
+
+bool MainWindow::openBook(const QString& path) {
+    const QString whole = QFileInfo(path).absoluteFilePath();
+    leaveSession();
+    try {
+        takeSession(BookSession::open(whole.toStdString(), loop_.runLoop()));
+        return true;
+    } catch (const Refusal& refusal) {
+        refuse(whole, QString::fromUtf8(refusal.what()), refusal.canBeRead());
+        return false;
+    }
+}
+
+bool MainWindow::lookAtBook(const QString& path) {
+    leaveSession();
+    try {
+        takeSession(BookSession::openForReading(path.toStdString(), loop_.runLoop()));
+        return true;
+    } catch (const Refusal& refusal) {
+        refuse(path, QString::fromUtf8(refusal.what()), refusal.canBeRead());
+        return false;
+    }
+}
+
+bool MainWindow::makeBook(const QString& path) {
+    try {
+        BookSession::makeEmpty(path.toStdString(), QLocale().currencySymbol(QLocale::CurrencyIsoCode).toStdString());
+    } catch (const Failure& failure) {
+        leaveSession();
+        refuse(path, QString::fromUtf8(failure.what()), false);
+        return false;
+    }
+    return openBook(path);
+}
+
+bool MainWindow::openExample(const QString& path) {
+    if (QFileInfo::exists(path)) return openBook(path);
+    QFile example(QStringLiteral(":/examples/harbour-street.json"));
+    try {
+        if (!example.open(QIODevice::ReadOnly)) throw Failure(ExitCode::CannotRead, "the example book is not there; install the program anew");
+        BookSession::makeOfDocument(path.toStdString(), example.readAll().toStdString(), "harbour-street.json");
+    } catch (const Failure& failure) {
+        leaveSession();
+        refuse(path, QString::fromUtf8(failure.what()), false);
+        return false;
+    }
+    return openBook(path);
+}
+
+void MainWindow::refuse(const QString& path, const QString& sentence, bool canBeRead) {
+    refusedPath_ = path;
+    welcome_->showRefusal(sentence, canBeRead);
+}
+
+void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
+    session_ = std::move(session);
+    figures_ = Figures::of(*session_);
+    scan_ = std::make_unique<ArrearsScan>(*session_, lists_[static_cast<std::size_t>(Page::Arrears)]->model(),
+                                          [this]() -> const Figures& { return *figures_; });
+    settings_ = new SettingsPage(*session_);
+    statement_ = new StatementPage(*session_, [this]() -> const Figures& { return *figures_; });
+    pages_->addWidget(settings_);
+    pages_->addWidget(statement_);
+    connect(statement_, &StatementPage::leaving, this, &MainWindow::leaveStatement);
+    session_->whenChanged([this] { refreshLater(); });
+    session_->whenConditionChanged([this] { showCondition(); });
+
+    welcome_->showRefusal({}, false);
+    whole_->setCurrentIndex(1);
+    toolBar_->setEnabled(true);
+    setWindowTitle(tr("%1[*] — EstateBook").arg(QFileInfo(QString::fromStdString(session_->path())).completeBaseName()));
+    QSettings().setValue(QLatin1String(BookKey), QString::fromStdString(session_->path()));
+    showPutAside();
+    showCondition();
+    isFresh_ = {};
+    if (sidebar_->currentRow() < 0) sidebar_->setCurrentRow(0);
+    showPage(static_cast<Page>(sidebar_->currentRow()));
+    list(Page::Tenures).table().setFocus();
+}
+
+void MainWindow::leaveSession() {
+    if (session_) {
+        session_->whenChanged({});
+        session_->whenConditionChanged({});
+        session_->save();
+        session_->setAsOf(std::nullopt);
+    }
+    for (ListPage* list : lists_) list->model().take({});
+    delete std::exchange(settings_, nullptr);
+    delete std::exchange(statement_, nullptr);
+    scan_.reset();
+    session_.reset();
+    figures_.reset();
+    banner_->show({});
+    whole_->setCurrentIndex(0);
+    toolBar_->setEnabled(false);
+    setWindowModified(false);
+    setWindowTitle(tr("EstateBook"));
+    condition_->clear();
+    currency_->clear();
+    updateActions();
+}
+
+// -- Showing --------------------------------------------------------------------------------------------------
+
+MainWindow::Page MainWindow::page() const {
+    return static_cast<Page>(std::max(sidebar_->currentRow(), 0));
+}
+
+void MainWindow::showPage(Page page) {
+    {
+        const QSignalBlocker quiet(sidebar_);
+        sidebar_->setCurrentRow(static_cast<int>(page));
+    }
+    if (!session_) return;
+    pages_->setCurrentIndex(static_cast<int>(page));
+    refreshStale();
+    updateActions();
+}
+
+void MainWindow::showStatementOf(TKTenure& tenure) {
+    statement_->show(tenure);
+    pages_->setCurrentWidget(statement_);
+    statement_->table().setFocus();
+    updateActions();
+}
+
+void MainWindow::leaveStatement() {
+    showPage(page());
+    if (page() != Page::Settings) list(page()).table().setFocus();
+}
+
+void MainWindow::search(const QString& text) {
+    for (ListPage* list : lists_) list->search(text);
+}
+
+void MainWindow::setAsOf(const std::optional<QDate>& day) {
+    if (!session_) return;
+    const bool isToday = day && *day == figures_->dateOf(platform::Clock::now());
+    session_->setAsOf(day && !isToday ? std::optional(figures_->instantOf(*day)) : std::nullopt);
+}
+
+void MainWindow::refreshLater() {
+    isFresh_ = {};
+    if (std::exchange(isRefreshDue_, true)) return;
+    QMetaObject::invokeMethod(
+        this, [this] { if (isRefreshDue_) refresh(); }, Qt::QueuedConnection);
+}
+
+void MainWindow::refreshNow() {
+    if (!session_) return;
+    isFresh_ = {};
+    refresh();
+    if (scan_->isAtWork()) scan_->finish();
+    for (ListPage* list : lists_) list->finishTotals();
+}
+
+void MainWindow::refresh() {
+    isRefreshDue_ = false;
+    if (!session_) return;
+    ++refreshes_;
+    figures_ = Figures::of(*session_);
+    refreshStale();
+    if (statement_ && pages_->currentWidget() == statement_) statement_->refresh();
+    showDay();
+    showCondition();
+    updateActions();
+}
+
+void MainWindow::refreshStale() {
+    const auto index = static_cast<std::size_t>(page());
+    if (!std::exchange(isFresh_[index], true)) refreshPage(page());
+    showDay();
+}
+
+void MainWindow::refreshPage(Page page) {
+    switch (page) {
+    case Page::Tenures:
+        return list(page).model().take(objectsOf(session_->tenures()));
+    case Page::Properties:
+        return list(page).model().take(objectsOf(session_->properties()));
+    case Page::Tenants:
+        return list(page).model().take(objectsOf(session_->tenants()));
+    case Page::Arrears:
+        return scan_->begin();
+    case Page::Settings:
+        return settings_->refresh();
+    }
+}
+
+void MainWindow::showDay() {
+    const QSignalBlocker quiet(day_);
+    day_->setDate(figures_->dateOf(session_->today()));
+    today_->setEnabled(session_->asOf().has_value());
+    currency_->setText(figures_->currency().isEmpty() ? QString() : tr("Amounts in %1").arg(figures_->currency()));
+}
+
+void MainWindow::showCondition() {
+    if (!session_) return;
+    using Condition = BookSession::Condition;
+    const Condition condition = session_->condition();
+    setWindowModified(condition == Condition::Edited || condition == Condition::Stuck);
+    const QString trouble = QString::fromStdString(session_->trouble());
+    switch (condition) {
+    case Condition::Saved:
+        condition_->setText(tr("Everything is saved"));
+        break;
+    case Condition::Edited:
+        condition_->setText(tr("Edited; saved in a moment"));
+        break;
+    case Condition::Stuck:
+        condition_->setText(tr("Edited, and not saved yet"));
+        break;
+    case Condition::ReadOnly:
+        condition_->setText(tr("To be looked at only"));
+        break;
+    }
+    if (condition == Condition::Stuck)
+        banner_->show(trouble, {tr("Try again"), [this] { session_->save(); }});
+    else if (banner_->sentence() != putAsideSentence_)
+        banner_->show({});
+    save_->setEnabled(isWindowModified());
+}
+
+void MainWindow::showPutAside() {
+    putAsideSentence_.clear();
+    const auto when = session_->canEdit() ? session_->putAsideOn() : std::nullopt;
+    if (!when) return;
+    putAsideSentence_ = tr("Edits of %1 could not be saved then, and are kept beside the book.").arg(figures_->day(*when));
+    const auto take = [this] {
+        try {
+            session_->takePutAside();
+            putAsideSentence_.clear();
+            showCondition();
+        } catch (const Failure& failure) {
+            QMessageBox::warning(this, tr("Edits"), QString::fromUtf8(failure.what()));
+        }
+    };
+    const auto discard = [this] {
+        session_->discardPutAside();
+        putAsideSentence_.clear();
+        banner_->show({});
+    };
+    banner_->show(putAsideSentence_, {tr("Go on with them"), take}, {tr("Discard them"), discard});
+}
+
+// -- Leaving --------------------------------------------------------------------------------------------------
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (session_ && !session_->save()) {
+        const auto answer = QMessageBox::warning(
+            this, tr("Not saved"),
+            tr("%1\n\nThe edits will be offered again when the book is opened.").arg(QString::fromStdString(session_->trouble())),
+            QMessageBox::Close | QMessageBox::Cancel, QMessageBox::Cancel);
+        if (answer != QMessageBox::Close) return event->ignore();
+    }
+    rememberState();
+    event->accept();
+}
+
+void MainWindow::rememberState() const {
+    QSettings settings;
+    settings.setValue(QLatin1String(GeometryKey), saveGeometry());
+    settings.setValue(QLatin1String(PageKey), static_cast<int>(page()));
+    for (std::size_t i = 0; i < lists_.size(); ++i)
+        settings.setValue(QString::fromLatin1(ColumnsKey).arg(i), lists_[i]->headerState());
+}
+
+void MainWindow::restoreState() {
+    const QSettings settings;
+    restoreGeometry(settings.value(QLatin1String(GeometryKey)).toByteArray());
+    for (std::size_t i = 0; i < lists_.size(); ++i)
+        lists_[i]->restoreHeaderState(settings.value(QString::fromLatin1(ColumnsKey).arg(i)).toByteArray());
+    const int page = settings.value(QLatin1String(PageKey), 0).toInt();
+    const QSignalBlocker quiet(sidebar_);
+    sidebar_->setCurrentRow(page >= 0 && page < sidebar_->count() ? page : 0);
+}
+
+} // namespace estatebook::desktop

@@ -1,0 +1,168 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// MainWindow: one book, as lists of its tenures, properties, tenants and arrears, and what can be done with them.
+///
+///     DesktopLoop loop;
+///     MainWindow window(loop);
+///     window.openBook("harbour.estatebook");
+///     window.show();
+///
+/// The lists follow the book: whatever announces a change has them read anew, once in a turn of the event loop however much was
+/// announced. Of those out of sight nothing is read before they are shown.
+
+#include "estatebook-desktop/lists/ArrearsScan.hpp"
+#include "estatebook-desktop/lists/ListPage.hpp"
+#include "estatebook-desktop/session/BookSession.hpp"
+#include "estatebook-desktop/window/DesktopLoop.hpp"
+#include "estatebook-desktop/window/Figures.hpp"
+
+#include <QMainWindow>
+
+#include <array>
+#include <memory>
+#include <optional>
+
+class QAction;
+class QDateEdit;
+class QLabel;
+class QLineEdit;
+class QListWidget;
+class QStackedWidget;
+class QToolBar;
+
+namespace estatebook::desktop {
+
+class Banner;
+class SettingsPage;
+class StatementPage;
+class WelcomePage;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    enum class Page : int { Tenures, Properties, Tenants, Arrears, Settings };
+
+    /// REQUIRES: the loop outlives the window.
+    explicit MainWindow(DesktopLoop& loop);
+    ~MainWindow() override;
+
+    /// Opens a book file for editing. False when it is refused; the window then says why.
+    bool openBook(const QString& path);
+    /// Opens it without editing.
+    bool lookAtBook(const QString& path);
+    /// Makes an empty book and opens it.
+    bool makeBook(const QString& path);
+    /// Makes a book of the example and opens it; one that is there already is opened.
+    bool openExample(const QString& path);
+    /// Null as long as no book is open.
+    [[nodiscard]] BookSession* session() const noexcept { return session_.get(); }
+    [[nodiscard]] const Figures& figures() const { return *figures_; }
+
+    void showPage(Page page);
+    [[nodiscard]] Page page() const;
+    /// REQUIRES: a page of a list.
+    [[nodiscard]] ListPage& list(Page page) const { return *lists_[static_cast<std::size_t>(page)]; }
+    void search(const QString& text);
+    /// The figures of another day; those of today for none.
+    void setAsOf(const std::optional<QDate>& day);
+    void showStatementOf(TKTenure& tenure);
+    [[nodiscard]] StatementPage& statementPage() const noexcept { return *statement_; }
+    [[nodiscard]] Banner& banner() const noexcept { return *banner_; }
+
+    /// Has everything in sight read anew at the end of this turn of the event loop.
+    void refreshLater();
+    /// Reads everything in sight anew now, sums included.
+    void refreshNow();
+    /// How often it was read anew since the window was made.
+    [[nodiscard]] std::size_t refreshes() const noexcept { return refreshes_; }
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    static constexpr std::size_t Lists = 4;
+
+    // The window (MainWindow.cpp)
+    void makeLists();
+    void makeFrame();
+    void takeSession(std::unique_ptr<BookSession> session);
+    void leaveSession();
+    void refuse(const QString& path, const QString& sentence, bool canBeRead);
+    void refresh();
+    void refreshPage(Page page);
+    void refreshStale();
+    void showCondition();
+    void showPutAside();
+    void showDay();
+    void rememberState() const;
+    void restoreState();
+
+    // What can be done (MainWindowActions.cpp)
+    void makeActions();
+    void makeMenus();
+    void makeToolBar();
+    void updateActions();
+    [[nodiscard]] platform::ManagedObject* selected() const;
+    [[nodiscard]] TKTenure* selectedTenure() const;
+    void chooseNewBook();
+    void chooseBook();
+    void chooseExample();
+    void chooseImport();
+    void importDocument(const QString& document, const QString& path);
+    void undo();
+    void redo();
+    void addToList();
+    void editSelected();
+    void deleteSelected();
+    void recordPayment();
+    void showNotes();
+    void openStatement();
+    void leaveStatement();
+
+    DesktopLoop& loop_;
+    std::unique_ptr<BookSession> session_;
+    std::optional<Figures> figures_;
+    std::unique_ptr<ArrearsScan> scan_;
+    bool isRefreshDue_ = false;
+    std::size_t refreshes_ = 0;
+    /// Of each page: whether it shows the book as it is.
+    std::array<bool, Lists + 1> isFresh_{};
+    QString refusedPath_;
+    /// Of edits that an earlier session left behind, as long as they are offered.
+    QString putAsideSentence_;
+
+    std::array<ListPage*, Lists> lists_{};
+    SettingsPage* settings_ = nullptr;
+    StatementPage* statement_ = nullptr;
+    WelcomePage* welcome_ = nullptr;
+    Banner* banner_ = nullptr;
+    QListWidget* sidebar_ = nullptr;
+    QStackedWidget* pages_ = nullptr;
+    QStackedWidget* whole_ = nullptr;
+    QToolBar* toolBar_ = nullptr;
+    QLineEdit* search_ = nullptr;
+    QDateEdit* day_ = nullptr;
+    QLabel* condition_ = nullptr;
+    QLabel* currency_ = nullptr;
+
+    QAction* newBook_ = nullptr;
+    QAction* openBook_ = nullptr;
+    QAction* save_ = nullptr;
+    QAction* undo_ = nullptr;
+    QAction* redo_ = nullptr;
+    QAction* add_ = nullptr;
+    QAction* addTenure_ = nullptr;
+    QAction* addProperty_ = nullptr;
+    QAction* addTenant_ = nullptr;
+    QAction* edit_ = nullptr;
+    QAction* delete_ = nullptr;
+    QAction* pay_ = nullptr;
+    QAction* notes_ = nullptr;
+    QAction* openStatement_ = nullptr;
+    QAction* today_ = nullptr;
+};
+
+} // namespace estatebook::desktop

@@ -1,0 +1,265 @@
+// SPDX-License-Identifier: MIT
+#include "estatebook-desktop/statement/StatementPage.hpp"
+#include "estatebook-desktop/window/MainWindow.hpp"
+
+#include <QAction>
+#include <QApplication>
+#include <QDateEdit>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProcess>
+#include <QStackedWidget>
+#include <QStandardPaths>
+#include <QTableView>
+#include <QToolBar>
+
+namespace estatebook::desktop {
+
+namespace {
+
+constexpr const char* BookSuffix = ".estatebook";
+constexpr int SearchWidth = 220;
+
+QString documentsFolder() {
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return QFileInfo(folder).isDir() ? folder : QDir::homePath();
+}
+
+QString withSuffix(const QString& path) {
+    const QString suffix = QLatin1String(BookSuffix);
+    return path.isEmpty() || path.endsWith(suffix) ? path : path + suffix;
+}
+
+} // namespace
+
+// -- Actions and where they stand -----------------------------------------------------------------------------
+
+void MainWindow::makeActions() {
+    const auto make = [this](const char* name, const QString& text, const QKeySequence& keys, auto slot) {
+        auto* action = new QAction(text, this);
+        action->setObjectName(QLatin1String(name));
+        action->setShortcut(keys);
+        if (!keys.isEmpty())
+            action->setToolTip(QStringLiteral("%1 (%2)").arg(QString(text).remove(QLatin1Char('&')),
+                                                             keys.toString(QKeySequence::NativeText)));
+        connect(action, &QAction::triggered, this, slot);
+        addAction(action);
+        return action;
+    };
+    newBook_ = make("newBook", tr("&New Book…"), tr("Ctrl+Shift+N"), &MainWindow::chooseNewBook);
+    openBook_ = make("openBook", tr("&Open…"), tr("Ctrl+O"), &MainWindow::chooseBook);
+    save_ = make("save", tr("&Save Now"), tr("Ctrl+S"), [this] { session_->save(); });
+    undo_ = make("undo", tr("&Undo"), tr("Ctrl+Z"), &MainWindow::undo);
+    redo_ = make("redo", tr("&Redo"), tr("Ctrl+Shift+Z"), &MainWindow::redo);
+    add_ = make("add", tr("&New…"), tr("Ctrl+N"), &MainWindow::addToList);
+    addTenure_ = make("addTenure", tr("New &Letting…"), tr("Ctrl+T"), [this] { showPage(Page::Tenures); addToList(); });
+    addProperty_ = make("addProperty", tr("New &Property…"), {}, [this] { showPage(Page::Properties); addToList(); });
+    addTenant_ = make("addTenant", tr("New &Tenant…"), {}, [this] { showPage(Page::Tenants); addToList(); });
+    edit_ = make("edit", tr("&Edit…"), tr("Ctrl+E"), &MainWindow::editSelected);
+    delete_ = make("delete", tr("&Delete…"), tr("Ctrl+Del"), &MainWindow::deleteSelected);
+    pay_ = make("pay", tr("Record &Payment…"), tr("Ctrl+P"), &MainWindow::recordPayment);
+    notes_ = make("notes", tr("N&otes…"), tr("Ctrl+M"), &MainWindow::showNotes);
+    openStatement_ = make("statement", tr("&Statement"), tr("Ctrl+Return"), &MainWindow::openStatement);
+    today_ = make("today", tr("Today"), {}, [this] { setAsOf(std::nullopt); });
+    today_->setToolTip(tr("Back to the figures of today"));
+}
+
+void MainWindow::makeMenus() {
+    QMenu* book = menuBar()->addMenu(tr("&Book"));
+    book->addActions({newBook_, openBook_});
+    book->addAction(tr("&Example Book"), this, &MainWindow::chooseExample);
+    book->addAction(tr("&Import a Document…"), this, &MainWindow::chooseImport);
+    book->addSeparator();
+    book->addAction(save_);
+    book->addSeparator();
+    book->addAction(tr("&Quit"), QKeySequence(tr("Ctrl+Q")), this, &MainWindow::close);
+
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    edit->addActions({undo_, redo_});
+    edit->addSeparator();
+    edit->addActions({add_, edit_, delete_});
+    edit->addSeparator();
+    edit->addAction(tr("&Find"), QKeySequence(tr("Ctrl+F")), this, [this] {
+        search_->setFocus();
+        search_->selectAll();
+    });
+
+    QMenu* letting = menuBar()->addMenu(tr("&Letting"));
+    letting->addActions({addTenure_, addProperty_, addTenant_});
+    letting->addSeparator();
+    letting->addActions({pay_, openStatement_, notes_});
+
+    QMenu* view = menuBar()->addMenu(tr("&View"));
+    for (int page = 0; page < sidebar_->count(); ++page)
+        view->addAction(sidebar_->item(page)->text(), QKeySequence(tr("Ctrl+%1").arg(page + 1)), this,
+                        [this, page] { showPage(static_cast<Page>(page)); });
+    view->addSeparator();
+    view->addAction(today_);
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("&About EstateBook"), this, [this] {
+        QMessageBox::about(this, tr("EstateBook"),
+                           tr("EstateBook %1\n\nThe books of rental properties: who rents what, what is owed, and what was paid.")
+                               .arg(QApplication::applicationVersion()));
+    });
+}
+
+void MainWindow::makeToolBar() {
+    toolBar_ = addToolBar(tr("Tools"));
+    toolBar_->setObjectName(QStringLiteral("tools"));
+    toolBar_->setMovable(false);
+    toolBar_->setToolButtonStyle(Qt::ToolButtonTextOnly);
+    toolBar_->addActions({add_, edit_, pay_, openStatement_, notes_});
+    auto* space = new QWidget;
+    space->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    toolBar_->addWidget(space);
+
+    auto* asOf = new QLabel(tr("As of "));
+    day_ = new QDateEdit;
+    day_->setObjectName(QStringLiteral("day"));
+    day_->setAccessibleName(tr("The day of the figures"));
+    day_->setCalendarPopup(true);
+    day_->setDateRange(QDate(1583, 1, 1), QDate(9999, 12, 31));
+    day_->setDisplayFormat(tr("d MMM yyyy"));
+    asOf->setBuddy(day_);
+    connect(day_, &QDateEdit::dateChanged, this, [this](const QDate& day) { setAsOf(day); });
+    toolBar_->addWidget(asOf);
+    toolBar_->addWidget(day_);
+    toolBar_->addAction(today_);
+    toolBar_->addSeparator();
+
+    search_ = new QLineEdit;
+    search_->setObjectName(QStringLiteral("search"));
+    search_->setAccessibleName(tr("Search"));
+    search_->setPlaceholderText(tr("Search"));
+    search_->setClearButtonEnabled(true);
+    search_->setFixedWidth(SearchWidth);
+    connect(search_, &QLineEdit::textChanged, this, &MainWindow::search);
+    toolBar_->addWidget(search_);
+}
+
+void MainWindow::updateActions() {
+    const bool isOpen = session_ != nullptr;
+    const bool canEdit = isOpen && session_->canEdit();
+    const bool isStatement = isOpen && pages_->currentWidget() == statement_;
+    const bool isSelected = selected() != nullptr;
+    for (QAction* action : {addTenure_, addProperty_, addTenant_}) action->setEnabled(canEdit);
+    add_->setEnabled(canEdit && page() != Page::Settings);
+    edit_->setEnabled(canEdit && isSelected);
+    delete_->setEnabled(canEdit && isSelected && !isStatement);
+    notes_->setEnabled(isSelected);
+    pay_->setEnabled(canEdit && isSelected && page() != Page::Tenants);
+    openStatement_->setEnabled(!isStatement && selectedTenure() != nullptr);
+    today_->setEnabled(isOpen && session_->asOf().has_value());
+    save_->setEnabled(isOpen && isWindowModified());
+
+    const auto label = [](const QString& verb, const std::string& name) {
+        return name.empty() ? verb : QStringLiteral("%1 %2").arg(verb, QString::fromStdString(name));
+    };
+    undo_->setEnabled(canEdit && session_->canUndo());
+    redo_->setEnabled(canEdit && session_->canRedo());
+    undo_->setText(label(tr("&Undo"), canEdit ? session_->undoName() : std::string()));
+    redo_->setText(label(tr("&Redo"), canEdit ? session_->redoName() : std::string()));
+}
+
+platform::ManagedObject* MainWindow::selected() const {
+    if (!session_) return nullptr;
+    if (pages_->currentWidget() == statement_) return statement_->tenure();
+    return page() == Page::Settings ? nullptr : list(page()).selected();
+}
+
+TKTenure* MainWindow::selectedTenure() const {
+    return dynamic_cast<TKTenure*>(selected());
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Escape || !session_) return QMainWindow::keyPressEvent(event);
+    if (pages_->currentWidget() == statement_)
+        leaveStatement();
+    else
+        search_->clear();
+}
+
+// -- Books ----------------------------------------------------------------------------------------------------
+
+void MainWindow::chooseNewBook() {
+    const QString path = withSuffix(QFileDialog::getSaveFileName(
+        this, tr("New Book"), documentsFolder() + QLatin1Char('/') + tr("My Properties") + QLatin1String(BookSuffix),
+        tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
+    if (!path.isEmpty()) makeBook(path);
+}
+
+// A process has one book, since all its days are those of the book's zone.
+void MainWindow::chooseBook() {
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open Book"), documentsFolder(),
+                                                      tr("Books (*%1);;All files (*)").arg(QLatin1String(BookSuffix)));
+    if (path.isEmpty()) return;
+    if (session_)
+        QProcess::startDetached(QApplication::applicationFilePath(), {path});
+    else
+        openBook(path);
+}
+
+void MainWindow::chooseExample() {
+    const QString path = documentsFolder() + QLatin1Char('/') + tr("Harbour Street") + QLatin1String(BookSuffix);
+    if (session_ && session_->path() == path.toStdString()) return;
+    openExample(path);
+}
+
+void MainWindow::chooseImport() {
+    const QString document = QFileDialog::getOpenFileName(this, tr("Import a Document"), documentsFolder(),
+                                                          tr("Book documents (*.json);;All files (*)"));
+    if (document.isEmpty()) return;
+    const QString path = withSuffix(QFileDialog::getSaveFileName(
+        this, tr("New Book of the Document"),
+        documentsFolder() + QLatin1Char('/') + QFileInfo(document).completeBaseName() + QLatin1String(BookSuffix),
+        tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
+    if (!path.isEmpty()) importDocument(document, path);
+}
+
+void MainWindow::importDocument(const QString& document, const QString& path) {
+    QFile file(document);
+    try {
+        if (!file.open(QIODevice::ReadOnly))
+            throw Failure(ExitCode::CannotRead, tr("%1: %2; choose another one").arg(document, file.errorString()).toStdString());
+        leaveSession();
+        BookSession::makeOfDocument(path.toStdString(), file.readAll().toStdString(), document.toStdString());
+    } catch (const Failure& failure) {
+        QMessageBox::warning(this, tr("Import a Document"), QString::fromUtf8(failure.what()));
+        return;
+    }
+    openBook(path);
+}
+
+// -- Editing --------------------------------------------------------------------------------------------------
+
+void MainWindow::undo() {
+    session_->undo();
+}
+
+void MainWindow::redo() {
+    session_->redo();
+}
+
+void MainWindow::openStatement() {
+    if (TKTenure* tenure = selectedTenure()) showStatementOf(*tenure);
+}
+
+void MainWindow::addToList() {
+}
+void MainWindow::editSelected() {
+}
+void MainWindow::recordPayment() {
+}
+void MainWindow::showNotes() {
+}
+void MainWindow::deleteSelected() {
+}
+
+} // namespace estatebook::desktop
