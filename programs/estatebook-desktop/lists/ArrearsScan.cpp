@@ -61,7 +61,7 @@ void ArrearsScan::lookAt(TKTenure& tenure) {
     const auto ageing = statement ? reckon([&] { return Ageing::ofStatement(**statement, today); })
                                   : Reckoned<Ageing>(statement.error());
     const Figures& figures = figures_();
-    const QString name = textOf(tenure.name());
+    const QString name = partiesOf(tenure);
     if (!ageing) {
         ListModel::Row row{{{name}, {}, {figures.amount(Reckoned<Decimal>(ageing.error()))}}};
         row.cells.resize(list_.columns().size());

@@ -93,6 +93,12 @@ QString standingOf(const TKTenure& tenure) {
     return start && today && *start > *today ? words("To come") : words("Ended");
 }
 
+QString partiesOf(const TKTenure& tenure) {
+    const QString property = tenure.property() ? textOf(tenure.property()->fullName()) : words("no property");
+    const QString tenant = tenure.tenant() ? textOf(tenure.tenant()->name()) : words("no tenant");
+    return QStringLiteral("%1 - %2").arg(property, tenant);
+}
+
 std::unique_ptr<ListModel> makeTenureList(const FiguresSource& figures) {
     return std::make_unique<ListModel>(
         std::vector<ListModel::Column>{{words("Letting")},

@@ -26,5 +26,7 @@ using FiguresSource = std::function<const Figures&()>;
 
 /// "Let", "Ended" or "To come": where the letting stands on the day.
 [[nodiscard]] QString standingOf(const TKTenure& tenure);
+/// The property and the tenant of a letting: "Flat 2 - A. Smith".
+[[nodiscard]] QString partiesOf(const TKTenure& tenure);
 
 } // namespace estatebook::desktop

@@ -2,6 +2,7 @@
 #include "estatebook-desktop/lists/ListPage.hpp"
 
 #include <QEvent>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
@@ -11,6 +12,7 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <utility>
 
 namespace estatebook::desktop {
@@ -19,8 +21,11 @@ using platform::Decimal;
 
 namespace {
 
-constexpr int AmountWidth = 118;
-constexpr int TextWidth = 128;
+// As wide as amounts and days usually are, in characters.
+constexpr int AmountCharacters = 12;
+constexpr int TextCharacters = 14;
+constexpr int LeastCharacters = 6;
+constexpr int SpaceAroundTitle = 22;
 constexpr int SpaceAroundRow = 10;
 constexpr int WidthOfAdvice = 420;
 
@@ -89,9 +94,14 @@ void ListPage::makeTable(const QString& name) {
     header.setHighlightSections(false);
     header.setStretchLastSection(false);
     header.setSortIndicatorClearable(true);
-    header.setMinimumSectionSize(AmountWidth / 2);
-    for (int i = 0; i < model_->columnCount(); ++i)
-        header.resizeSection(i, model_->columns()[static_cast<std::size_t>(i)].isAmount ? AmountWidth : TextWidth);
+    const int character = table_->fontMetrics().horizontalAdvance(QLatin1Char('0'));
+    header.setMinimumSectionSize(LeastCharacters * character);
+    for (int i = 0; i < model_->columnCount(); ++i) {
+        const ListModel::Column& column = model_->columns()[static_cast<std::size_t>(i)];
+        const int usual = character * (column.isAmount ? AmountCharacters : TextCharacters);
+        const int title = table_->fontMetrics().horizontalAdvance(column.title) + SpaceAroundTitle;
+        header.resizeSection(i, std::max(usual, title));
+    }
     header.setSectionResizeMode(0, QHeaderView::Stretch);
 
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ListPage::selectionChanged);
@@ -112,14 +122,19 @@ void ListPage::makeTotals(const QString& name) {
     totalsView_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     totalsView_->setFont(bold(totalsView_->font()));
     totalsView_->horizontalHeader()->hide();
-    totalsView_->horizontalHeader()->setMinimumSectionSize(AmountWidth / 2);
+    totalsView_->horizontalHeader()->setMinimumSectionSize(1);
     totalsView_->setFixedHeight(totalsView_->verticalHeader()->defaultSectionSize() + 2);
     QPalette palette = totalsView_->palette();
     palette.setColor(QPalette::Base, palette.color(QPalette::Window));
     totalsView_->setPalette(palette);
 
-    connect(table_->horizontalHeader(), &QHeaderView::sectionResized, totalsView_,
-            [this](int section, int, int width) { totalsView_->horizontalHeader()->resizeSection(section, width); });
+    const auto follow = [this] {
+        for (int i = 0; i < totals_.columnCount(); ++i)
+            totalsView_->horizontalHeader()->resizeSection(i, table_->horizontalHeader()->sectionSize(i));
+    };
+    connect(table_->horizontalHeader(), &QHeaderView::sectionResized, totalsView_, follow);
+    connect(table_->horizontalHeader(), &QHeaderView::geometriesChanged, totalsView_, follow);
+    follow();
     connect(table_->horizontalScrollBar(), &QScrollBar::valueChanged, totalsView_->horizontalScrollBar(),
             &QScrollBar::setValue);
 }
@@ -136,17 +151,25 @@ void ListPage::makeEmptyWords() {
     emptyAdvice_ = new QLabel;
     emptyAdvice_->setWordWrap(true);
     emptyAdvice_->setAlignment(Qt::AlignCenter);
-    emptyAdvice_->setFixedWidth(WidthOfAdvice);
     emptyButton_ = new QPushButton;
     connect(emptyButton_, &QPushButton::clicked, this, &ListPage::beginningWanted);
 
-    auto* column = new QVBoxLayout(emptyWords_);
+    // A fixed width, so that words that are wrapped tell how high they are.
+    auto* words = new QWidget;
+    words->setFixedWidth(WidthOfAdvice);
+    auto* column = new QVBoxLayout(words);
     column->setSpacing(12);
-    column->addStretch();
-    column->addWidget(emptyTitle_, 0, Qt::AlignHCenter);
-    column->addWidget(emptyAdvice_, 0, Qt::AlignHCenter);
+    column->addWidget(emptyTitle_);
+    column->addWidget(emptyAdvice_);
     column->addWidget(emptyButton_, 0, Qt::AlignHCenter);
-    column->addStretch();
+    auto* row = new QHBoxLayout;
+    row->addStretch();
+    row->addWidget(words);
+    row->addStretch();
+    auto* whole = new QVBoxLayout(emptyWords_);
+    whole->addStretch();
+    whole->addLayout(row);
+    whole->addStretch();
 }
 
 bool ListPage::eventFilter(QObject* watched, QEvent* event) {

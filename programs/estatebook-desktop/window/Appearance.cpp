@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/window/Appearance.hpp"
 
+#include "estatebook-desktop/window/RoomyStyle.hpp"
+
 #include <QApplication>
 #include <QStyleFactory>
 
@@ -68,8 +70,11 @@ std::optional<Appearance> appearanceNamed(const QString& name) {
 }
 
 void applyAppearance(Appearance appearance) {
-    if (appearance == Appearance::System) return;
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    if (appearance == Appearance::System) {
+        QApplication::setStyle(new RoomyStyle);
+        return;
+    }
+    QApplication::setStyle(new RoomyStyle(QStyleFactory::create(QStringLiteral("Fusion"))));
     QApplication::setPalette(appearance == Appearance::Dark ? darkPalette() : lightPalette());
 }
 

@@ -259,6 +259,7 @@ void MainWindow::showPage(Page page) {
     if (!session_) return;
     pages_->setCurrentIndex(static_cast<int>(page));
     refreshStale();
+    if (!sidebar_->hasFocus() && !search_->hasFocus() && page != Page::Settings) list(page).table().setFocus();
     updateActions();
 }
 

@@ -2,6 +2,7 @@
 #include "estatebook-desktop/window/WelcomePage.hpp"
 
 #include <QFrame>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -16,8 +17,7 @@ QLabel* addWords(QVBoxLayout& column, const QString& text) {
     auto* label = new QLabel(text);
     label->setWordWrap(true);
     label->setAlignment(Qt::AlignCenter);
-    label->setFixedWidth(Width);
-    column.addWidget(label, 0, Qt::AlignHCenter);
+    column.addWidget(label);
     return label;
 }
 
@@ -32,9 +32,19 @@ QPushButton* addButton(QVBoxLayout& column, const QString& text) {
 } // namespace
 
 WelcomePage::WelcomePage() {
-    auto* column = new QVBoxLayout(this);
+    // A fixed width, so that words that are wrapped tell how high they are.
+    auto* words = new QWidget;
+    words->setFixedWidth(Width);
+    auto* whole = new QVBoxLayout(this);
+    auto* row = new QHBoxLayout;
+    row->addStretch();
+    row->addWidget(words);
+    row->addStretch();
+    whole->addStretch();
+    whole->addLayout(row);
+    whole->addStretch();
+    auto* column = new QVBoxLayout(words);
     column->setSpacing(10);
-    column->addStretch();
     QLabel* title = addWords(*column, tr("EstateBook"));
     QFont font = title->font();
     font.setPointSizeF(font.pointSizeF() * 2);
@@ -56,7 +66,6 @@ WelcomePage::WelcomePage() {
     column->addSpacing(4);
     QLabel* hint = addWords(*column, tr("The example is a copy of your own: change in it whatever you like."));
     hint->setForegroundRole(QPalette::PlaceholderText);
-    column->addStretch();
 
     connect(example, &QPushButton::clicked, this, &WelcomePage::exampleWanted);
     connect(fresh, &QPushButton::clicked, this, &WelcomePage::newBookWanted);

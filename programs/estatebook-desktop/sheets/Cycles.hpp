@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// Cycles: billing cycles as lists of choices show them.
+
+#include "billing/TKPeriodicBilling.hpp"
+#include "platform/values/Number.hpp"
+
+#include <QComboBox>
+
+#include <array>
+#include <optional>
+
+namespace estatebook::desktop {
+
+/// In the order of the lists in interface files.
+inline constexpr std::array<TKBillingCycle, 4> Cycles{TKBillingCycleDay, TKBillingCycleWeek, TKBillingCycleMonth,
+                                                      TKBillingCycleYear};
+
+/// Months for a cycle that is none.
+inline void showCycle(QComboBox& list, const std::optional<platform::Number>& cycle) {
+    int shown = 2;
+    for (std::size_t i = 0; i < Cycles.size(); ++i)
+        if (cycle && cycle->unsignedIntegerValue() == Cycles[i]) shown = static_cast<int>(i);
+    list.setCurrentIndex(shown);
+}
+
+[[nodiscard]] inline platform::Number cycleIn(const QComboBox& list) {
+    return platform::Number(Cycles[static_cast<std::size_t>(list.currentIndex())]);
+}
+
+} // namespace estatebook::desktop
