@@ -5,6 +5,8 @@
 #include "estatebook-desktop/window/Appearance.hpp"
 #include "estatebook-desktop/window/MainWindow.hpp"
 
+#include "platform/toolkit/qt/QtToolkit.hpp"
+
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -49,6 +51,8 @@ int runDesktop(int argumentCount, char** arguments) {
     }
     if (parser.isSet(picturesOption)) return makeScreenshots(parser.value(picturesOption));
     applyAppearance(*appearance);
+    platform::QtToolkit toolkit;
+    platform::Toolkit::setCurrent(&toolkit);
     if (parser.isSet(hereOption)) {
         // Nothing of it is remembered.
         const QTemporaryDir settings;

@@ -50,12 +50,12 @@ void ListModel::replace(Objects objects, Rows rows) {
         endInsertRows();
     }
     rows_ = std::move(rows);
-    if (!objects_.empty()) emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    if (!objects_.empty()) Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
 }
 
 void ListModel::setTitles(const std::vector<QString>& titles) {
     for (std::size_t i = 0; i < columns_.size(); ++i) columns_[i].title = titles[i];
-    emit headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
+    Q_EMIT headerDataChanged(Qt::Horizontal, 0, columnCount() - 1);
 }
 
 int ListModel::rowOf(const platform::ManagedObject& object) const {

@@ -177,7 +177,7 @@ bool ListPage::eventFilter(QObject* watched, QEvent* event) {
         const auto* key = static_cast<QKeyEvent*>(event);
         const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
         if (isReturn && key->modifiers() == Qt::NoModifier && selected()) {
-            emit opened();
+            Q_EMIT opened();
             return true;
         }
     }

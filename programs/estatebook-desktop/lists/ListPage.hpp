@@ -54,7 +54,7 @@ public:
     [[nodiscard]] QByteArray headerState() const;
     bool restoreHeaderState(const QByteArray& state);
 
-signals:
+Q_SIGNALS:
     void selectionChanged();
     /// The row was opened, with the return key or by a double click.
     void opened();

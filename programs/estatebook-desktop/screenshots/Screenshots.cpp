@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/screenshots/Screenshots.hpp"
 
+#include "estatebook-desktop/sheets/BookSheet.hpp"
 #include "estatebook-desktop/window/MainWindow.hpp"
 
 #include "platform/system/Clock.hpp"
 
+#include <QAction>
 #include <QApplication>
 #include <QDir>
 #include <QProcess>
@@ -91,6 +93,21 @@ int makeScreenshotsHere(const QString& folder, const QString& suffix) {
     takePage(MainWindow::Page::Tenants, QStringLiteral("tenants"));
     takePage(MainWindow::Page::Arrears, QStringLiteral("arrears"));
     takePage(MainWindow::Page::Settings, QStringLiteral("settings"));
+    const auto takeSheet = [&](MainWindow::Page page, int row, const char* action, const QString& name) {
+        window.showPage(page);
+        window.refreshNow();
+        window.list(page).table().selectRow(row);
+        window.findChild<QAction*>(QLatin1String(action))->trigger();
+        if (!window.sheet()) return;
+        photographer.take(*window.sheet()->qtWindow().widget(), name);
+        window.sheet()->cancelSheet();
+    };
+    takeSheet(MainWindow::Page::Tenures, 2, "edit", QStringLiteral("sheet-letting"));
+    takeSheet(MainWindow::Page::Tenures, 0, "add", QStringLiteral("sheet-new-letting"));
+    takeSheet(MainWindow::Page::Tenures, 2, "pay", QStringLiteral("sheet-payment"));
+    takeSheet(MainWindow::Page::Properties, 0, "notes", QStringLiteral("sheet-notes"));
+    takeSheet(MainWindow::Page::Properties, 1, "edit", QStringLiteral("sheet-property"));
+    takeSheet(MainWindow::Page::Tenants, 0, "edit", QStringLiteral("sheet-tenant"));
     window.showPage(MainWindow::Page::Tenures);
     if (TKTenure* tenure = tenureOf(window, "M. Jones")) {
         window.showStatementOf(*tenure);

@@ -27,7 +27,7 @@ QString words(const char* text) {
 
 QString contentOf(const TKNote& note) {
     const Value content = note.content();
-    if (const auto attributed = content.as<AttributedString>()) return textOf(attributed->string());
+    if (const auto attributed = content.as<AttributedString>()) return textOf(attributed->text());
     return textOf(content.string());
 }
 

@@ -6,7 +6,9 @@
 #include "estatebook/Amounts.hpp"
 #include "estatebook/Csv.hpp"
 #include "estatebook/Failure.hpp"
+#include "estatebook/WholeFile.hpp"
 #include "estatebook/document/DateText.hpp"
+#include "paper/StatementPdf.hpp"
 
 #include <QCheckBox>
 #include <QClipboard>
@@ -20,7 +22,6 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
-#include <QSaveFile>
 #include <QTableView>
 #include <QTextDocument>
 #include <QToolButton>
@@ -75,6 +76,7 @@ StatementPage::StatementPage(BookSession& session, std::function<const Figures&(
     choices->addStretch();
     QPushButton* copy = addButton(*choices, tr("&Copy"));
     QPushButton* csv = addButton(*choices, tr("C&SV…"));
+    QPushButton* pdf = addButton(*choices, tr("PD&F…"));
     QPushButton* print = addButton(*choices, tr("&Print…"));
 
     auto* column = new QVBoxLayout(this);
@@ -91,8 +93,10 @@ StatementPage::StatementPage(BookSession& session, std::function<const Figures&(
     connect(print, &QPushButton::clicked, this, &StatementPage::print);
     connect(csv, &QPushButton::clicked, this,
             [this] { save(tr("Comma-separated values (*.csv)"), QStringLiteral(".csv"), [this] { return this->csv(); }); });
+    connect(pdf, &QPushButton::clicked, this,
+            [this] { save(tr("PDF documents (*.pdf)"), QStringLiteral(".pdf"), [this] { return this->pdf(); }); });
     connect(table_, &QTableView::doubleClicked, this, [this](const QModelIndex& index) {
-        if (TKTransaction* transaction = model_.transaction(index.row())) emit opened(transaction);
+        if (TKTransaction* transaction = model_.transaction(index.row())) Q_EMIT opened(transaction);
     });
 }
 
@@ -130,7 +134,7 @@ void StatementPage::refresh() {
     if (!tenure_->managedObjectContext() || tenure_->isDeleted()) {
         tenure_ = nullptr;
         model_.clear();
-        emit leaving();
+        Q_EMIT leaving();
         return;
     }
     const Figures& figures = figures_();
@@ -236,14 +240,60 @@ void StatementPage::save(const QString& filter, const QString& suffix,
     const QString path = QFileDialog::getSaveFileName(this, tr("Save Statement"), name, filter);
     if (path.isEmpty()) return;
     try {
-        const std::string bytes = content();
-        QSaveFile file(path);
-        if (file.open(QIODevice::WriteOnly) && file.write(bytes.data(), static_cast<qint64>(bytes.size())) >= 0 &&
-            file.commit())
-            return;
-        QMessageBox::warning(this, tr("Save Statement"), tr("%1: %2; choose another place").arg(path, file.errorString()));
+        writeWholeFile(path.toStdString(), content());
     } catch (const Failure& failure) {
         QMessageBox::warning(this, tr("Save Statement"), QString::fromUtf8(failure.what()));
+    }
+}
+
+// Worded as on the screen, so that paper and screen are in one language.
+paper::PrintedStatement StatementPage::printed() const {
+    const Figures& figures = figures_();
+    const auto text = [](const QString& words) { return words.toStdString(); };
+    paper::PrintedStatement printed{.title = text(textOf(tenure_->name())), .subtitle = text(heading())};
+    printed.columns = {text(tr("Date")), text(tr("Description")), text(tr("Amount")), text(tr("Balance"))};
+    printed.pageOfPages = text(tr("Page {page} of {pages}"));
+    printed.continued = text(tr("{heading} (continued)"));
+    bool hasGenerated = false;
+    const auto linesOf = [&](const std::vector<StatementParts::Line>& lines) {
+        std::vector<paper::PrintedStatement::Line> made;
+        for (const auto& [line, tags, transaction] : lines) {
+            made.push_back({text(figures.day(line.when)), line.what, text(figures.amount(line.amount)),
+                            text(figures.amount(line.balance)), line.isGenerated});
+            hasGenerated = hasGenerated || line.isGenerated;
+        }
+        return made;
+    };
+    for (const StatementParts::Part& part : parts_.parts) {
+        auto& due = printed.sections.emplace_back();
+        due.heading = part.tag.value_or("");
+        due.isPart = part.tag.has_value();
+        due.lines = linesOf(part.due);
+        due.totals.push_back({text(tr("Balance on %1").arg(figures.day(session_.today()))),
+                              text(figures.amount(part.sheet.balance()))});
+        if (!part.tag && part.sheet.balance().isNegative())
+            due.totals.push_back({text(tr("Outstanding")), text(figures.amount(part.sheet.outstanding()))});
+        if (part.notYetDue.empty()) continue;
+        auto& later = printed.sections.emplace_back();
+        later.heading = text(tr("Not yet due"));
+        later.lines = linesOf(part.notYetDue);
+        later.totals.push_back(
+            {text(tr("Balance with what is not yet due")), text(figures.amount(part.sheet.finalBalance()))});
+    }
+    if (hasGenerated)
+        printed.remarks.push_back(text(tr("Lines in italics are not recorded, but reckoned from the terms of the letting.")));
+    if (parts_.untaggedCount > 0)
+        printed.remarks.push_back(text(tr("Lines without a tag: %1, which come to %2")
+                                           .arg(parts_.untaggedCount)
+                                           .arg(figures.amount(parts_.untaggedAmount))));
+    return printed;
+}
+
+std::string StatementPage::pdf() const {
+    try {
+        return paper::pdfOf(printed(), paper::PaperSize::ofLocale(QLocale().name().toStdString()));
+    } catch (const paper::PaperError& error) {
+        throw Failure(ExitCode::CannotRead, error.what());
     }
 }
 

@@ -4,6 +4,7 @@
 /// StatementPage: the statement of a letting, to be read, printed, and taken elsewhere.
 
 #include "estatebook-desktop/statement/StatementModel.hpp"
+#include "paper/PrintedStatement.hpp"
 
 #include <QWidget>
 
@@ -32,10 +33,12 @@ public:
 
     /// The lines that are shown, as comma-separated values with a line of titles.
     [[nodiscard]] std::string csv() const;
+    /// The statement as a PDF document; throws Failure when it cannot be made.
+    [[nodiscard]] std::string pdf() const;
     /// The selected lines, or all when none is selected, for the clipboard.
     [[nodiscard]] QString copiedText() const;
 
-signals:
+Q_SIGNALS:
     void leaving();
     /// A line that somebody recorded was opened.
     void opened(TKTransaction* transaction);
@@ -48,6 +51,7 @@ private:
     void save(const QString& filter, const QString& suffix, const std::function<std::string()>& content);
     [[nodiscard]] QString heading() const;
     [[nodiscard]] QString html() const;
+    [[nodiscard]] paper::PrintedStatement printed() const;
 
     BookSession& session_;
     std::function<const Figures&()> figures_;

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/window/MainWindow.hpp"
 
+#include "estatebook-desktop/sheets/BookSheet.hpp"
 #include "estatebook-desktop/statement/StatementPage.hpp"
 #include "estatebook-desktop/window/Banner.hpp"
 #include "estatebook-desktop/window/SettingsPage.hpp"
 #include "estatebook-desktop/window/WelcomePage.hpp"
 
 #include "platform/system/Clock.hpp"
+#include "platform/toolkit/qt/QtWindow.hpp"
 
 #include <QCloseEvent>
 #include <QDateEdit>
@@ -47,6 +49,16 @@ ListModel::Objects objectsOf(const std::vector<Ref<T>>& objects) {
     return {objects.begin(), objects.end()};
 }
 
+/// The book as sheets find it behind the window.
+class BookDocument final : public platform::Document {
+public:
+    explicit BookDocument(platform::ManagedObjectContext& context) : context_(&context) {}
+    [[nodiscard]] Ref<platform::ManagedObjectContext> managedObjectContext() const override { return context_; }
+
+private:
+    Ref<platform::ManagedObjectContext> context_;
+};
+
 } // namespace
 
 MainWindow::MainWindow(DesktopLoop& loop) : loop_(loop) {
@@ -56,11 +68,14 @@ MainWindow::MainWindow(DesktopLoop& loop) : loop_(loop) {
     makeFrame();
     makeMenus();
     makeToolBar();
+    controller_ = platform::makeRef<platform::WindowController>();
+    controller_->setWindow(platform::QtWindow::around(*this));
     leaveSession();
     restoreState();
 }
 
 MainWindow::~MainWindow() {
+    controller_->close();
     leaveSession();
 }
 
@@ -198,6 +213,8 @@ void MainWindow::refuse(const QString& path, const QString& sentence, bool canBe
 
 void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
     session_ = std::move(session);
+    document_ = platform::makeRef<BookDocument>(session_->context());
+    controller_->setDocument(document_.get());
     figures_ = Figures::of(*session_);
     scan_ = std::make_unique<ArrearsScan>(*session_, lists_[static_cast<std::size_t>(Page::Arrears)]->model(),
                                           [this]() -> const Figures& { return *figures_; });
@@ -206,6 +223,8 @@ void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
     pages_->addWidget(settings_);
     pages_->addWidget(statement_);
     connect(statement_, &StatementPage::leaving, this, &MainWindow::leaveStatement);
+    connect(statement_, &StatementPage::opened, this,
+            [this](TKTransaction* transaction) { editTransaction(*transaction); });
     session_->whenChanged([this] { refreshLater(); });
     session_->whenConditionChanged([this] { showCondition(); });
 
@@ -233,6 +252,7 @@ void MainWindow::leaveSession() {
     delete std::exchange(settings_, nullptr);
     delete std::exchange(statement_, nullptr);
     scan_.reset();
+    document_ = nullptr;
     session_.reset();
     figures_.reset();
     banner_->show({});

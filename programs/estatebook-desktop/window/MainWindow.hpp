@@ -17,6 +17,8 @@
 #include "estatebook-desktop/window/DesktopLoop.hpp"
 #include "estatebook-desktop/window/Figures.hpp"
 
+#include "platform/toolkit/WindowController.hpp"
+
 #include <QMainWindow>
 
 #include <array>
@@ -31,9 +33,14 @@ class QListWidget;
 class QStackedWidget;
 class QToolBar;
 
+namespace estatebook {
+class QBSheetController;
+}
+
 namespace estatebook::desktop {
 
 class Banner;
+class BookSheet;
 class SettingsPage;
 class StatementPage;
 class WelcomePage;
@@ -70,6 +77,11 @@ public:
     void showStatementOf(TKTenure& tenure);
     [[nodiscard]] StatementPage& statementPage() const noexcept { return *statement_; }
     [[nodiscard]] Banner& banner() const noexcept { return *banner_; }
+
+    /// The sheet in front of the window; null when there is none.
+    [[nodiscard]] const platform::Ref<BookSheet>& sheet() const noexcept { return sheet_; }
+    /// Of the sheet.
+    void sheetControllerDidEndWithResult(QBSheetController& controller, std::int64_t result);
 
     /// Has everything in sight read anew at the end of this turn of the event loop.
     void refreshLater();
@@ -121,9 +133,19 @@ private:
     void showNotes();
     void openStatement();
     void leaveStatement();
+    void editTransaction(TKTransaction& transaction);
+    /// Saves what can be saved, and shows the sheet. `whenConfirmed` gives the object to be selected then; it may be null.
+    void showSheet(const platform::Ref<BookSheet>& sheet,
+                   std::function<platform::ManagedObject*()> whenConfirmed = {});
+    void deleteObject(platform::ManagedObject& object, const QString& name, const QString& step);
 
     DesktopLoop& loop_;
     std::unique_ptr<BookSession> session_;
+    /// The window and the book as sheets know them.
+    platform::Ref<platform::Document> document_;
+    platform::Ref<platform::WindowController> controller_;
+    platform::Ref<BookSheet> sheet_;
+    std::function<platform::ManagedObject*()> whenConfirmed_;
     std::optional<Figures> figures_;
     std::unique_ptr<ArrearsScan> scan_;
     bool isRefreshDue_ = false;

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "estatebook-desktop/sheets/AccountSheets.hpp"
+#include "estatebook-desktop/sheets/NotesSheet.hpp"
+#include "estatebook-desktop/sheets/PaymentSheet.hpp"
+#include "estatebook-desktop/sheets/TenureSheet.hpp"
 #include "estatebook-desktop/statement/StatementPage.hpp"
 #include "estatebook-desktop/window/MainWindow.hpp"
 
@@ -19,7 +23,11 @@
 #include <QTableView>
 #include <QToolBar>
 
+#include <utility>
+
 namespace estatebook::desktop {
+
+using platform::Ref;
 
 namespace {
 
@@ -251,15 +259,109 @@ void MainWindow::openStatement() {
     if (TKTenure* tenure = selectedTenure()) showStatementOf(*tenure);
 }
 
+// -- Sheets ---------------------------------------------------------------------------------------------------
+
+void MainWindow::showSheet(const Ref<BookSheet>& sheet, std::function<platform::ManagedObject*()> whenConfirmed) {
+    if (sheet_) return;
+    session_->save();
+    sheet_ = sheet;
+    whenConfirmed_ = std::move(whenConfirmed);
+    sheet_->setParent(controller_->window());
+    sheet_->setDelegate(this);
+    sheet_->showSheet();
+    // An interface file that is not in order has no window.
+    if (sheet_ && !sheet_->isWindowLoaded()) {
+        const auto error = std::exchange(sheet_, nullptr)->loadError();
+        QMessageBox::warning(this, tr("EstateBook"),
+                             error ? QString::fromStdString(std::string(error->localizedDescription())) : QString());
+    }
+}
+
+void MainWindow::sheetControllerDidEndWithResult(QBSheetController&, std::int64_t result) {
+    const Ref<BookSheet> ended = std::exchange(sheet_, nullptr);
+    const auto whenConfirmed = std::exchange(whenConfirmed_, {});
+    if (!session_) return;
+    if (result == QBSheetController::Confirmed) {
+        refresh();
+        platform::ManagedObject* object = whenConfirmed ? whenConfirmed() : nullptr;
+        if (object && page() != Page::Settings) list(page()).select(*object);
+    }
+    updateActions();
+    if (page() != Page::Settings && pages_->currentWidget() != statement_) list(page()).table().setFocus();
+}
+
 void MainWindow::addToList() {
+    if (page() == Page::Properties) {
+        auto sheet = platform::makeRef<PropertySheet>(*session_, nullptr);
+        return showSheet(sheet, [made = sheet.get()] { return made->property(); });
+    }
+    if (page() == Page::Tenants) {
+        auto sheet = platform::makeRef<TenantSheet>(*session_, nullptr);
+        return showSheet(sheet, [made = sheet.get()] { return made->tenant(); });
+    }
+    auto sheet = platform::makeRef<TenureSheet>(*session_, nullptr);
+    showSheet(sheet, [made = sheet.get()] { return made->tenure(); });
 }
+
 void MainWindow::editSelected() {
+    platform::ManagedObject* object = selected();
+    if (!object || !session_->canEdit()) return;
+    if (auto* tenure = dynamic_cast<TKTenure*>(object))
+        showSheet(platform::makeRef<TenureSheet>(*session_, tenure));
+    else if (auto* property = dynamic_cast<TKProperty*>(object))
+        showSheet(platform::makeRef<PropertySheet>(*session_, property));
+    else if (auto* tenant = dynamic_cast<TKTenant*>(object))
+        showSheet(platform::makeRef<TenantSheet>(*session_, tenant));
 }
+
 void MainWindow::recordPayment() {
+    platform::ManagedObject* object = selected();
+    if (auto* tenure = dynamic_cast<TKTenure*>(object))
+        showSheet(platform::makeRef<PaymentSheet>(*session_, *tenure));
+    else if (auto* property = dynamic_cast<TKProperty*>(object))
+        showSheet(platform::makeRef<PaymentSheet>(*session_, *property));
 }
+
+void MainWindow::editTransaction(TKTransaction& transaction) {
+    if (session_->canEdit()) showSheet(platform::makeRef<PaymentSheet>(*session_, transaction));
+}
+
 void MainWindow::showNotes() {
+    platform::ManagedObject* object = selected();
+    if (auto* tenure = dynamic_cast<TKTenure*>(object))
+        showSheet(platform::makeRef<NotesSheet>(*session_, *tenure, textOf(tenure->name())));
+    else if (auto* property = dynamic_cast<TKProperty*>(object))
+        showSheet(platform::makeRef<NotesSheet>(*session_, *property, textOf(property->fullName())));
+    else if (auto* tenant = dynamic_cast<TKTenant*>(object))
+        showSheet(platform::makeRef<NotesSheet>(*session_, *tenant, textOf(tenant->name())));
 }
+
+// -- Deleting -------------------------------------------------------------------------------------------------
+
 void MainWindow::deleteSelected() {
+    platform::ManagedObject* object = selected();
+    if (auto* tenure = dynamic_cast<TKTenure*>(object))
+        return deleteObject(*tenure, textOf(tenure->name()), tr("Deletion of Letting"));
+    const auto* property = dynamic_cast<TKProperty*>(object);
+    const auto* tenant = dynamic_cast<TKTenant*>(object);
+    if (!property && !tenant) return;
+    const QString name = property ? textOf(property->fullName()) : textOf(tenant->name());
+    const std::size_t tenures = property ? property->tenures().count() : tenant->tenures().count();
+    if (tenures > 0) {
+        QMessageBox::information(
+            this, tr("Delete"),
+            tr("“%1” has lettings, which are part of the books. End them, or delete them first.").arg(name));
+        return;
+    }
+    deleteObject(*object, name, property ? tr("Deletion of Property") : tr("Deletion of Tenant"));
+}
+
+void MainWindow::deleteObject(platform::ManagedObject& object, const QString& name, const QString& step) {
+    const auto answer = QMessageBox::question(
+        this, tr("Delete"), tr("Delete “%1” with all its payments and notes? It can be undone.").arg(name),
+        QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Cancel);
+    if (answer == QMessageBox::Yes)
+        session_->perform(step.toStdString(), [&] { session_->context().deleteObject(object); });
 }
 
 } // namespace estatebook::desktop

@@ -19,7 +19,7 @@ public:
     /// Says why a book was not opened; nothing for an empty sentence. `canBeRead`: whether it is offered to look at it.
     void showRefusal(const QString& sentence, bool canBeRead);
 
-signals:
+Q_SIGNALS:
     void exampleWanted();
     void newBookWanted();
     void openingWanted();
