@@ -123,6 +123,7 @@ BookTables::BookTables(const ManagedObjectModel& model, const RowShapes& shapes)
       model_(model), columns_(model.entities().size()) {
     for (const auto& entity : model.entities())
         if (!entity->superentity()) addTable(*entity, shapes);
+    for (const auto& entity : model.entities()) addLookups(*entity);
 }
 
 void BookTables::addTable(const EntityDescription& root, const RowShapes& shapes) {
@@ -179,6 +180,17 @@ void BookTables::addColumns(EntityTable& table, const RowShape& shape, const Row
         if (link.isPlaced)
             place.place = columnFor(name, detail::placeName(link), {.kind = Column::Kind::Place});
     }
+}
+
+void BookTables::addLookups(const EntityDescription& entity) {
+    const EntityTable& table = tableOf(entity);
+    EntityColumns& columns = columns_[entity.index()];
+    columns.lookups.resize(columns.values.size());
+    for (std::size_t index = 0; index < columns.values.size(); ++index)
+        if (entity.attributes()[index].isIndexed)
+            columns.lookups[index] = table.select + " WHERE " +
+                                     quoted(table.columns[*columns.values[index]]) + " = ?1" +
+                                     filterFor(entity, *table.root) + " ORDER BY \"_key\"";
 }
 
 std::string BookTables::filterFor(const EntityDescription& entity, const EntityDescription& within) const {

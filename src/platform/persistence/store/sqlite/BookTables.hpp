@@ -74,6 +74,8 @@ struct EntityColumns {
     std::size_t table = 0;
     /// At the places of the attributes; none for a transient one.
     std::vector<std::optional<std::size_t>> values;
+    /// At the places of the attributes: what finds rows by an indexed one, the value being ?1; empty for others.
+    std::vector<std::string> lookups{};
     struct Link {
         std::size_t target = 0;
         /// Where the other side is ordered.
@@ -120,6 +122,7 @@ public:
 private:
     void addTable(const EntityDescription& root, const RowShapes& shapes);
     void addColumns(EntityTable& table, const RowShape& shape, const RowShapes& shapes);
+    void addLookups(const EntityDescription& entity);
 
     const ManagedObjectModel& model_;
     std::vector<EntityTable> entityTables_;

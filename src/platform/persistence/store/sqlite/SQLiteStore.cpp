@@ -135,19 +135,26 @@ StoreResult<std::size_t> SQLiteStore::fetchRows(const EntityDescription& entity,
     return guarded([&] {
         const BookTables& tables = file_->tables();
         const EntityTable& table = tables.tableOf(entity);
-        std::string condition = " WHERE 1" + tables.filterFor(entity, *table.root);
+        const EntityColumns& columns = tables.columnsOf(entity);
         CellRoom room;
         std::optional<Cell> wanted;
-        if (attribute) {
-            const std::string column = quoted(table.columns[*tables.columnsOf(entity).values[*attribute]]);
+        if (attribute)
             wanted =
                 comparable(predicate->value(), entity.attributes()[*attribute].type, file_->coding(), room);
-            if (predicate->value().isAbsent())
-                condition += " AND " + column + " IS NULL";
-            else
-                condition += wanted ? " AND " + column + " = ?1" : " AND " + column + " IS NOT NULL";
-        }
-        Statement::Use rows(file_->connection().statement(table.select + condition + " ORDER BY \"_key\""));
+        const auto question = [&] {
+            std::string condition = " WHERE 1" + tables.filterFor(entity, *table.root);
+            if (attribute) {
+                const std::string column = quoted(table.columns[*columns.values[*attribute]]);
+                if (predicate->value().isAbsent())
+                    condition += " AND " + column + " IS NULL";
+                else
+                    condition += wanted ? " AND " + column + " = ?1" : " AND " + column + " IS NOT NULL";
+            }
+            return table.select + condition + " ORDER BY \"_key\"";
+        };
+        const bool isLookup = wanted && !columns.lookups[*attribute].empty();
+        Statement::Use rows(
+            file_->connection().statement(isLookup ? columns.lookups[*attribute] : question()));
         if (wanted) rows.bind(1, *wanted);
         if (!attribute) return visit(*file_, table, rows, visitor);
         return visit(*file_, table, rows, visitor,
