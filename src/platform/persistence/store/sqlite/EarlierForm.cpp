@@ -63,7 +63,8 @@ placesOf(const EntityDescription& entity, const EntityColumns& columns, const Ro
     for (std::size_t index = 0; index < columns.links.size(); ++index) {
         const StoredLink& link = shape.links()[index];
         places.emplace(link.relationship->name.name(), columns.links[index].target);
-        if (columns.links[index].place) places.emplace(detail::placeName(link), *columns.links[index].place);
+        if (const auto place = columns.links[index].place)
+            places.emplace(detail::placeName(link), *place);
     }
     return places;
 }
