@@ -190,6 +190,48 @@ TEST_F(MigrationFaultTest, ACallThatFailsIsToldAndTheBookIsThere) {
     }
 }
 
+TEST_F(MigrationFaultTest, DamageIsToldOrWhatTheBookHeldIsThere) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    makeEarlier();
+    if (HasFatalFailure()) return;
+    constexpr std::size_t PageSize = 4096;
+    std::size_t told = 0;
+    const std::uint64_t cases = test::effort("ESTATEBOOK_MIGRATED_DAMAGES", 300, 30);
+    for (std::uint64_t each = 0; each < cases; ++each) {
+        DiskContent damaged = earlier;
+        std::string& book = damaged.at(Path);
+        const std::size_t page = random() % (book.size() / PageSize) * PageSize;
+        switch (random() % 4) {
+        case 0: {
+            char& byte = book[random() % book.size()];
+            byte = static_cast<char>(byte ^ (1 << random() % 8));
+            break;
+        }
+        case 1: // where pages tell what is in them
+            book[page + random() % 64] = static_cast<char>(random());
+            break;
+        case 2: // what is in them
+            for (std::size_t place = page; place < page + PageSize; ++place)
+                if (book[place] != 0 && random() % 200 == 0) book[place] = static_cast<char>(random());
+            break;
+        default:
+            book.replace(page, PageSize,
+                         book.substr(random() % (book.size() / PageSize) * PageSize, PageSize));
+        }
+        disk.load(damaged);
+        const auto opened = open(SQLiteStore::Access::Write);
+        if (opened) {
+            ASSERT_EQ(test::contentAs(*model, **opened), content);
+            continue;
+        }
+        ++told;
+        ASSERT_EQ(disk.content().at(Path), book) << "it is left as it is: " << opened.error().message;
+        for (const auto& [name, bytes] : disk.content())
+            ASSERT_FALSE(name.starts_with("/book.copies/") || name.ends_with(".new")) << name;
+    }
+    EXPECT_GT(told, 0u);
+}
+
 TEST_F(MigrationFaultTest, WithoutRoomTheBookStaysAndNothingFillsTheDisk) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     makeEarlier();

@@ -187,9 +187,8 @@ void BookTables::addLookups(const EntityDescription& entity) {
     EntityColumns& columns = columns_[entity.index()];
     columns.lookups.resize(columns.values.size());
     for (std::size_t index = 0; index < columns.values.size(); ++index)
-        if (entity.attributes()[index].isIndexed)
-            columns.lookups[index] = table.select + " WHERE " +
-                                     quoted(table.columns[*columns.values[index]]) + " = ?1" +
+        if (const auto place = columns.values[index]; place && entity.attributes()[index].isIndexed)
+            columns.lookups[index] = table.select + " WHERE " + quoted(table.columns[*place]) + " = ?1" +
                                      filterFor(entity, *table.root) + " ORDER BY \"_key\"";
 }
 
