@@ -23,7 +23,6 @@ using document::BookDocument;
 using document::Setting;
 using document::SettingValue;
 using platform::ManagedObjectContext;
-using platform::Ref;
 using platform::Store;
 using platform::StoreError;
 using platform::StoreResult;
