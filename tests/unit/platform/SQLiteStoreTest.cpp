@@ -260,6 +260,17 @@ TEST_F(SQLiteStoreTest, RowsBesideTheRowsHaveDigestsToo) {
     }
 }
 
+TEST_F(SQLiteStoreTest, KeysThatNobodyGaveAndIdentifiersOfNoRowAreFoundOutByTheCheck) {
+    makeBook();
+    meddle("UPDATE Account SET _key = 4000 WHERE _key = 2");
+    EXPECT_THAT(check(), testing::Contains("The row 4000 of Account has a key beyond the last one given, 5"));
+    std::filesystem::remove(path_);
+    makeBook();
+    meddle("UPDATE book_identifier SET key = 500");
+    EXPECT_THAT(check(), UnorderedElementsAre(HasSubstr("does not agree with its digest"),
+                                              "An identifier is that of the row 500, which is not there"));
+}
+
 TEST_F(SQLiteStoreTest, GapsAmongOrderedMembersAreFoundOutByTheCheck) {
     makeBook();
     {

@@ -12,6 +12,8 @@ std::vector<std::string> BookCheck::findings() {
     checkLinks();
     for (const SealedTable* table : file_.tables().sealedTables()) checkTable(*table);
     for (const EntityTable& table : file_.tables().entityTables()) checkPlaces(table);
+    checkKeys();
+    checkIdentifiers();
     return std::move(findings_);
 }
 
@@ -107,6 +109,31 @@ void BookCheck::checkPlaces(const EntityTable& table) {
             find("The members of " + std::to_string(rows.integer(0)) + " in " + table.name +
                  " do not stand at places from 0 on without gaps");
     }
+}
+
+// A key that no save gave would one day be given to another row.
+void BookCheck::checkKeys() {
+    RowKey last = NoRow;
+    try {
+        last = file_.lastKey();
+    } catch (const StoreFailure&) {
+        return; // told of its table
+    }
+    for (const EntityTable& table : file_.tables().entityTables()) {
+        Statement::Use row(file_.connection().statement("SELECT MAX(\"_key\") FROM " + quoted(table.name)));
+        if (row.next() && row.cell(0).type == Cell::Type::Integer && row.integer(0) > last)
+            find("The row " + std::to_string(row.integer(0)) + " of " + table.name +
+                 " has a key beyond the last one given, " + std::to_string(last));
+    }
+}
+
+void BookCheck::checkIdentifiers() {
+    std::string query = "SELECT \"key\" FROM \"book_identifier\" WHERE 1";
+    for (const EntityTable& table : file_.tables().entityTables())
+        query += " AND \"key\" NOT IN (SELECT \"_key\" FROM " + quoted(table.name) + ")";
+    Statement::Use rows(file_.connection().statement(query));
+    while (rows.next())
+        find("An identifier is that of the row " + std::to_string(rows.integer(0)) + ", which is not there");
 }
 
 } // namespace estatebook::platform::sqlite

@@ -29,6 +29,8 @@ private:
     void checkForm(const SealedTable& table, const Cells& cells);
     void checkArchives(const EntityTable& table, const Cells& cells, const Row& row);
     void checkPlaces(const EntityTable& table);
+    void checkKeys();
+    void checkIdentifiers();
 
     BookFile& file_;
     std::vector<std::string> findings_;
