@@ -44,6 +44,9 @@ public:
     virtual bool getObjectValueForStringRangeError(Value& object, const Ref<String>& string, TextRange* range,
                                                    Ref<Error>* error) const = 0;
 
+    /// awakeFromNib: the interface file that holds the formatter has been read; empty unless a class says otherwise.
+    virtual void awakeFromNib() {}
+
 protected:
     // Counted for threads: what a formatter is asked may be asked elsewhere.
     FieldFormatter() noexcept : ObservableObject(Counting::Shared) {}

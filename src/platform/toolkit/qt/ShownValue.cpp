@@ -8,7 +8,22 @@
 #include <QDate>
 #include <QDateTime>
 
+#include <array>
+#include <charconv>
+#include <string>
+
 namespace estatebook::platform {
+
+namespace {
+
+/// A double as decimal would bring the noise of its last digits along; what a person typed is its shortest text.
+std::string shortestText(double number) {
+    std::array<char, 64> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    return std::string(text.data(), end);
+}
+
+} // namespace
 
 QString shownText(const Value& value, const FieldFormatter* formatter) {
     if (formatter) return qString(formatter->stringForObjectValue(value));
@@ -47,7 +62,7 @@ Value valueOfVariant(const QVariant& variant) {
         return static_cast<std::uint64_t>(variant.toULongLong());
     case QMetaType::Float:
     case QMetaType::Double:
-        return variant.toDouble();
+        return Decimal::parse(shortestText(variant.toDouble()));
     case QMetaType::QDate:
         return dateOfWallTime(QDateTime(variant.toDate(), QTime(0, 0), Qt::UTC));
     case QMetaType::QDateTime:
