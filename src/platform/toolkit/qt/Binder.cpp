@@ -36,6 +36,7 @@ public:
         if (auto* rich = qobject_cast<QTextEdit*>(&widget)) document_ = rich->document();
         isWhole_ = line_ || document_;
         if (auto* spin = qobject_cast<QAbstractSpinBox*>(&widget)) line_ = spin->findChild<QLineEdit*>();
+        isPart_ = line_ && !isWhole_;
         if (auto* box = qobject_cast<QComboBox*>(&widget)) line_ = box->lineEdit();
     }
 
@@ -48,12 +49,16 @@ public:
     }
     /// Whether the widget is nothing but this text.
     [[nodiscard]] bool isWhole() const noexcept { return isWhole_; }
+    /// Whether the widget makes of the text what it has for a value, when it is left.
+    [[nodiscard]] bool isPart() const noexcept { return isPart_; }
     [[nodiscard]] bool isDocument() const noexcept { return document_ != nullptr; }
+    [[nodiscard]] QLineEdit* line() const noexcept { return line_; }
 
 private:
     QPointer<QLineEdit> line_;
     QPointer<QTextDocument> document_;
     bool isWhole_ = false;
+    bool isPart_ = false;
 };
 
 Ref<Error> refusal(const QWidget& widget, std::string_view why) {
@@ -75,11 +80,12 @@ public:
         show();
         if (direction_ == Direction::Show) return;
         if (auto* spin = qobject_cast<QAbstractSpinBox*>(widget_.data())) spin->setKeyboardTracking(false);
-        if (auto* line = qobject_cast<QLineEdit*>(widget_.data()); line && typed_.isWhole())
-            connect(line, &QLineEdit::editingFinished, this, [this] { write(); });
-        else if (typed_.isDocument())
-            widget_->installEventFilter(this);
-        else
+        if (typed_.isDocument()) widget_->installEventFilter(this);
+        // A text is written when it is left, and not with each letter.
+        if (typed_.line()) connect(typed_.line(), &QLineEdit::editingFinished, this, [this] { write(); });
+        if (auto* box = qobject_cast<QComboBox*>(widget_.data()); box && typed_.line())
+            connect(box, &QComboBox::activated, this, [this] { write(); });
+        else if (!typed_.isWhole())
             hearOfProperty();
     }
 
@@ -92,6 +98,7 @@ public:
             widget_->disconnect(this);
             widget_->removeEventFilter(this);
         }
+        if (typed_.line()) typed_.line()->disconnect(this);
     }
 
     [[nodiscard]] QWidget* widget() const noexcept { return widget_; }
@@ -100,7 +107,8 @@ public:
     }
 
     [[nodiscard]] bool hasUnwrittenText() const {
-        return widget_ && direction_ == Direction::Edit && typed_.isModified() && shownNow() != shown_;
+        if (!widget_ || direction_ == Direction::Show || !typed_.isModified()) return false;
+        return typed_.isPart() || shownNow() != shown_;
     }
     void revert() {
         typed_.setUnmodified();
@@ -145,7 +153,9 @@ private:
 
     void show() {
         isStale_ = false;
-        unraised([this] { showValue(valueToShow()); });
+        Value value;
+        unraised([&] { value = valueToShow(); });
+        unraised([&] { showValue(value); });
     }
 
     [[nodiscard]] Value valueToShow() const {
@@ -159,7 +169,7 @@ private:
         if (!shown.isValid() && property_.metaType().id() != QMetaType::QDate &&
             property_.metaType().id() != QMetaType::QDateTime)
             shown = QVariant(property_.metaType());
-        if (shown.isValid() && shownNow() != shown) property_.write(widget_.data(), shown);
+        if (shown.isValid() && (typed_.isModified() || shownNow() != shown)) property_.write(widget_.data(), shown);
         typed_.setUnmodified();
         shown_ = shownNow(); // as the widget has it
         isShowing_ = wasShowing;

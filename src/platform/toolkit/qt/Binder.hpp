@@ -18,6 +18,8 @@
 /// given up (`revert`). A text that is left as it was shown writes nothing, so that no digit of a value is lost that the text
 /// does not show.
 ///
+/// A value that cannot be reckoned (its getter raises) is logged and shown as nothing.
+///
 /// The trap: a text that cannot be read, and a value that the object refuses, stay in the field. `whenRefused` says why.
 /// Objects are held as long as they are bound, widgets are not.
 

@@ -142,7 +142,7 @@ const ObjectListModel::Cell& ObjectListModel::cell(const ObservableObject& objec
 }
 
 QVariant ObjectListModel::data(const QModelIndex& index, int role) const {
-    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) return {};
+    if (!index.isValid() || index.row() >= rowCount() || index.column() >= columnCount()) return {};
     const Row object = objectAt(index.row());
     const ObjectListColumn& column = columns_[static_cast<std::size_t>(index.column())];
     if (column.data) {
@@ -157,8 +157,8 @@ QVariant ObjectListModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant ObjectListModel::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || section < 0 || section >= columnCount())
-        return QAbstractTableModel::headerData(section, orientation, role);
+    if (orientation != Qt::Horizontal) return QAbstractTableModel::headerData(section, orientation, role);
+    if (section < 0 || section >= columnCount()) return {};
     const ObjectListColumn& column = columns_[static_cast<std::size_t>(section)];
     if (role == Qt::DisplayRole) return column.title;
     if (role == Qt::TextAlignmentRole) return QVariant(column.alignment);
