@@ -68,8 +68,7 @@ protected:
     }
     /// In the place of what stands there; the field is not left.
     void type(QLineEdit& edit, const char* characters) {
-        edit.setFocus();
-        settle();
+        test::giveFocus(edit);
         edit.selectAll();
         for (const char* each = characters; *each; ++each) QTest::keyClick(window.windowHandle(), *each);
         if (!*characters) QTest::keyClick(window.windowHandle(), Qt::Key_Delete);
@@ -77,8 +76,7 @@ protected:
     }
     void leave() {
         label->setFocusPolicy(Qt::StrongFocus);
-        label->setFocus();
-        settle();
+        test::giveFocus(*label);
     }
     template <class Widget>
     Widget& added() {
@@ -198,8 +196,7 @@ TEST_F(BinderTest, AFieldThatIsOnlyVisitedWritesNothing) {
     const auto watcher = makeRef<test::Watcher>();
     test::watch(*person, *watcher, "amount");
     EXPECT_EQ(amount->text(), QStringLiteral("12.35"));
-    amount->setFocus();
-    settle();
+    test::giveFocus(*amount);
     test::press(*amount, Qt::Key_Return);
     leave();
     type(*amount, "12.35");
@@ -339,8 +336,7 @@ TEST_F(BinderTest, WhatIsOnlyShownIsNotWritten) {
 
 TEST_F(BinderTest, NotesAreWrittenWhenTheyAreLeft) {
     binder.bind(*notes, "plainText", {.object = person, .keyPath = "name"});
-    notes->setFocus();
-    settle();
+    test::giveFocus(*notes);
     for (const char each : {'t', 'w', 'o'}) QTest::keyClick(window.windowHandle(), each);
     person->setName(text("other"));
     settle();
@@ -374,8 +370,7 @@ TEST_F(BinderTest, AListsChoiceIsWrittenAtOnce) {
     person->setBillingMode(2);
     binder.bind(box, "currentIndex", {.object = person, .keyPath = "billingMode"});
     EXPECT_EQ(box.currentIndex(), 2);
-    box.setFocus();
-    settle();
+    test::giveFocus(box);
     QTest::keyClick(window.windowHandle(), Qt::Key_Up);
     EXPECT_EQ(person->billingMode(), 1u);
 }
@@ -384,9 +379,8 @@ TEST_F(BinderTest, ANumberIsWrittenWithoutTheNoiseOfDoubles) {
     auto& spin = added<QDoubleSpinBox>();
     spin.setDecimals(3);
     binder.bind(spin, "value", {.object = person, .keyPath = "amount"});
-    spin.setFocus();
+    test::giveFocus(spin);
     spin.selectAll();
-    settle();
     for (const char each : {'3', '.', '1', '3', '3'}) QTest::keyClick(window.windowHandle(), each);
     EXPECT_FALSE(person->amount()) << "half of a number is none";
     person->setAmount(Decimal(50));
@@ -400,9 +394,8 @@ TEST_F(BinderTest, ANumberThatIsTypedAsItWasFollowsTheModelAgain) {
     auto& spin = added<QSpinBox>();
     person->setAmount(Decimal(5));
     binder.bind(spin, "value", {.object = person, .keyPath = "amount"});
-    spin.setFocus();
+    test::giveFocus(spin);
     spin.selectAll();
-    settle();
     QTest::keyClick(window.windowHandle(), '5');
     EXPECT_TRUE(binder.hasUnwrittenText());
     leave();
@@ -418,9 +411,8 @@ TEST_F(BinderTest, ANumberThatIsGivenUpIsShownAsItWas) {
     auto& spin = added<QSpinBox>();
     person->setAmount(Decimal(5));
     binder.bind(spin, "value", {.object = person, .keyPath = "amount"});
-    spin.setFocus();
+    test::giveFocus(spin);
     spin.selectAll();
-    settle();
     QTest::keyClick(window.windowHandle(), '8');
     binder.revert();
     EXPECT_EQ(spin.text(), QStringLiteral("5"));
@@ -435,9 +427,8 @@ TEST_F(BinderTest, AListThatCanBeTypedIntoIsWrittenWhenItIsLeftOrChosenFrom) {
     person->setName(text("Rent"));
     binder.bind(box, "currentText", {.object = person, .keyPath = "name"});
     EXPECT_EQ(box.currentText(), QStringLiteral("Rent"));
-    box.setFocus();
+    test::giveFocus(box);
     box.lineEdit()->selectAll();
-    settle();
     for (const char each : {'F', 'e', 'e', 's'}) QTest::keyClick(window.windowHandle(), each);
     EXPECT_EQ(*person->name(), "Rent");
     person->setName(text("Bond"));
@@ -445,8 +436,7 @@ TEST_F(BinderTest, AListThatCanBeTypedIntoIsWrittenWhenItIsLeftOrChosenFrom) {
     EXPECT_EQ(box.currentText(), QStringLiteral("Fees"));
     leave();
     EXPECT_EQ(*person->name(), "Fees");
-    box.setFocus();
-    settle();
+    test::giveFocus(box);
     QTest::keyClick(window.windowHandle(), Qt::Key_Down);
     EXPECT_EQ(*person->name(), box.currentText().toStdString());
     EXPECT_NE(*person->name(), "Fees");

@@ -23,9 +23,7 @@ public:
         QDateTimeEdit* widget = dynamic_cast<platform::QtDatePicker&>(picker).widget();
         QWindow* handle = dynamic_cast<platform::QtWindow&>(window).widget()->windowHandle();
         if (!widget || !handle || !widget->isVisible()) return;
-        widget->activateWindow();
-        widget->setFocus();
-        settle();
+        if (widget->isEnabled()) test::giveFocus(*widget);
         if (!widget->hasFocus()) return;
         widget->setSelectedSection(widget->sectionAt(0));
         const QString digits = platform::wallTimeOf(date).toString(QStringLiteral("yyyyMMddhhmm"));

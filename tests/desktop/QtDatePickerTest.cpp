@@ -38,21 +38,17 @@ protected:
         picker->setDateValue(first);
         picker->setAction([this](Control&) { picked.push_back(picker->dateValue()); });
         window.show();
-        other->setFocus();
-        settle();
+        test::giveFocus(*other);
     }
     void comeToEdit() {
-        edit->setFocus();
+        test::giveFocus(*edit);
         edit->setSelectedSection(QDateTimeEdit::YearSection);
         settle();
     }
     void type(const char* digits) {
         for (const char* digit = digits; *digit; ++digit) QTest::keyClick(window.windowHandle(), *digit);
     }
-    void leave() {
-        other->setFocus();
-        settle();
-    }
+    void leave() { test::giveFocus(*other); }
     std::string shown() const { return edit->text().toStdString(); }
 
     const Date first{at(2024, 2, 29, 10, 20).secondsSinceReferenceDate + 0.123456789};

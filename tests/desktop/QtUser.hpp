@@ -12,12 +12,28 @@
 
 namespace estatebook::test {
 
-/// Everything that was put off happens, deletions included.
+/// How long a window system may take at most, in milliseconds; nothing waits for it that has happened already.
+inline constexpr int Patience = 5000;
+
+/// Everything that was put off happens, deletions included, and the window system has shown what is to be seen.
 inline void settle() {
     for (int times = 0; times < 3; ++times) {
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+    for (QWidget* widget : QApplication::topLevelWidgets())
+        if (widget->isVisible() && widget->windowHandle() && !widget->windowHandle()->isExposed())
+            static_cast<void>(QTest::qWaitForWindowExposed(widget, Patience));
+}
+
+/// Gives it the keyboard, as far as the window system and what stands in front of it allow.
+inline void giveFocus(QWidget& widget) {
+    settle();
+    widget.activateWindow();
+    widget.setFocus();
+    if (QApplication::activeModalWidget() && QApplication::activeModalWidget() != widget.window()) return;
+    static_cast<void>(QTest::qWaitFor([&] { return widget.hasFocus(); }, Patience));
+    settle();
 }
 
 inline void clickAt(QWidget& widget, QPoint place) {

@@ -133,7 +133,7 @@ TEST_F(QtWindowTest, CancelEscapeAndTheCloseBoxAreMinusOne) {
 }
 
 TEST_F(QtWindowTest, ReturnInAFieldConfirms) {
-    editor().edit->setFocus();
+    test::giveFocus(*editor().edit);
     press(editor(), Qt::Key_Return);
     EXPECT_THAT(ends, ElementsAre(0));
 }

@@ -110,10 +110,7 @@ public:
         if (!widget_ || direction_ == Direction::Show || !typed_.isModified()) return false;
         return typed_.isPart() || shownNow() != shown_;
     }
-    void revert() {
-        typed_.setUnmodified();
-        show();
-    }
+    void revert() { show(); }
 
     /// False when what was typed cannot be written.
     bool commit() {
@@ -169,7 +166,8 @@ private:
         if (!shown.isValid() && property_.metaType().id() != QMetaType::QDate &&
             property_.metaType().id() != QMetaType::QDateTime)
             shown = QVariant(property_.metaType());
-        if (shown.isValid() && (typed_.isModified() || shownNow() != shown)) property_.write(widget_.data(), shown);
+        if (shown.isValid() && (typed_.isModified() || shownNow() != shown))
+            property_.write(widget_.data(), shown);
         typed_.setUnmodified();
         shown_ = shownNow(); // as the widget has it
         isShowing_ = wasShowing;
