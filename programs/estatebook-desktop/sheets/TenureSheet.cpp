@@ -197,7 +197,9 @@ void TenureSheet::preparePreview() {
     table.setColumnCount(3);
     table.setRowCount(static_cast<int>(TenureDraft::PreviewLines));
     table.setHorizontalHeaderLabels({words("Due"), words("Rent"), words("Amount")});
-    table.horizontalHeaderItem(2)->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    for (int column = 0; column < table.columnCount(); ++column)
+        table.horizontalHeaderItem(column)->setTextAlignment((column == 2 ? Qt::AlignRight : Qt::AlignLeft) |
+                                                             Qt::AlignVCenter);
     table.verticalHeader()->hide();
     table.setShowGrid(false);
     table.setWordWrap(false);
@@ -277,10 +279,10 @@ void TenureSheet::showTerms() {
     const bool isInAdvance = terms.advancePeriod() && terms.advancePeriod()->boolValue();
     find<QRadioButton>(isInAdvance ? "advance" : "arrears").setChecked(true);
     for (const char* name : {"advancePeriod", "advanceCycle", "ahead"}) find<QWidget>(name).setEnabled(isInAdvance);
-    if (isInAdvance) {
-        find<QSpinBox>("advancePeriod").setValue(static_cast<int>(terms.advancePeriod()->unsignedIntegerValue()));
-        showCycle(find<QComboBox>("advanceCycle"), terms.advanceBillingCycle());
-    }
+    const auto ahead = isInAdvance ? terms.advancePeriod() : terms.rentalPeriod();
+    if (ahead) find<QSpinBox>("advancePeriod").setValue(static_cast<int>(ahead->unsignedIntegerValue()));
+    showCycle(find<QComboBox>("advanceCycle"),
+              isInAdvance ? terms.advanceBillingCycle() : terms.rentalBillingCycle());
     find<QCheckBox>("full").setChecked(terms.chargeFullDuration() && terms.chargeFullDuration()->boolValue());
     for (const auto& [name, behaviour] : Cards)
         if (terms.chargeBehaviour() && terms.chargeBehaviour()->unsignedIntegerValue() == behaviour)
@@ -332,7 +334,10 @@ void TenureSheet::showPreview() {
         amount->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         table.setItem(row, 2, amount);
     }
-    if (preview && preview->next.empty()) table.item(0, 1)->setText(words("Nothing falls due any more"));
+    if (!draft_.terms()->rentalAmount())
+        table.item(0, 1)->setText(words("What falls due shows once there is a rent"));
+    else if (preview && preview->next.empty())
+        table.item(0, 1)->setText(words("Nothing falls due any more"));
     find<QLabel>("cost").setText(preview ? figures().amount(figures().rounded(preview->cost)) : QString());
     find<QLabel>("balance").setText(preview ? figures().amount(figures().rounded(preview->balance)) : QString());
 }
