@@ -287,6 +287,8 @@ void MainWindow::sheetControllerDidEndWithResult(QBSheetController&, std::int64_
         if (object && page() != Page::Settings) list(page()).select(*object);
     }
     updateActions();
+    // Not every window system gives the keyboard back to what is behind a dialog.
+    if (isVisible()) activateWindow();
     if (page() != Page::Settings && pages_->currentWidget() != statement_) list(page()).table().setFocus();
 }
 
