@@ -24,10 +24,12 @@ int runDesktop(int argumentCount, char** arguments) {
     QApplication::setApplicationVersion(QStringLiteral(ESTATEBOOK_VERSION));
 
     QCommandLineParser parser;
-    parser.setApplicationDescription(QCoreApplication::translate("Program", "Keeps the books of rental properties."));
+    parser.setApplicationDescription(
+        QCoreApplication::translate("Program", "Keeps the books of rental properties."));
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addPositionalArgument(QStringLiteral("book"), QCoreApplication::translate("Program", "The book to open."),
+    parser.addPositionalArgument(QStringLiteral("book"),
+                                 QCoreApplication::translate("Program", "The book to open."),
                                  QStringLiteral("[book]"));
     const QCommandLineOption appearanceOption(
         QStringLiteral("appearance"),
@@ -66,7 +68,8 @@ int runDesktop(int argumentCount, char** arguments) {
     const QStringList books = parser.positionalArguments();
     if (!books.isEmpty())
         window.openBook(books.front());
-    else if (const QString last = QSettings().value(QStringLiteral("book")).toString(); QFileInfo::exists(last))
+    else if (const QString last = QSettings().value(QStringLiteral("book")).toString();
+             QFileInfo::exists(last))
         window.openBook(last);
     window.show();
     return QApplication::exec();

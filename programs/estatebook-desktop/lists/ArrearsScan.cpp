@@ -68,8 +68,8 @@ void ArrearsScan::lookAt(TKTenure& tenure) {
         rows_.push_back(std::move(row));
     } else if (figures.rounded(ageing->owed()) > Decimal::zero()) {
         const auto lines = outstandingOn(**statement, today);
-        rows_.push_back(rowOf(figures, name, *ageing,
-                              lines->empty() ? std::nullopt : (*lines)[0].transaction()->when()));
+        rows_.push_back(
+            rowOf(figures, name, *ageing, lines->empty() ? std::nullopt : (*lines)[0].transaction()->when()));
     } else {
         return;
     }

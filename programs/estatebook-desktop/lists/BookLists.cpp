@@ -76,7 +76,8 @@ Row rowOfProperty(const Figures& figures, TKProperty& property) {
 
 Row rowOfTenant(const Figures& figures, TKTenant& tenant) {
     const bool isActive = tenant.isActive();
-    Row row{{textCell(textOf(tenant.name())), textCell(isActive ? words("Tenant now") : words("Not a tenant now")),
+    Row row{{textCell(textOf(tenant.name())),
+             textCell(isActive ? words("Tenant now") : words("Not a tenant now")),
              amountCell(figures, reckon([&] { return tenant.totalIncome(); })),
              amountCell(figures, reckon([&] { return tenant.totalCost(); })),
              amountCell(figures, reckon([&] { return tenant.balance(); }))}};

@@ -34,7 +34,9 @@ void ListModel::replace(Objects objects, Rows rows) {
     while (tail < shorter - head &&
            objects[objects.size() - 1 - tail] == objects_[objects_.size() - 1 - tail])
         ++tail;
-    const auto at = [](auto& list, std::size_t index) { return list.begin() + static_cast<std::ptrdiff_t>(index); };
+    const auto at = [](auto& list, std::size_t index) {
+        return list.begin() + static_cast<std::ptrdiff_t>(index);
+    };
     const auto number = [](std::size_t index) { return static_cast<int>(index); };
 
     if (const std::size_t end = objects_.size() - tail; end > head) {
@@ -84,7 +86,8 @@ QVariant ListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     const auto column = static_cast<std::size_t>(index.column());
     if (role == Qt::TextAlignmentRole)
-        return static_cast<int>((columns_[column].isAmount ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+        return static_cast<int>((columns_[column].isAmount ? Qt::AlignRight : Qt::AlignLeft) |
+                                Qt::AlignVCenter);
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole && role != OrderRole && role != Qt::ForegroundRole)
         return {};
     const Row& row = this->row(index.row());

@@ -104,7 +104,8 @@ void ListPage::makeTable(const QString& name) {
     }
     header.setSectionResizeMode(0, QHeaderView::Stretch);
 
-    connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this, &ListPage::selectionChanged);
+    connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &ListPage::selectionChanged);
     connect(table_, &QTableView::doubleClicked, this, &ListPage::opened);
 }
 
@@ -226,7 +227,8 @@ void ListPage::listChanged() {
 void ListPage::showWordsOrList() {
     const bool isFiltered = model_->rowCount() > 0;
     emptyTitle_->setText(isFiltered ? tr("Nothing found") : whenEmpty_.title);
-    emptyAdvice_->setText(isFiltered ? tr("No line of this list has the text of the search in it.") : whenEmpty_.advice);
+    emptyAdvice_->setText(isFiltered ? tr("No line of this list has the text of the search in it.")
+                                     : whenEmpty_.advice);
     emptyButton_->setText(whenEmpty_.button);
     emptyButton_->setVisible(!isFiltered && !whenEmpty_.button.isEmpty());
     stack_->setCurrentIndex(shown_.rowCount() == 0 ? 1 : 0);
@@ -254,7 +256,9 @@ bool ListPage::addNextRow() {
 }
 
 void ListPage::showTotals() {
-    totals_.setItem(0, 0, new QStandardItem(shown_.rowCount() == 1 ? tr("1 line") : tr("%1 lines").arg(shown_.rowCount())));
+    totals_.setItem(
+        0, 0,
+        new QStandardItem(shown_.rowCount() == 1 ? tr("1 line") : tr("%1 lines").arg(shown_.rowCount())));
     for (int i = 1; i < totals_.columnCount(); ++i) {
         auto* item = new QStandardItem(figures_().amount(sums_[static_cast<std::size_t>(i)]));
         item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);

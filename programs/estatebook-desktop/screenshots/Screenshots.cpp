@@ -29,7 +29,8 @@ public:
         QApplication::processEvents();
         const QString path = QStringLiteral("%1/%2-%3.png").arg(folder_, name, suffix_);
         if (!window.grab().save(path)) {
-            QTextStream(stderr) << path << ": it cannot be written; check the folder and the room on the disk\n";
+            QTextStream(stderr) << path
+                                << ": it cannot be written; check the folder and the room on the disk\n";
             exitCode_ = 1;
         }
     }

@@ -68,8 +68,7 @@ void wake(TKTenure& tenure) {
 
 bool canBeRead(const std::string& path) {
     try {
-        return static_cast<bool>(
-            SQLiteStore::open(path, bookModel(), optionsFor(SQLiteStore::Access::Read)));
+        return static_cast<bool>(SQLiteStore::open(path, bookModel(), optionsFor(SQLiteStore::Access::Read)));
     } catch (const Failure&) {
         return false;
     }
@@ -168,7 +167,8 @@ BookSession::~BookSession() {
 
 void BookSession::makeOfDocument(const std::string& path, std::string_view text, std::string_view name) {
     const auto reading = document::BookReader::readText(text, name);
-    if (!reading.document) throw Failure(ExitCode::BadData, reading.error.value_or(document::BookError()).text());
+    if (!reading.document)
+        throw Failure(ExitCode::BadData, reading.error.value_or(document::BookError()).text());
     if (const auto& zone = reading.document->timeZone) TimeZone::setDefaultTimeZone(TimeZone::named(*zone));
     NewBook book(path, Command);
     BookObjects::keptOfDocument(*reading.document, book.context());
@@ -212,7 +212,8 @@ Reckoned<Ref<TKStatement>> BookSession::statementOf(TKTenure& tenure) const {
 }
 
 Ref<String> BookSession::currencyCode() const {
-    return TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *context_).string();
+    return TKState::valueForNameInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), *context_)
+        .string();
 }
 
 platform::DecimalBehavior BookSession::rounding() const {
@@ -320,17 +321,20 @@ bool BookSession::save() {
 }
 
 std::string BookSession::reasonOf(const platform::Error& error) const {
-    const auto ends = std::ranges::find_if(
-        followed_, [](const auto& tenure) { return !tenure->isFault() && !tenure->validateDuration(nullptr); });
+    const auto ends = std::ranges::find_if(followed_, [](const auto& tenure) {
+        return !tenure->isFault() && !tenure->validateDuration(nullptr);
+    });
     if (ends != followed_.end())
-        return fmt::format("\"{}\" ends before it starts, so that the book cannot be saved; correct its dates",
-                           forMessage((*ends)->name()->view(), 200));
+        return fmt::format(
+            "\"{}\" ends before it starts, so that the book cannot be saved; correct its dates",
+            forMessage((*ends)->name()->view(), 200));
     return storeFailure(file_, *store_, error).what();
 }
 
 /// What is to be added to the reason.
 std::string BookSession::putAside() {
-    const std::string kept = fmt::format(". Until then the edits are kept in {}", forMessage(side_.path(), LongestName));
+    const std::string kept =
+        fmt::format(". Until then the edits are kept in {}", forMessage(side_.path(), LongestName));
     if (!isAheadOfSideFile_) return kept;
     try {
         side_.write(document::BookWriter::write(liveDocument(*context_)).text);

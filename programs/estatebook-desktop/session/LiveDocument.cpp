@@ -81,7 +81,8 @@ private:
 class Maker {
 public:
     explicit Maker(ManagedObjectContext& context) : context_(context) {
-        for (const auto& [entity, kind] : {std::pair("Property", "property"), std::pair("Tenant", "tenant")}) {
+        for (const auto& [entity, kind] :
+             {std::pair("Property", "property"), std::pair("Tenant", "tenant")}) {
             Names names(context, entity);
             names.nameAll(kind);
             names_.merge(names.byObject());

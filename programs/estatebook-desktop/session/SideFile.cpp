@@ -70,9 +70,9 @@ void SideFile::write(std::string_view text) const {
     const Draft draft(path_ + ".new");
     if (draft.write(text) && draft.rename(path_)) return;
     const int error = errno;
-    throw Failure(ExitCode::CannotRead, fmt::format("{}: {}; check the permissions and the room on the disk",
-                                                    document::forMessage(path_, 4096),
-                                                    std::generic_category().message(error)));
+    throw Failure(ExitCode::CannotRead,
+                  fmt::format("{}: {}; check the permissions and the room on the disk",
+                              document::forMessage(path_, 4096), std::generic_category().message(error)));
 }
 
 void SideFile::remove() const noexcept {

@@ -71,7 +71,8 @@ QString PropertySheet::stepName() const {
 void PropertySheet::apply() {
     if (isNew_) property_ = session().context().insertNewObject<TKProperty>("Property");
     TKProperty& property = *property_;
-    setText(property.name(), find<QLineEdit>("name").text(), [&](const auto& text) { property.setName(text); });
+    setText(property.name(), find<QLineEdit>("name").text(),
+            [&](const auto& text) { property.setName(text); });
     setText(property.sublease(), find<QLineEdit>("sublease").text(),
             [&](const auto& text) { property.setSublease(text); });
     const auto rent = amountIn("rent").amount;
@@ -114,7 +115,8 @@ QString TenantSheet::stepName() const {
 
 void TenantSheet::apply() {
     if (isNew_) tenant_ = session().context().insertNewObject<TKTenant>("Tenant");
-    setText(tenant_->name(), find<QLineEdit>("name").text(), [&](const auto& text) { tenant_->setName(text); });
+    setText(tenant_->name(), find<QLineEdit>("name").text(),
+            [&](const auto& text) { tenant_->setName(text); });
     setTags(*tenant_, find<QLineEdit>("tags").text());
 }
 

@@ -53,8 +53,8 @@ void BookSheet::prepareSheet() {
     window_ = dynamic_cast<platform::QtWindow*>(window().get());
     auto* dialog = qobject_cast<QDialog*>(window_->widget());
     for (const char* keys : {"Ctrl+Return", "Ctrl+Enter"})
-        QObject::connect(new QShortcut(QKeySequence(QLatin1String(keys)), dialog), &QShortcut::activated, dialog,
-                         [this] { processSheet(nullptr); });
+        QObject::connect(new QShortcut(QKeySequence(QLatin1String(keys)), dialog), &QShortcut::activated,
+                         dialog, [this] { processSheet(nullptr); });
     prepareControls();
 }
 
@@ -87,8 +87,10 @@ Ref<TKDateController> BookSheet::makeDates(std::string_view checkBox, std::strin
     dates->setEnabledButton(button);
     dates->setDatePicker(picker);
     dates->setDelegate(platform::makeRef<WholeDays>());
-    button->setAction([controller = dates.get()](Control& sender) { controller->enabledButtonUpdated(&sender); });
-    picker->setAction([controller = dates.get()](Control& sender) { controller->datePickerUpdated(&sender); });
+    button->setAction(
+        [controller = dates.get()](Control& sender) { controller->enabledButtonUpdated(&sender); });
+    picker->setAction(
+        [controller = dates.get()](Control& sender) { controller->datePickerUpdated(&sender); });
     return dates;
 }
 

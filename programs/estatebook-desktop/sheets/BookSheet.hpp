@@ -54,7 +54,8 @@ protected:
     void showFault(const QString& sentence) const;
 
     /// Couples a check box and a day of these names. Days are taken at their beginning.
-    [[nodiscard]] platform::Ref<TKDateController> makeDates(std::string_view checkBox, std::string_view day) const;
+    [[nodiscard]] platform::Ref<TKDateController> makeDates(std::string_view checkBox,
+                                                            std::string_view day) const;
     /// Completes tags from those of the book, one after another.
     void completeTags(QLineEdit& line) const;
     /// The amount of a line, whether there is one and whether it can be read.
@@ -70,6 +71,4 @@ private:
     platform::QtWindow* window_ = nullptr;
 };
 
-
 } // namespace estatebook::desktop
-

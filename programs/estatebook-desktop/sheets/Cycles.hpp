@@ -14,8 +14,8 @@
 namespace estatebook::desktop {
 
 /// In the order of the lists in interface files.
-inline constexpr std::array<TKBillingCycle, 4> Cycles{TKBillingCycleDay, TKBillingCycleWeek, TKBillingCycleMonth,
-                                                      TKBillingCycleYear};
+inline constexpr std::array<TKBillingCycle, 4> Cycles{TKBillingCycleDay, TKBillingCycleWeek,
+                                                      TKBillingCycleMonth, TKBillingCycleYear};
 
 /// Months for a cycle that is none.
 inline void showCycle(QComboBox& list, const std::optional<platform::Number>& cycle) {

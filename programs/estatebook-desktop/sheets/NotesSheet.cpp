@@ -34,7 +34,8 @@ QString contentOf(const TKNote& note) {
 } // namespace
 
 NotesSheet::NotesSheet(BookSession& session, TKNotable& owner, QString name)
-    : BookSheet(session), owner_(owner), held_(dynamic_cast<platform::Object*>(&owner)), name_(std::move(name)) {}
+    : BookSheet(session), owner_(owner), held_(dynamic_cast<platform::Object*>(&owner)),
+      name_(std::move(name)) {}
 
 Ref<String> NotesSheet::nibName() const {
     return String::make("NotesSheet");
@@ -78,15 +79,17 @@ void NotesSheet::fillList() {
 }
 
 QString NotesSheet::titleOf(const Entry& entry) const {
-    const QString day = figures().day(entry.note ? entry.note->createdDate() : std::optional(session().today()));
+    const QString day =
+        figures().day(entry.note ? entry.note->createdDate() : std::optional(session().today()));
     return entry.subject.isEmpty() ? words("%1, without a subject").arg(day)
                                    : QStringLiteral("%1, %2").arg(day, entry.subject);
 }
 
 NotesSheet::Entry* NotesSheet::shown() {
     const int row = find<QListWidget>("notes").currentRow();
-    return row < 0 || row >= static_cast<int>(listed_.size()) ? nullptr
-                                                              : &entries_[listed_[static_cast<std::size_t>(row)]];
+    return row < 0 || row >= static_cast<int>(listed_.size())
+               ? nullptr
+               : &entries_[listed_[static_cast<std::size_t>(row)]];
 }
 
 void NotesSheet::showEntry(int) {
@@ -97,7 +100,8 @@ void NotesSheet::showEntry(int) {
     find<QPlainTextEdit>("content").setPlainText(entry ? entry->content : QString());
     for (const char* name : {"subject", "content"}) find<QWidget>(name).setEnabled(entry != nullptr);
     find<QPushButton>("deleteNote").setEnabled(entry && session().canEdit());
-    find<QPlainTextEdit>("content").setPlaceholderText(entry ? QString() : words("There are no notes yet. Add one on the left."));
+    find<QPlainTextEdit>("content").setPlaceholderText(
+        entry ? QString() : words("There are no notes yet. Add one on the left."));
     const QString author = entry && entry->note ? textOf(entry->note->createdBy()) : QString();
     find<QLabel>("signature").setText(author.isEmpty() ? QString() : words("Written by %1").arg(author));
     isShowing_ = false;

@@ -7,8 +7,8 @@
 
 #include "estatebook-desktop/sheets/BookSheet.hpp"
 
-#include "store/TKNote.hpp"
 #include "store/TKNotable.hpp"
+#include "store/TKNote.hpp"
 
 #include <vector>
 

@@ -70,7 +70,8 @@ void PaymentSheet::showDirection() const {
     const auto amount = amountIn("amount").amount;
     const bool isNegative = amount && amount->isNegative();
     const QString received = words("Received. Write a minus sign before what is charged or given back.");
-    const QString spent = tenure_ ? words("Charged to the tenant, or given back.") : words("Spent on the property.");
+    const QString spent =
+        tenure_ ? words("Charged to the tenant, or given back.") : words("Spent on the property.");
     find<QLabel>("direction").setText(isNegative ? spent : received);
 }
 
@@ -95,7 +96,8 @@ void PaymentSheet::apply() {
     const auto setText = [](const Ref<String>& now, const QString& wanted, const auto& set) {
         if (textOf(now) != wanted.trimmed()) set(textFrom(wanted));
     };
-    setText(transaction.what(), find<QLineEdit>("what").text(), [&](const auto& text) { transaction.setWhat(text); });
+    setText(transaction.what(), find<QLineEdit>("what").text(),
+            [&](const auto& text) { transaction.setWhat(text); });
     setText(transaction.receipt(), find<QLineEdit>("receipt").text(),
             [&](const auto& text) { transaction.setReceipt(text); });
     if (transaction.when() != dates_->currentDate()) transaction.setWhen(dates_->currentDate());

@@ -40,7 +40,8 @@ void copyTerms(const TKTenure& from, TKTenure& to) {
          [&](const auto& value) { to.setRentalBillingCycle(value); });
     copy(to.advanceBillingCycle(), from.advanceBillingCycle(),
          [&](const auto& value) { to.setAdvanceBillingCycle(value); });
-    copy(to.chargeBehaviour(), from.chargeBehaviour(), [&](const auto& value) { to.setChargeBehaviour(value); });
+    copy(to.chargeBehaviour(), from.chargeBehaviour(),
+         [&](const auto& value) { to.setChargeBehaviour(value); });
     copy(to.chargeFullDuration(), from.chargeFullDuration(),
          [&](const auto& value) { to.setChargeFullDuration(value); });
     copy(to.endDate(), from.endDate(), [&](const auto& value) { to.setEndDate(value); });
@@ -74,8 +75,8 @@ TenureDraft::TenureDraft(const BookSession& session, const TKTenure* tenure)
     context_->setUndoManager(nullptr);
     for (String* const name : {TKCurrencyCodeStateName, TKBillingModeStateName})
         TKState::updateStateWithNameValueInManagedObjectContext(
-            Ref<String>(name), TKState::valueForNameInManagedObjectContext(Ref<String>(name), session.context()),
-            *context_);
+            Ref<String>(name),
+            TKState::valueForNameInManagedObjectContext(Ref<String>(name), session.context()), *context_);
     terms_ = context_->insertNewObject<TKTenure>("Tenure");
     set([&](TKTenure& terms) { terms.setCurrentDate(session.today()); });
     if (tenure) {
@@ -141,7 +142,8 @@ std::vector<TenureDraft::Line> TenureDraft::nextLines() const {
     std::vector<Line> lines;
     if (!terms_->startDate() || !terms_->rentalAmount()) return lines;
     const Date from = std::max(today, *terms_->startDate());
-    const auto later = terms_->rentalPeriodicBilling()->dateWithPeriodOffsetFromStartDate(PreviewLines + 2, from);
+    const auto later =
+        terms_->rentalPeriodicBilling()->dateWithPeriodOffsetFromStartDate(PreviewLines + 2, from);
     const DayMoved moved(*terms_, later.value_or(from));
     const Schedule schedule(*terms_);
     const auto statement = terms_->statement();
@@ -168,7 +170,9 @@ std::optional<TenureDraft::DayShort> TenureDraft::dayShort() const {
         const std::uint64_t days = calendar.daysFromTo(*start, *end);
         const Decimal periods = billing->periodsFromDateForDays(start, days);
         const Decimal withNextDay = billing->periodsFromDateForDays(start, days + 1);
-        const auto isWhole = [](const Decimal& number) { return number == Decimal(number.unsignedIntegerValue()); };
+        const auto isWhole = [](const Decimal& number) {
+            return number == Decimal(number.unsignedIntegerValue());
+        };
         if (isWhole(periods) || !isWhole(withNextDay)) return std::nullopt;
         const std::uint64_t whole = periods.unsignedIntegerValue();
         const auto boundary = billing->dateWithPeriodOffsetFromStartDate(whole, calendar.startOfDay(*start));

@@ -38,7 +38,8 @@ struct Card {
     const char* button;
     TKChargeBehaviour behaviour;
 };
-constexpr std::array Cards{Card{"chargeStart", TKChargeBehaviourStart}, Card{"chargePartial", TKChargeBehaviourPartial},
+constexpr std::array Cards{Card{"chargeStart", TKChargeBehaviourStart},
+                           Card{"chargePartial", TKChargeBehaviourPartial},
                            Card{"chargeEnd", TKChargeBehaviourEnd}};
 
 /// Parts of periods are shown to so many digits.
@@ -170,7 +171,8 @@ void TenureSheet::prepareRent() {
     auto& ahead = find<QSpinBox>("advancePeriod");
     auto& aheadCycle = find<QComboBox>("advanceCycle");
     QObject::connect(&ahead, &QSpinBox::valueChanged, &ahead, [this] { takePaidInAdvance(); });
-    QObject::connect(&aheadCycle, &QComboBox::currentIndexChanged, &aheadCycle, [this] { takePaidInAdvance(); });
+    QObject::connect(&aheadCycle, &QComboBox::currentIndexChanged, &aheadCycle,
+                     [this] { takePaidInAdvance(); });
 
     auto& full = find<QCheckBox>("full");
     QObject::connect(&full, &QCheckBox::toggled, &full, [this](bool isFull) {
@@ -186,9 +188,11 @@ void TenureSheet::prepareCards() {
         font.setBold(true);
         button.setFont(font);
         group->addButton(&button);
-        QObject::connect(&button, &QRadioButton::toggled, &button, [this, behaviour = behaviour](bool isChosen) {
-            if (isChosen) edit([&](TKTenure& terms) { terms.setChargeBehaviour(Number(behaviour)); });
-        });
+        QObject::connect(&button, &QRadioButton::toggled, &button,
+                         [this, behaviour = behaviour](bool isChosen) {
+                             if (isChosen)
+                                 edit([&](TKTenure& terms) { terms.setChargeBehaviour(Number(behaviour)); });
+                         });
     }
 }
 
@@ -234,9 +238,10 @@ void TenureSheet::takePaidInAdvance() {
         const bool wasInArrears = !terms.advancePeriod() || !terms.advancePeriod()->boolValue();
         terms.setAdvanceBillingCycle(wasInArrears ? terms.rentalBillingCycle()
                                                   : std::optional(cycleIn(find<QComboBox>("advanceCycle"))));
-        terms.setAdvancePeriod(wasInArrears
-                                   ? terms.rentalPeriod()
-                                   : std::optional(Number(static_cast<std::uint64_t>(find<QSpinBox>("advancePeriod").value()))));
+        terms.setAdvancePeriod(
+            wasInArrears
+                ? terms.rentalPeriod()
+                : std::optional(Number(static_cast<std::uint64_t>(find<QSpinBox>("advancePeriod").value()))));
     });
 }
 
@@ -253,10 +258,12 @@ void TenureSheet::takeUsualTerms() {
 ManagedObject* TenureSheet::chosen(const char* list) const {
     const auto& choices = find<QComboBox>(list);
     const int index = choices.findText(choices.currentText().trimmed(), Qt::MatchExactly);
-    const int place = choices.currentIndex() >= 0 && choices.currentText() == choices.itemText(choices.currentIndex())
-                          ? choices.currentIndex()
-                          : index;
-    return place < 0 ? nullptr : static_cast<ManagedObject*>(choices.itemData(place, ObjectRole).value<void*>());
+    const int place =
+        choices.currentIndex() >= 0 && choices.currentText() == choices.itemText(choices.currentIndex())
+            ? choices.currentIndex()
+            : index;
+    return place < 0 ? nullptr
+                     : static_cast<ManagedObject*>(choices.itemData(place, ObjectRole).value<void*>());
 }
 
 // -- Showing --------------------------------------------------------------------------------------------------
@@ -268,7 +275,8 @@ void TenureSheet::showTerms() {
         auto& line = find<QLineEdit>(name);
         const Amount typed = amountIn(name);
         // What is half typed stays as it is.
-        if (typed.amount != amount && (typed.isReadable || !line.hasFocus())) line.setText(figures().plain(amount));
+        if (typed.amount != amount && (typed.isReadable || !line.hasFocus()))
+            line.setText(figures().plain(amount));
     };
     showAmount("rent", terms.rentalAmount());
     showAmount("bond", terms.bondAmount());
@@ -278,7 +286,8 @@ void TenureSheet::showTerms() {
 
     const bool isInAdvance = terms.advancePeriod() && terms.advancePeriod()->boolValue();
     find<QRadioButton>(isInAdvance ? "advance" : "arrears").setChecked(true);
-    for (const char* name : {"advancePeriod", "advanceCycle", "ahead"}) find<QWidget>(name).setEnabled(isInAdvance);
+    for (const char* name : {"advancePeriod", "advanceCycle", "ahead"})
+        find<QWidget>(name).setEnabled(isInAdvance);
     const auto ahead = isInAdvance ? terms.advancePeriod() : terms.rentalPeriod();
     if (ahead) find<QSpinBox>("advancePeriod").setValue(static_cast<int>(ahead->unsignedIntegerValue()));
     showCycle(find<QComboBox>("advanceCycle"),
@@ -315,10 +324,11 @@ void TenureSheet::showLength() {
     const auto rents = [](std::uint64_t number) {
         return number == 1 ? words("one rent") : words("%1 rents").arg(number);
     };
-    hint.setText(words("%1 to %2 is %3 and %4 days; %5 is %6.")
-                     .arg(figures().day(terms.startDate()), figures().day(dayShort->end), rents(dayShort->periods))
-                     .arg(dayShort->days)
-                     .arg(figures().day(dayShort->next), rents(dayShort->periods + 1)));
+    hint.setText(
+        words("%1 to %2 is %3 and %4 days; %5 is %6.")
+            .arg(figures().day(terms.startDate()), figures().day(dayShort->end), rents(dayShort->periods))
+            .arg(dayShort->days)
+            .arg(figures().day(dayShort->next), rents(dayShort->periods + 1)));
 }
 
 void TenureSheet::showPreview() {
@@ -326,11 +336,12 @@ void TenureSheet::showPreview() {
     const auto preview = draft_.preview();
     for (int row = 0; row < table.rowCount(); ++row) {
         const auto place = static_cast<std::size_t>(row);
-        const TenureDraft::Line line = preview && place < preview->next.size() ? preview->next[place] : TenureDraft::Line();
+        const TenureDraft::Line line =
+            preview && place < preview->next.size() ? preview->next[place] : TenureDraft::Line();
         table.setItem(row, 0, new QTableWidgetItem(figures().day(line.when)));
         table.setItem(row, 1, new QTableWidgetItem(QString::fromStdString(line.what)));
-        auto* amount = new QTableWidgetItem(
-            line.amount ? figures().amount(figures().rounded(*line.amount)) : QString());
+        auto* amount =
+            new QTableWidgetItem(line.amount ? figures().amount(figures().rounded(*line.amount)) : QString());
         amount->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         table.setItem(row, 2, amount);
     }
@@ -339,7 +350,8 @@ void TenureSheet::showPreview() {
     else if (preview && preview->next.empty())
         table.item(0, 1)->setText(words("Nothing falls due any more"));
     find<QLabel>("cost").setText(preview ? figures().amount(figures().rounded(preview->cost)) : QString());
-    find<QLabel>("balance").setText(preview ? figures().amount(figures().rounded(preview->balance)) : QString());
+    find<QLabel>("balance").setText(preview ? figures().amount(figures().rounded(preview->balance))
+                                            : QString());
 }
 
 void TenureSheet::showAdded() {
@@ -366,14 +378,17 @@ QString TenureSheet::faultOfDraft() const {
     case TenureDraft::Fault::EndBeforeStart:
         return words("The last day is before the first day.");
     case TenureDraft::Fault::Unreckonable:
-        return words("The rent cannot be reckoned with these terms; check the amount, the dates and the advance.");
+        return words(
+            "The rent cannot be reckoned with these terms; check the amount, the dates and the advance.");
     }
     return {};
 }
 
 QString TenureSheet::fault() {
-    if (find<QComboBox>("property").currentText().trimmed().isEmpty()) return words("The letting needs a property.");
-    if (find<QComboBox>("tenant").currentText().trimmed().isEmpty()) return words("The letting needs a tenant.");
+    if (find<QComboBox>("property").currentText().trimmed().isEmpty())
+        return words("The letting needs a property.");
+    if (find<QComboBox>("tenant").currentText().trimmed().isEmpty())
+        return words("The letting needs a tenant.");
     if (!amountIn("rent").isReadable) return words("The rent is no amount; write it like 1050.00.");
     if (!amountIn("bond").isReadable) return words("The bond is no amount; write it like 1050.00.");
     return faultOfDraft();

@@ -77,9 +77,11 @@ QVariant StatementModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
         return row.texts[static_cast<std::size_t>(index.column())];
     case Qt::ToolTipRole:
-        return row.kind == Kind::Generated ? tr("Not recorded, but reckoned from the terms of the letting") : QString();
+        return row.kind == Kind::Generated ? tr("Not recorded, but reckoned from the terms of the letting")
+                                           : QString();
     case Qt::TextAlignmentRole:
-        return static_cast<int>((index.column() >= Amount ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter);
+        return static_cast<int>((index.column() >= Amount ? Qt::AlignRight : Qt::AlignLeft) |
+                                Qt::AlignVCenter);
     case Qt::FontRole: {
         QFont font;
         font.setItalic(row.kind == Kind::Generated);

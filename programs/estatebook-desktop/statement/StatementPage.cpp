@@ -49,8 +49,9 @@ QPushButton* addButton(QHBoxLayout& row, const QString& text) {
 } // namespace
 
 StatementPage::StatementPage(BookSession& session, std::function<const Figures&()> figures)
-    : session_(session), figures_(std::move(figures)), model_(nullptr), title_(new QLabel), subtitle_(new QLabel),
-      outstanding_(new QCheckBox(tr("&Outstanding only"))), byTag_(new QCheckBox(tr("By &tag"))) {
+    : session_(session), figures_(std::move(figures)), model_(nullptr), title_(new QLabel),
+      subtitle_(new QLabel), outstanding_(new QCheckBox(tr("&Outstanding only"))),
+      byTag_(new QCheckBox(tr("By &tag"))) {
     makeTable();
     QFont font = title_->font();
     font.setBold(true);
@@ -91,10 +92,12 @@ StatementPage::StatementPage(BookSession& session, std::function<const Figures&(
     connect(byTag_, &QCheckBox::toggled, this, &StatementPage::refresh);
     connect(copy, &QPushButton::clicked, this, &StatementPage::copy);
     connect(print, &QPushButton::clicked, this, &StatementPage::print);
-    connect(csv, &QPushButton::clicked, this,
-            [this] { save(tr("Comma-separated values (*.csv)"), QStringLiteral(".csv"), [this] { return this->csv(); }); });
-    connect(pdf, &QPushButton::clicked, this,
-            [this] { save(tr("PDF documents (*.pdf)"), QStringLiteral(".pdf"), [this] { return this->pdf(); }); });
+    connect(csv, &QPushButton::clicked, this, [this] {
+        save(tr("Comma-separated values (*.csv)"), QStringLiteral(".csv"), [this] { return this->csv(); });
+    });
+    connect(pdf, &QPushButton::clicked, this, [this] {
+        save(tr("PDF documents (*.pdf)"), QStringLiteral(".pdf"), [this] { return this->pdf(); });
+    });
     connect(table_, &QTableView::doubleClicked, this, [this](const QModelIndex& index) {
         if (TKTransaction* transaction = model_.transaction(index.row())) Q_EMIT opened(transaction);
     });
@@ -171,10 +174,11 @@ std::string StatementPage::csv() const {
     for (const StatementParts::Part& part : parts_.parts) {
         const auto write = [&](const std::vector<StatementParts::Line>& lines, bool isDue) {
             for (const auto& [line, tags, transaction] : lines) {
-                const auto day = line.when ? document::dateText(*line.when, figures.calendar()) : std::nullopt;
-                writeCsvRecord(out, {part.tag.value_or(""), day.value_or(""), line.what, tags, amount(line.amount),
-                                     amountText(line.balance, figures.digits()), line.isGenerated ? "true" : "false",
-                                     isDue ? "true" : "false"});
+                const auto day =
+                    line.when ? document::dateText(*line.when, figures.calendar()) : std::nullopt;
+                writeCsvRecord(out, {part.tag.value_or(""), day.value_or(""), line.what, tags,
+                                     amount(line.amount), amountText(line.balance, figures.digits()),
+                                     line.isGenerated ? "true" : "false", isDue ? "true" : "false"});
             }
         };
         write(part.due, true);
@@ -189,7 +193,8 @@ QString StatementPage::copiedText() const {
     QStringList lines;
     if (rows.isEmpty())
         for (int row = 0; row < model_.rowCount(); ++row) lines << model_.texts(row).join(QLatin1Char('\t'));
-    for (const QModelIndex& index : std::as_const(rows)) lines << model_.texts(index.row()).join(QLatin1Char('\t'));
+    for (const QModelIndex& index : std::as_const(rows))
+        lines << model_.texts(index.row()).join(QLatin1Char('\t'));
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -206,7 +211,8 @@ void StatementPage::print() {
 QString StatementPage::html() const {
     const auto cell = [](const QString& text, bool isAmount, const char* tag) {
         return QStringLiteral("<%1 align=\"%2\">%3</%1>")
-            .arg(QLatin1String(tag), isAmount ? QLatin1String("right") : QLatin1String("left"), text.toHtmlEscaped());
+            .arg(QLatin1String(tag), isAmount ? QLatin1String("right") : QLatin1String("left"),
+                 text.toHtmlEscaped());
     };
     QString rows;
     for (int row = -1; row < model_.rowCount(); ++row) {
@@ -215,7 +221,8 @@ QString StatementPage::html() const {
             const bool isAmount = column >= StatementModel::Amount;
             const QModelIndex index = model_.index(row, column);
             if (row < 0) {
-                cells += cell(model_.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString(), isAmount, "th");
+                cells += cell(model_.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString(), isAmount,
+                              "th");
                 continue;
             }
             const auto font = index.data(Qt::FontRole).value<QFont>();
@@ -281,7 +288,8 @@ paper::PrintedStatement StatementPage::printed() const {
             {text(tr("Balance with what is not yet due")), text(figures.amount(part.sheet.finalBalance()))});
     }
     if (hasGenerated)
-        printed.remarks.push_back(text(tr("Lines in italics are not recorded, but reckoned from the terms of the letting.")));
+        printed.remarks.push_back(
+            text(tr("Lines in italics are not recorded, but reckoned from the terms of the letting.")));
     if (parts_.untaggedCount > 0)
         printed.remarks.push_back(text(tr("Lines without a tag: %1, which come to %2")
                                            .arg(parts_.untaggedCount)

@@ -35,7 +35,8 @@ private:
         const Ref<TKLedgerTransaction>& movement = (*items_)[place_++].transaction();
         Line made{line, {}, nullptr};
         if (const auto names = movement->tagNames()) made.tags = names->editableString();
-        if (!line.isGenerated) made.transaction = Ref<TKTransaction>(dynamic_cast<TKTransaction*>(movement.get()));
+        if (!line.isGenerated)
+            made.transaction = Ref<TKTransaction>(dynamic_cast<TKTransaction*>(movement.get()));
         return made;
     }
 

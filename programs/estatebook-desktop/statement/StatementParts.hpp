@@ -45,7 +45,8 @@ struct StatementParts {
     platform::Decimal untaggedAmount{};
 
     /// Linear in the lines of the statement.
-    [[nodiscard]] static Reckoned<StatementParts> of(const BookSession& session, TKTenure& tenure, Choice choice);
+    [[nodiscard]] static Reckoned<StatementParts> of(const BookSession& session, TKTenure& tenure,
+                                                     Choice choice);
 };
 
 } // namespace estatebook::desktop

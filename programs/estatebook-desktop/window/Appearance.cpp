@@ -25,7 +25,8 @@ QPalette paletteOf(const Tones& tones) {
     QPalette palette(tones.button, tones.window);
     palette.setColor(QPalette::Base, tones.base);
     palette.setColor(QPalette::AlternateBase, tones.alternate);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText})
         palette.setColor(role, tones.text);
     palette.setColor(QPalette::ToolTipBase, tones.note);
     palette.setColor(QPalette::PlaceholderText, tones.faded);

@@ -8,24 +8,22 @@
 
 #include "platform/system/RunLoop.hpp"
 #include "platform/system/SystemClockWatcher.hpp"
-
-#include <QObject>
-#include <QSocketNotifier>
+#include "platform/toolkit/qt/RunLoopDriver.hpp"
 
 namespace estatebook::desktop {
 
-class DesktopLoop : public QObject {
+class DesktopLoop {
 public:
     DesktopLoop();
 
     [[nodiscard]] platform::RunLoop& runLoop() noexcept { return loop_; }
     /// Does all that is due now, and waits for the next midnight. What is raised meanwhile goes to the log.
-    void turn();
+    void turn() { driver_.turn(); }
 
 private:
     platform::RunLoop loop_;
     platform::SystemClockWatcher clock_;
-    QSocketNotifier notifier_;
+    platform::RunLoopDriver driver_;
 };
 
 } // namespace estatebook::desktop

@@ -68,7 +68,8 @@ QString Figures::amount(const Reckoned<Decimal>& amount) const {
 }
 
 std::optional<Decimal> Figures::amountOf(const QString& text) const {
-    QString digits = text.simplified().remove(QLatin1Char(' ')).remove(QChar(QChar::Nbsp)).remove(QChar(0x202F));
+    QString digits =
+        text.simplified().remove(QLatin1Char(' ')).remove(QChar(QChar::Nbsp)).remove(QChar(0x202F));
     digits.replace(MinusSign, QLatin1Char('-'));
     const bool isNegative = digits.startsWith(QLatin1Char('-'));
     if (isNegative) digits.remove(0, 1);
@@ -84,7 +85,8 @@ std::optional<Decimal> Figures::amountOf(const QString& text) const {
     if (plain.isEmpty()) plain = QStringLiteral("0");
     if (!fraction.isEmpty()) plain += QLatin1Char('.') + fraction;
     for (const QChar each : std::as_const(plain))
-        if (each != QLatin1Char('.') && (each < QLatin1Char('0') || each > QLatin1Char('9'))) return std::nullopt;
+        if (each != QLatin1Char('.') && (each < QLatin1Char('0') || each > QLatin1Char('9')))
+            return std::nullopt;
     if (plain.count(QLatin1Char('.')) > 1) return std::nullopt;
     const auto amount = Decimal::parseExact((isNegative ? QStringLiteral("-") + plain : plain).toStdString());
     return amount;
@@ -108,7 +110,8 @@ Date Figures::instantOf(const QDate& date) const {
 }
 
 QString Figures::titled(const QString& title) const {
-    return currency_.isEmpty() ? title : QCoreApplication::translate("Figures", "%1, %2").arg(title, currency_);
+    return currency_.isEmpty() ? title
+                               : QCoreApplication::translate("Figures", "%1, %2").arg(title, currency_);
 }
 
 QString textOf(const Ref<String>& text) {

@@ -53,7 +53,9 @@ ListModel::Objects objectsOf(const std::vector<Ref<T>>& objects) {
 class BookDocument final : public platform::Document {
 public:
     explicit BookDocument(platform::ManagedObjectContext& context) : context_(&context) {}
-    [[nodiscard]] Ref<platform::ManagedObjectContext> managedObjectContext() const override { return context_; }
+    [[nodiscard]] Ref<platform::ManagedObjectContext> managedObjectContext() const override {
+        return context_;
+    }
 
 private:
     Ref<platform::ManagedObjectContext> context_;
@@ -92,7 +94,8 @@ void MainWindow::makeLists() {
     };
     add(Page::Tenures, tr("Lettings"), makeTenureList(figures),
         {tr("No lettings yet"),
-         tr("A letting says who rents what, from when, and for how much. The rent, what is owed and the statement follow from it."),
+         tr("A letting says who rents what, from when, and for how much. The rent, what is owed and the "
+            "statement follow from it."),
          tr("New letting…")});
     add(Page::Properties, tr("Properties"), makePropertyList(figures),
         {tr("No properties yet"), tr("A property is whatever is let: a house, a flat, a shop. Begin here."),
@@ -100,7 +103,9 @@ void MainWindow::makeLists() {
     add(Page::Tenants, tr("Tenants"), makeTenantList(figures),
         {tr("No tenants yet"), tr("A tenant is a person or a firm that rents."), tr("New tenant…")});
     add(Page::Arrears, tr("Arrears"), makeArrearsList(),
-        {tr("Nobody owes anything"), tr("What falls due and is not paid by the day is listed here, by its age."), {}});
+        {tr("Nobody owes anything"),
+         tr("What falls due and is not paid by the day is listed here, by its age."),
+         {}});
     for (const Page page : {Page::Tenures, Page::Arrears})
         connect(lists_[static_cast<std::size_t>(page)], &ListPage::opened, this, &MainWindow::openStatement);
     for (const Page page : {Page::Properties, Page::Tenants})
@@ -116,7 +121,8 @@ void MainWindow::makeFrame() {
     QPalette palette = sidebar_->palette();
     palette.setColor(QPalette::Base, palette.color(QPalette::Window));
     sidebar_->setPalette(palette);
-    for (const QString& name : {tr("Lettings"), tr("Properties"), tr("Tenants"), tr("Arrears"), tr("Settings")}) {
+    for (const QString& name :
+         {tr("Lettings"), tr("Properties"), tr("Tenants"), tr("Arrears"), tr("Settings")}) {
         auto* item = new QListWidgetItem(name, sidebar_);
         item->setSizeHint({SidebarWidth - 10, SidebarRowHeight});
     }
@@ -183,7 +189,8 @@ bool MainWindow::lookAtBook(const QString& path) {
 
 bool MainWindow::makeBook(const QString& path) {
     try {
-        BookSession::makeEmpty(path.toStdString(), QLocale().currencySymbol(QLocale::CurrencyIsoCode).toStdString());
+        BookSession::makeEmpty(path.toStdString(),
+                               QLocale().currencySymbol(QLocale::CurrencyIsoCode).toStdString());
     } catch (const Failure& failure) {
         leaveSession();
         refuse(path, QString::fromUtf8(failure.what()), false);
@@ -196,8 +203,10 @@ bool MainWindow::openExample(const QString& path) {
     if (QFileInfo::exists(path)) return openBook(path);
     QFile example(QStringLiteral(":/examples/harbour-street.json"));
     try {
-        if (!example.open(QIODevice::ReadOnly)) throw Failure(ExitCode::CannotRead, "the example book is not there; install the program anew");
-        BookSession::makeOfDocument(path.toStdString(), example.readAll().toStdString(), "harbour-street.json");
+        if (!example.open(QIODevice::ReadOnly))
+            throw Failure(ExitCode::CannotRead, "the example book is not there; install the program anew");
+        BookSession::makeOfDocument(path.toStdString(), example.readAll().toStdString(),
+                                    "harbour-street.json");
     } catch (const Failure& failure) {
         leaveSession();
         refuse(path, QString::fromUtf8(failure.what()), false);
@@ -231,7 +240,8 @@ void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
     welcome_->showRefusal({}, false);
     whole_->setCurrentIndex(1);
     toolBar_->setEnabled(true);
-    setWindowTitle(tr("%1[*] — EstateBook").arg(QFileInfo(QString::fromStdString(session_->path())).completeBaseName()));
+    setWindowTitle(
+        tr("%1[*] — EstateBook").arg(QFileInfo(QString::fromStdString(session_->path())).completeBaseName()));
     QSettings().setValue(QLatin1String(BookKey), QString::fromStdString(session_->path()));
     showPutAside();
     showCondition();
@@ -279,7 +289,8 @@ void MainWindow::showPage(Page page) {
     if (!session_) return;
     pages_->setCurrentIndex(static_cast<int>(page));
     refreshStale();
-    if (!sidebar_->hasFocus() && !search_->hasFocus() && page != Page::Settings) list(page).table().setFocus();
+    if (!sidebar_->hasFocus() && !search_->hasFocus() && page != Page::Settings)
+        list(page).table().setFocus();
     updateActions();
 }
 
@@ -309,7 +320,11 @@ void MainWindow::refreshLater() {
     isFresh_ = {};
     if (std::exchange(isRefreshDue_, true)) return;
     QMetaObject::invokeMethod(
-        this, [this] { if (isRefreshDue_) refresh(); }, Qt::QueuedConnection);
+        this,
+        [this] {
+            if (isRefreshDue_) refresh();
+        },
+        Qt::QueuedConnection);
 }
 
 void MainWindow::refreshNow() {
@@ -357,7 +372,8 @@ void MainWindow::showDay() {
     const QSignalBlocker quiet(day_);
     day_->setDate(figures_->dateOf(session_->today()));
     today_->setEnabled(session_->asOf().has_value());
-    currency_->setText(figures_->currency().isEmpty() ? QString() : tr("Amounts in %1").arg(figures_->currency()));
+    currency_->setText(figures_->currency().isEmpty() ? QString()
+                                                      : tr("Amounts in %1").arg(figures_->currency()));
 }
 
 void MainWindow::showCondition() {
@@ -391,7 +407,8 @@ void MainWindow::showPutAside() {
     putAsideSentence_.clear();
     const auto when = session_->canEdit() ? session_->putAsideOn() : std::nullopt;
     if (!when) return;
-    putAsideSentence_ = tr("Edits of %1 could not be saved then, and are kept beside the book.").arg(figures_->day(*when));
+    putAsideSentence_ =
+        tr("Edits of %1 could not be saved then, and are kept beside the book.").arg(figures_->day(*when));
     const auto take = [this] {
         try {
             session_->takePutAside();
@@ -413,10 +430,11 @@ void MainWindow::showPutAside() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (session_ && !session_->save()) {
-        const auto answer = QMessageBox::warning(
-            this, tr("Not saved"),
-            tr("%1\n\nThe edits will be offered again when the book is opened.").arg(QString::fromStdString(session_->trouble())),
-            QMessageBox::Close | QMessageBox::Cancel, QMessageBox::Cancel);
+        const auto answer =
+            QMessageBox::warning(this, tr("Not saved"),
+                                 tr("%1\n\nThe edits will be offered again when the book is opened.")
+                                     .arg(QString::fromStdString(session_->trouble())),
+                                 QMessageBox::Close | QMessageBox::Cancel, QMessageBox::Cancel);
         if (answer != QMessageBox::Close) return event->ignore();
     }
     rememberState();

@@ -66,9 +66,18 @@ void MainWindow::makeActions() {
     undo_ = make("undo", tr("&Undo"), tr("Ctrl+Z"), &MainWindow::undo);
     redo_ = make("redo", tr("&Redo"), tr("Ctrl+Shift+Z"), &MainWindow::redo);
     add_ = make("add", tr("&New…"), tr("Ctrl+N"), &MainWindow::addToList);
-    addTenure_ = make("addTenure", tr("New &Letting…"), tr("Ctrl+T"), [this] { showPage(Page::Tenures); addToList(); });
-    addProperty_ = make("addProperty", tr("New &Property…"), {}, [this] { showPage(Page::Properties); addToList(); });
-    addTenant_ = make("addTenant", tr("New &Tenant…"), {}, [this] { showPage(Page::Tenants); addToList(); });
+    addTenure_ = make("addTenure", tr("New &Letting…"), tr("Ctrl+T"), [this] {
+        showPage(Page::Tenures);
+        addToList();
+    });
+    addProperty_ = make("addProperty", tr("New &Property…"), {}, [this] {
+        showPage(Page::Properties);
+        addToList();
+    });
+    addTenant_ = make("addTenant", tr("New &Tenant…"), {}, [this] {
+        showPage(Page::Tenants);
+        addToList();
+    });
     edit_ = make("edit", tr("&Edit…"), tr("Ctrl+E"), &MainWindow::editSelected);
     delete_ = make("delete", tr("&Delete…"), tr("Ctrl+Del"), &MainWindow::deleteSelected);
     pay_ = make("pay", tr("Record &Payment…"), tr("Ctrl+P"), &MainWindow::recordPayment);
@@ -113,7 +122,8 @@ void MainWindow::makeMenus() {
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(tr("&About EstateBook"), this, [this] {
         QMessageBox::about(this, tr("EstateBook"),
-                           tr("EstateBook %1\n\nThe books of rental properties: who rents what, what is owed, and what was paid.")
+                           tr("EstateBook %1\n\nThe books of rental properties: who rents what, what is "
+                              "owed, and what was paid.")
                                .arg(QApplication::applicationVersion()));
     });
 }
@@ -198,15 +208,17 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 
 void MainWindow::chooseNewBook() {
     const QString path = withSuffix(QFileDialog::getSaveFileName(
-        this, tr("New Book"), documentsFolder() + QLatin1Char('/') + tr("My Properties") + QLatin1String(BookSuffix),
+        this, tr("New Book"),
+        documentsFolder() + QLatin1Char('/') + tr("My Properties") + QLatin1String(BookSuffix),
         tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
     if (!path.isEmpty()) makeBook(path);
 }
 
 // A process has one book, since all its days are those of the book's zone.
 void MainWindow::chooseBook() {
-    const QString path = QFileDialog::getOpenFileName(this, tr("Open Book"), documentsFolder(),
-                                                      tr("Books (*%1);;All files (*)").arg(QLatin1String(BookSuffix)));
+    const QString path =
+        QFileDialog::getOpenFileName(this, tr("Open Book"), documentsFolder(),
+                                     tr("Books (*%1);;All files (*)").arg(QLatin1String(BookSuffix)));
     if (path.isEmpty()) return;
     if (session_)
         QProcess::startDetached(QApplication::applicationFilePath(), {path});
@@ -215,7 +227,8 @@ void MainWindow::chooseBook() {
 }
 
 void MainWindow::chooseExample() {
-    const QString path = documentsFolder() + QLatin1Char('/') + tr("Harbour Street") + QLatin1String(BookSuffix);
+    const QString path =
+        documentsFolder() + QLatin1Char('/') + tr("Harbour Street") + QLatin1String(BookSuffix);
     if (session_ && session_->path() == path.toStdString()) return;
     openExample(path);
 }
@@ -224,10 +237,11 @@ void MainWindow::chooseImport() {
     const QString document = QFileDialog::getOpenFileName(this, tr("Import a Document"), documentsFolder(),
                                                           tr("Book documents (*.json);;All files (*)"));
     if (document.isEmpty()) return;
-    const QString path = withSuffix(QFileDialog::getSaveFileName(
-        this, tr("New Book of the Document"),
-        documentsFolder() + QLatin1Char('/') + QFileInfo(document).completeBaseName() + QLatin1String(BookSuffix),
-        tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
+    const QString path = withSuffix(
+        QFileDialog::getSaveFileName(this, tr("New Book of the Document"),
+                                     documentsFolder() + QLatin1Char('/') +
+                                         QFileInfo(document).completeBaseName() + QLatin1String(BookSuffix),
+                                     tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
     if (!path.isEmpty()) importDocument(document, path);
 }
 
@@ -235,7 +249,8 @@ void MainWindow::importDocument(const QString& document, const QString& path) {
     QFile file(document);
     try {
         if (!file.open(QIODevice::ReadOnly))
-            throw Failure(ExitCode::CannotRead, tr("%1: %2; choose another one").arg(document, file.errorString()).toStdString());
+            throw Failure(ExitCode::CannotRead,
+                          tr("%1: %2; choose another one").arg(document, file.errorString()).toStdString());
         leaveSession();
         BookSession::makeOfDocument(path.toStdString(), file.readAll().toStdString(), document.toStdString());
     } catch (const Failure& failure) {
@@ -261,7 +276,8 @@ void MainWindow::openStatement() {
 
 // -- Sheets ---------------------------------------------------------------------------------------------------
 
-void MainWindow::showSheet(const Ref<BookSheet>& sheet, std::function<platform::ManagedObject*()> whenConfirmed) {
+void MainWindow::showSheet(const Ref<BookSheet>& sheet,
+                           std::function<platform::ManagedObject*()> whenConfirmed) {
     if (sheet_) return;
     session_->save();
     sheet_ = sheet;
@@ -273,7 +289,8 @@ void MainWindow::showSheet(const Ref<BookSheet>& sheet, std::function<platform::
     if (sheet_ && !sheet_->isWindowLoaded()) {
         const auto error = std::exchange(sheet_, nullptr)->loadError();
         QMessageBox::warning(this, tr("EstateBook"),
-                             error ? QString::fromStdString(std::string(error->localizedDescription())) : QString());
+                             error ? QString::fromStdString(std::string(error->localizedDescription()))
+                                   : QString());
     }
 }
 

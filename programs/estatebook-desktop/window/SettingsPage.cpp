@@ -38,14 +38,17 @@ SettingsPage::SettingsPage(BookSession& session)
     : session_(session), file_(selectable()), zone_(selectable()), currency_(new QComboBox),
       billingMode_(new QComboBox), holds_(selectable()) {
     currency_->setEditable(true);
-    currency_->addItems({QStringLiteral("GBP"), QStringLiteral("EUR"), QStringLiteral("USD"), QStringLiteral("CHF"),
-                         QStringLiteral("AUD"), QStringLiteral("NZD"), QStringLiteral("CAD"), QStringLiteral("JPY")});
+    currency_->addItems({QStringLiteral("GBP"), QStringLiteral("EUR"), QStringLiteral("USD"),
+                         QStringLiteral("CHF"), QStringLiteral("AUD"), QStringLiteral("NZD"),
+                         QStringLiteral("CAD"), QStringLiteral("JPY")});
     currency_->setInsertPolicy(QComboBox::NoInsert);
     currency_->lineEdit()->setValidator(
         new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[A-Z]{3}|")), currency_));
     currency_->setAccessibleName(tr("Currency"));
-    billingMode_->addItem(tr("at the start of each period"), QVariant::fromValue<quint64>(TKPeriodBillingModeStart));
-    billingMode_->addItem(tr("at the end of each period"), QVariant::fromValue<quint64>(TKPeriodBillingModeEnd));
+    billingMode_->addItem(tr("at the start of each period"),
+                          QVariant::fromValue<quint64>(TKPeriodBillingModeStart));
+    billingMode_->addItem(tr("at the end of each period"),
+                          QVariant::fromValue<quint64>(TKPeriodBillingModeEnd));
     billingMode_->setAccessibleName(tr("New lettings are billed"));
 
     auto* form = new QWidget;
@@ -60,8 +63,9 @@ SettingsPage::SettingsPage(BookSession& session)
     fields->addRow(tr("&Currency"), currency_);
     fields->addRow(tr("New lettings are &billed"), billingMode_);
     auto* advice = selectable();
-    advice->setText(tr("Amounts are rounded to the currency. A book keeps its time zone: all its days are those of that "
-                       "place."));
+    advice->setText(
+        tr("Amounts are rounded to the currency. A book keeps its time zone: all its days are those of that "
+           "place."));
     advice->setForegroundRole(QPalette::PlaceholderText);
     fields->addRow(QString(), advice);
 
@@ -82,9 +86,9 @@ void SettingsPage::refresh() {
     file_->setText(QString::fromStdString(session_.path()));
     zone_->setText(QString::fromStdString(std::string(platform::TimeZone::defaultTimeZone()->name())));
     if (!currency_->lineEdit()->hasFocus()) currency_->setEditText(textOf(session_.currencyCode()));
-    const auto mode = TKState::valueForNameInManagedObjectContext(Ref<String>(TKBillingModeStateName),
-                                                                  session_.context())
-                          .unsignedIntegerValue();
+    const auto mode =
+        TKState::valueForNameInManagedObjectContext(Ref<String>(TKBillingModeStateName), session_.context())
+            .unsignedIntegerValue();
     billingMode_->setCurrentIndex(mode == TKPeriodBillingModeEnd ? 1 : 0);
     holds_->setText(tr("Lettings: %1, properties: %2, tenants: %3")
                         .arg(session_.tenures().size())
@@ -98,8 +102,8 @@ void SettingsPage::takeCurrency() {
     const QString code = currency_->currentText();
     if (code == textOf(session_.currencyCode()) || !currency_->lineEdit()->hasAcceptableInput()) return;
     session_.perform(tr("Change of Currency").toStdString(), [&] {
-        TKState::updateStateWithNameValueInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName), textFrom(code),
-                                                                session_.context());
+        TKState::updateStateWithNameValueInManagedObjectContext(Ref<String>(TKCurrencyCodeStateName),
+                                                                textFrom(code), session_.context());
     });
 }
 

@@ -64,7 +64,8 @@ WelcomePage::WelcomePage() {
     QPushButton* fresh = addButton(*column, tr("&New book…"));
     QPushButton* open = addButton(*column, tr("&Open a book…"));
     column->addSpacing(4);
-    QLabel* hint = addWords(*column, tr("The example is a copy of your own: change in it whatever you like."));
+    QLabel* hint =
+        addWords(*column, tr("The example is a copy of your own: change in it whatever you like."));
     hint->setForegroundRole(QPalette::PlaceholderText);
 
     connect(example, &QPushButton::clicked, this, &WelcomePage::exampleWanted);

@@ -113,10 +113,11 @@ TEST_F(BookSessionTest, WhatWasSavedCanBeUndoneAndIsSavedAnew) {
 TEST_F(BookSessionTest, AnEditThatRaisesLeavesNothing) {
     const auto session = BookSession::open(makeExample(), loop_);
     const auto property = session->properties().front();
-    EXPECT_THROW(session->perform("Change", [&] {
-        property->setName(String::make("Half"));
-        throw platform::InvalidArgumentException("no");
-    }),
+    EXPECT_THROW(session->perform("Change",
+                                  [&] {
+                                      property->setName(String::make("Half"));
+                                      throw platform::InvalidArgumentException("no");
+                                  }),
                  platform::InvalidArgumentException);
     EXPECT_EQ(property->name()->view(), "12 Harbour Street");
     EXPECT_FALSE(session->canUndo());

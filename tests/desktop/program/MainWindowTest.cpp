@@ -41,7 +41,8 @@ protected:
         QCoreApplication::setOrganizationName(QStringLiteral("EstateBook"));
         QCoreApplication::setApplicationName(QStringLiteral("tests"));
         QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, QString::fromStdString(path("settings")));
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
+                           QString::fromStdString(path("settings")));
         platform::Toolkit::setCurrent(&toolkit_);
         makeWindow();
     }
@@ -416,7 +417,8 @@ TEST_F(MainWindowTest, ASearchShowsWhatFitsAndItsSums) {
 
 TEST_F(MainWindowTest, SumsAreThoseOfTheRows) {
     openExample();
-    for (const auto& [page, column] : {std::pair(Page::Tenures, 2), {Page::Properties, 4}, {Page::Tenants, 4}}) {
+    for (const auto& [page, column] :
+         {std::pair(Page::Tenures, 2), {Page::Properties, 4}, {Page::Tenants, 4}}) {
         window_->showPage(page);
         settle();
         Decimal sum;
@@ -481,7 +483,8 @@ TEST_F(MainWindowTest, EverythingThatIsWorkedWithHasANameToBeHeard) {
             EXPECT_FALSE(widget->accessibleName().isEmpty());
         }
         const auto* line = qobject_cast<const QLineEdit*>(widget);
-        const bool isInner = line && (qobject_cast<const QDateEdit*>(line->parent()) || qobject_cast<const QComboBox*>(line->parent()));
+        const bool isInner = line && (qobject_cast<const QDateEdit*>(line->parent()) ||
+                                      qobject_cast<const QComboBox*>(line->parent()));
         if (line && !isInner) {
             EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
         }
