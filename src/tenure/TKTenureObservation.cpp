@@ -6,6 +6,9 @@
 #include "store/TKProperty.hpp"
 #include "tenure/TKTenure.hpp"
 
+#include <utility>
+#include <vector>
+
 namespace estatebook {
 
 using namespace platform;
@@ -20,6 +23,25 @@ struct PassedOn {
 };
 constexpr PassedOn passedOn[] = {{keys::balance, keys::tenureBalance},
                                  {keys::totalIncome, keys::tenureIncome}};
+
+/// What stands open on a property since a tenure's will. The tenure may have another property, or none, by its did.
+struct Opened {
+    const TKTenure* tenure;
+    Key ofProperty;
+    Ref<TKProperty> property;
+};
+thread_local std::vector<Opened> opened;
+
+/// Null when nothing of it stands open.
+Ref<TKProperty> takeOpened(const TKTenure& tenure, Key ofProperty) {
+    for (auto each = opened.rbegin(); each != opened.rend(); ++each) {
+        if (each->tenure != &tenure || each->ofProperty != ofProperty) continue;
+        Ref<TKProperty> property = std::move(each->property);
+        opened.erase(std::next(each).base());
+        return property;
+    }
+    return nullptr;
+}
 
 } // namespace
 
@@ -97,16 +119,21 @@ void TKTenure::willChangeValueForKey(Key key) {
     ManagedObject::willChangeValueForKey(key);
     TKProperty* let = property();
     if (!let) return;
-    for (const PassedOn& each : passedOn)
-        if (key == each.key) let->willChangeValueForKey(each.ofProperty);
+    for (const PassedOn& each : passedOn) {
+        if (key != each.key) continue;
+        opened.push_back({this, each.ofProperty, Ref<TKProperty>(let)});
+        let->willChangeValueForKey(each.ofProperty);
+    }
 }
 
 void TKTenure::didChangeValueForKey(Key key) {
     ManagedObject::didChangeValueForKey(key);
-    TKProperty* let = property();
-    if (!let) return;
-    for (const PassedOn& each : passedOn)
-        if (key == each.key) let->didChangeValueForKey(each.ofProperty);
+    for (const PassedOn& each : passedOn) {
+        if (key != each.key) continue;
+        Ref<TKProperty> let = takeOpened(*this, each.ofProperty);
+        if (!let) let = Ref<TKProperty>(property());
+        if (let) let->didChangeValueForKey(each.ofProperty);
+    }
 }
 
 } // namespace estatebook

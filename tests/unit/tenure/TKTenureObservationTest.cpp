@@ -247,6 +247,27 @@ TEST_F(TKTenureObservationTest, EachTermThatIsSetRebuildsTheSchedule) {
     }
 }
 
+TEST_F(TKTenureObservationTest, ALettingThatIsUndoneLeavesNothingOpenOnItsProperty) {
+    const auto property = book.property("Flat 2");
+    book.context().processPendingChanges();
+    book.context().undoManager()->endEvent();
+    const auto undone = let();
+    book.context().processPendingChanges();
+    undone->setProperty(property.get());
+    undone->setRentalAmount(Decimal(900));
+    book.context().undo();
+    ASSERT_EQ(property->tenures().count(), 0U);
+
+    const auto tenure = let();
+    tenure->setProperty(property.get());
+    int told = 0;
+    const auto token = property->observe("tenureBalance", [&] { ++told; });
+    tenure->setBondAmount(Decimal(500));
+    EXPECT_EQ(told, 1);
+    const auto raising = property->observe("tenureBalance", [] { throw RangeException("no"); });
+    EXPECT_THROW(tenure->setBondAmount(Decimal(600)), RangeException);
+}
+
 TEST_F(TKTenureObservationTest, WhatIsPaidLeavesTheScheduleAlone) {
     const auto tenure = let();
     const auto before = tenure->periods();
