@@ -81,7 +81,7 @@ GENERATED = ("EstateBook_ModelExport.hpp", "model/")
 
 PRODUCT_FOLDERS = ["src", "programs"]
 OTHER_FOLDERS = ["tests", "bench", "fuzz", "tools", "cmake", "packaging", "examples"]
-ROOT_FILES = ["CMakeLists.txt", ".clang-format", ".clang-tidy", "demo", "test", "check-all", "torture", ".ci/run"]
+ROOT_FILES = ["CMakeLists.txt", ".clang-format", ".clang-tidy", "demo", "desktop", "test", "check-all", "torture", ".ci/run"]
 SPDX = "SPDX-License-Identifier: MIT"
 SPDX_SUFFIXES = {".hpp", ".h", ".cpp", ".py", ".cmake", ".model"}
 

@@ -35,6 +35,10 @@ int runDesktop(int argumentCount, char** arguments) {
         QStringLiteral("appearance"),
         QCoreApplication::translate("Program", "system, light or dark; else what the desktop says."),
         QStringLiteral("name"), QStringLiteral("system"));
+    const QCommandLineOption exampleOption(
+        QStringLiteral("example"),
+        QCoreApplication::translate("Program", "Open the example book; make it there when it is not."),
+        QStringLiteral("file"));
     const QCommandLineOption picturesOption(
         QStringLiteral("screenshots"),
         QCoreApplication::translate("Program", "Make a picture of each window in the folder, and end."),
@@ -43,7 +47,7 @@ int runDesktop(int argumentCount, char** arguments) {
     QCommandLineOption suffixOption(QStringLiteral("suffix"), {}, QStringLiteral("suffix"));
     hereOption.setFlags(QCommandLineOption::HiddenFromHelp);
     suffixOption.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({appearanceOption, picturesOption, hereOption, suffixOption});
+    parser.addOptions({appearanceOption, exampleOption, picturesOption, hereOption, suffixOption});
     parser.process(application);
 
     const auto appearance = appearanceNamed(parser.value(appearanceOption));
@@ -66,7 +70,9 @@ int runDesktop(int argumentCount, char** arguments) {
     DesktopLoop loop;
     MainWindow window(loop);
     const QStringList books = parser.positionalArguments();
-    if (!books.isEmpty())
+    if (parser.isSet(exampleOption))
+        window.openExample(QFileInfo(parser.value(exampleOption)).absoluteFilePath());
+    else if (!books.isEmpty())
         window.openBook(books.front());
     else if (const QString last = QSettings().value(QStringLiteral("book")).toString();
              QFileInfo::exists(last))

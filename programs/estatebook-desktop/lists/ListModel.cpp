@@ -5,6 +5,7 @@
 #include <QPalette>
 
 #include <algorithm>
+#include <unordered_map>
 #include <utility>
 
 namespace estatebook::desktop {
@@ -24,35 +25,67 @@ void ListModel::take(Objects objects, std::vector<Row> rows) {
     replace(std::move(objects), std::move(read));
 }
 
-// What is the same at both ends stays where it is; what is between goes, and its like comes.
 void ListModel::replace(Objects objects, Rows rows) {
     readRows_ = 0;
-    const auto shorter = std::min(objects.size(), objects_.size());
-    std::size_t head = 0;
-    while (head < shorter && objects[head] == objects_[head]) ++head;
-    std::size_t tail = 0;
-    while (tail < shorter - head &&
-           objects[objects.size() - 1 - tail] == objects_[objects_.size() - 1 - tail])
-        ++tail;
-    const auto at = [](auto& list, std::size_t index) {
-        return list.begin() + static_cast<std::ptrdiff_t>(index);
+    const auto numbersOf = [](const Objects& all) {
+        std::unordered_map<const platform::ManagedObject*, std::size_t> numbers;
+        for (std::size_t i = 0; i < all.size(); ++i) numbers.emplace(all[i].get(), i);
+        return numbers;
     };
-    const auto number = [](std::size_t index) { return static_cast<int>(index); };
-
-    if (const std::size_t end = objects_.size() - tail; end > head) {
-        beginRemoveRows({}, number(head), number(end) - 1);
-        objects_.erase(at(objects_, head), at(objects_, end));
-        rows_.erase(at(rows_, head), at(rows_, end));
-        endRemoveRows();
-    }
-    if (const std::size_t end = objects.size() - tail; end > head) {
-        beginInsertRows({}, number(head), number(end) - 1);
-        objects_.insert(at(objects_, head), at(objects, head), at(objects, end));
-        rows_.insert(at(rows_, head), at(rows, head), at(rows, end));
-        endInsertRows();
-    }
+    const auto wanted = numbersOf(objects);
+    // One that stays behind another that now stands after it goes and comes again.
+    std::optional<std::size_t> last;
+    removeRowsIf([&](const platform::ManagedObject& object) {
+        const auto found = wanted.find(&object);
+        if (found == wanted.end() || (last && found->second < *last)) return true;
+        last = found->second;
+        return false;
+    });
+    insertRowsMissing(objects);
     rows_ = std::move(rows);
     if (!objects_.empty()) Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+}
+
+void ListModel::removeRowsIf(const std::function<bool(const platform::ManagedObject&)>& isGone) {
+    std::vector<bool> gone;
+    gone.reserve(objects_.size());
+    for (const auto& object : objects_) gone.push_back(isGone(*object));
+    for (std::size_t end = gone.size(); end > 0;) {
+        if (!gone[end - 1]) {
+            --end;
+            continue;
+        }
+        std::size_t first = end;
+        while (first > 0 && gone[first - 1]) --first;
+        beginRemoveRows({}, static_cast<int>(first), static_cast<int>(end) - 1);
+        const auto at = [](auto& list, std::size_t place) {
+            return list.begin() + static_cast<std::ptrdiff_t>(place);
+        };
+        objects_.erase(at(objects_, first), at(objects_, end));
+        rows_.erase(at(rows_, first), at(rows_, end));
+        endRemoveRows();
+        end = first;
+    }
+}
+
+// REQUIRES: those that are here stand in the order of the others.
+void ListModel::insertRowsMissing(const Objects& objects) {
+    for (std::size_t first = 0; first < objects.size();) {
+        if (first < objects_.size() && objects_[first] == objects[first]) {
+            ++first;
+            continue;
+        }
+        std::size_t end = first;
+        while (end < objects.size() && (first >= objects_.size() || objects[end] != objects_[first])) ++end;
+        const auto at = [](auto& list, std::size_t place) {
+            return list.begin() + static_cast<std::ptrdiff_t>(place);
+        };
+        beginInsertRows({}, static_cast<int>(first), static_cast<int>(end) - 1);
+        objects_.insert(at(objects_, first), at(objects, first), at(objects, end));
+        rows_.insert(at(rows_, first), end - first, std::nullopt);
+        endInsertRows();
+        first = end;
+    }
 }
 
 void ListModel::setTitles(const std::vector<QString>& titles) {

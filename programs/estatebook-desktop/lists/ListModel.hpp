@@ -77,6 +77,8 @@ public:
 private:
     using Rows = std::vector<std::optional<Row>>;
     void replace(Objects objects, Rows rows);
+    void removeRowsIf(const std::function<bool(const platform::ManagedObject&)>& isGone);
+    void insertRowsMissing(const Objects& objects);
 
     std::vector<Column> columns_;
     RowMaker makeRow_;
