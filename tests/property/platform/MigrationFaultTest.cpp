@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <random>
 #include <string>
 #include <vector>
@@ -39,7 +40,10 @@ protected:
     DiskContent earlier;
     std::string content;
     MemoryDisk disk;
+    std::uint64_t losses = 0;
 
+    /// At each operation of a migration and a save.
+    void losePower();
     /// With some saves by chance.
     void makeEarlier() {
         model = EarlierModel::any(random()).make();
@@ -114,10 +118,7 @@ TEST_F(MigrationFaultTest, WhatAnyEarlierModelWroteIsThereAfterwards) {
     }
 }
 
-TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    makeEarlier();
-    if (HasFatalFailure()) return;
+void MigrationFaultTest::losePower() {
     std::vector<DiskOperation> operations;
     std::size_t migrated = 0;
     std::string after;
@@ -139,6 +140,7 @@ TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
                          std::to_string(operations.size()) + ", up to date after " +
                          std::to_string(migrated));
             disk.load(platter.afterPowerLoss(random));
+            ++losses;
             const std::string found = contentNow();
             if (count == operations.size()) {
                 ASSERT_EQ(found, after) << "what was acknowledged is gone";
@@ -156,6 +158,18 @@ TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
             if (HasFatalFailure()) return;
         }
     }
+}
+
+TEST_F(MigrationFaultTest, APowerLossLeavesTheBookAsItWasOrUpToDate) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const std::uint64_t books = test::effort("ESTATEBOOK_MIGRATION_BOOKS", 1, 1);
+    for (std::uint64_t each = 0; each < books && !HasFailure(); ++each) {
+        makeEarlier();
+        if (!HasFatalFailure()) losePower();
+    }
+    std::printf("%llu power losses in %llu books on their way up to date (seed %llu)\n",
+                static_cast<unsigned long long>(losses), static_cast<unsigned long long>(books),
+                static_cast<unsigned long long>(seed));
 }
 
 TEST_F(MigrationFaultTest, ACallThatFailsIsToldAndTheBookIsThere) {
@@ -230,6 +244,9 @@ TEST_F(MigrationFaultTest, DamageIsToldOrWhatTheBookHeldIsThere) {
             ASSERT_FALSE(name.starts_with("/book.copies/") || name.ends_with(".new")) << name;
     }
     EXPECT_GT(told, 0u);
+    std::printf("%llu damaged books on their way up to date, %llu refused (seed %llu)\n",
+                static_cast<unsigned long long>(cases), static_cast<unsigned long long>(told),
+                static_cast<unsigned long long>(seed));
 }
 
 TEST_F(MigrationFaultTest, WithoutRoomTheBookStaysAndNothingFillsTheDisk) {
