@@ -225,7 +225,7 @@ void ListPage::listChanged() {
 }
 
 void ListPage::showWordsOrList() {
-    const bool isFiltered = model_->rowCount() > 0;
+    const bool isFiltered = !shown_.filterRegularExpression().pattern().isEmpty();
     emptyTitle_->setText(isFiltered ? tr("Nothing found") : whenEmpty_.title);
     emptyAdvice_->setText(isFiltered ? tr("No line of this list has the text of the search in it.")
                                      : whenEmpty_.advice);

@@ -5,6 +5,7 @@
 #include "estatebook/BookObjects.hpp"
 #include "estatebook/OpenBook.hpp"
 #include "estatebook/book/DocumentFile.hpp"
+#include "estatebook/book/KeptCopies.hpp"
 #include "estatebook/book/NewBook.hpp"
 #include "estatebook/book/StoredDocument.hpp"
 #include "estatebook/commands/Commands.hpp"
@@ -136,7 +137,15 @@ void BookSession::openStore() {
     store_ = *store;
     coordinator->addPersistentStore(store_);
     context_->setCommitOrigin(options.holder.author, options.holder.program, options.holder.command);
-    TimeZone::setDefaultTimeZone(StoredBook{file_, store_, context_}.timeZone());
+    TimeZone::setDefaultTimeZone(stored().timeZone());
+    if (const auto& migration = store_->migration())
+        notice_ = fmt::format(
+            "An earlier version wrote this book; it is up to date now, and is kept as it was in {}",
+            forMessage(migration->copy, LongestName));
+}
+
+StoredBook BookSession::stored() const {
+    return {file_, store_, context_};
 }
 
 // A store that stays open for reading would hold up whoever saves it.
@@ -163,6 +172,7 @@ BookSession::~BookSession() {
     if (firstEdit_) save();
     if (saving_) saving_->invalidate();
     announcements_.clear();
+    if (hasSaved_) keepCopyOfToday(stored());
 }
 
 void BookSession::makeOfDocument(const std::string& path, std::string_view text, std::string_view name) {
@@ -171,7 +181,7 @@ void BookSession::makeOfDocument(const std::string& path, std::string_view text,
         throw Failure(ExitCode::BadData, reading.error.value_or(document::BookError()).text());
     if (const auto& zone = reading.document->timeZone) TimeZone::setDefaultTimeZone(TimeZone::named(*zone));
     NewBook book(path, Command);
-    BookObjects::keptOfDocument(*reading.document, book.context());
+    book.take(*reading.document);
     book.finish();
 }
 
@@ -308,6 +318,7 @@ bool BookSession::save() {
     if (reason.empty()) {
         firstEdit_.reset();
         isAheadOfSideFile_ = false;
+        hasSaved_ = true;
         if (saving_) saving_->invalidate();
         side_.remove();
         setCondition(Condition::Saved);
@@ -356,6 +367,7 @@ void BookSession::setCondition(Condition condition, std::string trouble) {
 
 void BookSession::takePutAside() {
     const DocumentFile content = DocumentFile::read(side_.path());
+    keepCopyBefore(platform::BookCopies::Occasion::Import, stored());
     try {
         clearBook();
         BookObjects::keptOfDocument(content.document, *context_);

@@ -76,12 +76,14 @@ public:
     /// Makes an empty one, in the zone of the computer, billed at the start of periods. Throws Failure.
     static void makeEmpty(const std::string& path, const std::string& currencyCode);
 
-    /// Saves what can be saved; what cannot stays in the side file.
+    /// Saves what can be saved; what cannot stays in the side file. Keeps a copy of the day when something was saved.
     ~BookSession();
     BookSession(const BookSession&) = delete;
     BookSession& operator=(const BookSession&) = delete;
 
     [[nodiscard]] const std::string& path() const noexcept { return path_; }
+    /// What is to be told of the opening; empty as a rule.
+    [[nodiscard]] const std::string& notice() const noexcept { return notice_; }
     [[nodiscard]] platform::ManagedObjectContext& context() const noexcept { return *context_; }
 
     // -- The book, in the order of creation --------------------------------------------------------------------
@@ -145,6 +147,7 @@ public:
 private:
     BookSession(std::string path, platform::RunLoop& loop);
     void openStore();
+    [[nodiscard]] StoredBook stored() const;
     void readAll();
     void begin();
     void follow();
@@ -171,6 +174,8 @@ private:
     std::optional<double> firstEdit_;
     /// Whether there are edits that are not in the side file either.
     bool isAheadOfSideFile_ = false;
+    bool hasSaved_ = false;
+    std::string notice_;
     Condition condition_ = Condition::Saved;
     std::string trouble_;
     std::optional<platform::Date> asOf_;

@@ -54,7 +54,7 @@ void PropertySheet::prepareControls() {
     showCycle(find<QComboBox>("cycle"), property_->rentalBillingCycle());
     find<QLineEdit>("bond").setText(figures().plain(property_->bondAmount()));
     find<QLineEdit>("tags").setText(tagsOf(*property_));
-    find<QCheckBox>("available").setChecked(property_->available() && property_->available()->boolValue());
+    find<QCheckBox>("available").setChecked(isTrue(property_->available()));
 }
 
 QString PropertySheet::fault() {
@@ -86,8 +86,7 @@ void PropertySheet::apply() {
     setIfOther(property.bondAmount(), amountIn("bond").amount,
                [&](const auto& amount) { property.setBondAmount(amount); });
     const bool isAvailable = find<QCheckBox>("available").isChecked();
-    if (isAvailable != (property.available() && property.available()->boolValue()))
-        property.setAvailable(Number(isAvailable));
+    if (isAvailable != isTrue(property.available())) property.setAvailable(Number(isAvailable));
     setTags(property, find<QLineEdit>("tags").text());
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-/// Cycles: billing cycles as lists of choices show them.
+/// Cycles: billing cycles as lists of choices show them, and flags as boxes do.
 
 #include "billing/TKPeriodicBilling.hpp"
 #include "platform/values/Number.hpp"
@@ -12,6 +12,11 @@
 #include <optional>
 
 namespace estatebook::desktop {
+
+/// False for none.
+[[nodiscard]] inline bool isTrue(const std::optional<platform::Number>& number) {
+    return number.value_or(platform::Number(false)).boolValue();
+}
 
 /// In the order of the lists in interface files.
 inline constexpr std::array<TKBillingCycle, 4> Cycles{TKBillingCycleDay, TKBillingCycleWeek,

@@ -140,8 +140,9 @@ Reckoned<TenureDraft::Preview> TenureDraft::preview() const {
 std::vector<TenureDraft::Line> TenureDraft::nextLines() const {
     const Date today = session_.today();
     std::vector<Line> lines;
-    if (!terms_->startDate() || !terms_->rentalAmount()) return lines;
-    const Date from = std::max(today, *terms_->startDate());
+    const auto start = terms_->startDate();
+    if (!start || !terms_->rentalAmount()) return lines;
+    const Date from = std::max(today, *start);
     const auto later =
         terms_->rentalPeriodicBilling()->dateWithPeriodOffsetFromStartDate(PreviewLines + 2, from);
     const DayMoved moved(*terms_, later.value_or(from));

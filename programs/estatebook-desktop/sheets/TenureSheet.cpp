@@ -235,7 +235,7 @@ void TenureSheet::edit(const std::function<void(TKTenure&)>& change) {
 void TenureSheet::takePaidInAdvance() {
     edit([&](TKTenure& terms) {
         if (!find<QRadioButton>("advance").isChecked()) return terms.setAdvancePeriod(std::nullopt);
-        const bool wasInArrears = !terms.advancePeriod() || !terms.advancePeriod()->boolValue();
+        const bool wasInArrears = !isTrue(terms.advancePeriod());
         terms.setAdvanceBillingCycle(wasInArrears ? terms.rentalBillingCycle()
                                                   : std::optional(cycleIn(find<QComboBox>("advanceCycle"))));
         terms.setAdvancePeriod(
@@ -284,7 +284,7 @@ void TenureSheet::showTerms() {
         find<QSpinBox>("period").setValue(static_cast<int>(period->unsignedIntegerValue()));
     showCycle(find<QComboBox>("cycle"), terms.rentalBillingCycle());
 
-    const bool isInAdvance = terms.advancePeriod() && terms.advancePeriod()->boolValue();
+    const bool isInAdvance = isTrue(terms.advancePeriod());
     find<QRadioButton>(isInAdvance ? "advance" : "arrears").setChecked(true);
     for (const char* name : {"advancePeriod", "advanceCycle", "ahead"})
         find<QWidget>(name).setEnabled(isInAdvance);
@@ -292,10 +292,10 @@ void TenureSheet::showTerms() {
     if (ahead) find<QSpinBox>("advancePeriod").setValue(static_cast<int>(ahead->unsignedIntegerValue()));
     showCycle(find<QComboBox>("advanceCycle"),
               isInAdvance ? terms.advanceBillingCycle() : terms.rentalBillingCycle());
-    find<QCheckBox>("full").setChecked(terms.chargeFullDuration() && terms.chargeFullDuration()->boolValue());
-    for (const auto& [name, behaviour] : Cards)
-        if (terms.chargeBehaviour() && terms.chargeBehaviour()->unsignedIntegerValue() == behaviour)
-            find<QRadioButton>(name).setChecked(true);
+    find<QCheckBox>("full").setChecked(isTrue(terms.chargeFullDuration()));
+    if (const auto chosen = terms.chargeBehaviour())
+        for (const auto& [name, behaviour] : Cards)
+            if (chosen->unsignedIntegerValue() == behaviour) find<QRadioButton>(name).setChecked(true);
     showLength();
     showPreview();
     showAdded();

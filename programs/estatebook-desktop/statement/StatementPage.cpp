@@ -35,7 +35,7 @@ namespace estatebook::desktop {
 namespace {
 
 constexpr int DateWidth = 110;
-constexpr int TagsWidth = 120;
+constexpr int TagsWidth = 150;
 constexpr int AmountWidth = 118;
 constexpr int SpaceAroundRow = 8;
 

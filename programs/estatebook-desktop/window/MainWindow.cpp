@@ -243,7 +243,7 @@ void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
     setWindowTitle(
         tr("%1[*] — EstateBook").arg(QFileInfo(QString::fromStdString(session_->path())).completeBaseName()));
     QSettings().setValue(QLatin1String(BookKey), QString::fromStdString(session_->path()));
-    showPutAside();
+    showOffer();
     showCondition();
     isFresh_ = {};
     if (sidebar_->currentRow() < 0) sidebar_->setCurrentRow(0);
@@ -398,21 +398,30 @@ void MainWindow::showCondition() {
     }
     if (condition == Condition::Stuck)
         banner_->show(trouble, {tr("Try again"), [this] { session_->save(); }});
-    else if (banner_->sentence() != putAsideSentence_)
+    else if (banner_->sentence() != offered_)
         banner_->show({});
     save_->setEnabled(isWindowModified());
 }
 
-void MainWindow::showPutAside() {
-    putAsideSentence_.clear();
+void MainWindow::showOffer() {
+    offered_.clear();
     const auto when = session_->canEdit() ? session_->putAsideOn() : std::nullopt;
-    if (!when) return;
-    putAsideSentence_ =
+    if (!when) {
+        if (const QString notice = QString::fromStdString(session_->notice()); !notice.isEmpty()) {
+            offered_ = notice;
+            banner_->show(notice, {tr("OK"), [this] {
+                                       offered_.clear();
+                                       banner_->show({});
+                                   }});
+        }
+        return;
+    }
+    offered_ =
         tr("Edits of %1 could not be saved then, and are kept beside the book.").arg(figures_->day(*when));
     const auto take = [this] {
         try {
             session_->takePutAside();
-            putAsideSentence_.clear();
+            offered_.clear();
             showCondition();
         } catch (const Failure& failure) {
             QMessageBox::warning(this, tr("Edits"), QString::fromUtf8(failure.what()));
@@ -420,10 +429,10 @@ void MainWindow::showPutAside() {
     };
     const auto discard = [this] {
         session_->discardPutAside();
-        putAsideSentence_.clear();
+        offered_.clear();
         banner_->show({});
     };
-    banner_->show(putAsideSentence_, {tr("Go on with them"), take}, {tr("Discard them"), discard});
+    banner_->show(offered_, {tr("Go on with them"), take}, {tr("Discard them"), discard});
 }
 
 // -- Leaving --------------------------------------------------------------------------------------------------

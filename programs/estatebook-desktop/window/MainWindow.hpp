@@ -107,7 +107,7 @@ private:
     void refreshPage(Page page);
     void refreshStale();
     void showCondition();
-    void showPutAside();
+    void showOffer();
     void showDay();
     void rememberState() const;
     void restoreState();
@@ -153,8 +153,8 @@ private:
     /// Of each page: whether it shows the book as it is.
     std::array<bool, Lists + 1> isFresh_{};
     QString refusedPath_;
-    /// Of edits that an earlier session left behind, as long as they are offered.
-    QString putAsideSentence_;
+    /// What the banner says of the opening, as long as nobody has answered it.
+    QString offered_;
 
     std::array<ListPage*, Lists> lists_{};
     SettingsPage* settings_ = nullptr;
