@@ -146,7 +146,8 @@ private:
             attribute.isWrittenBySystem = payload.choice(0, 1) != 0;
             attribute.isIndexed = payload.choice(0, 1) != 0;
             if (attribute.isIndexed && (attribute.isTransient || !canBeIndexed(attribute.type)))
-                throw Refusal{ModelErrorCode::Damaged, "it has objects looked up by what no store can compare"};
+                throw Refusal{ModelErrorCode::Damaged,
+                              "it has objects looked up by what no store can compare"};
         }
         for (auto count = propertyCount(payload); count > 0; --count) {
             RelationshipDescription& relationship = entity->relationships_.emplace_back();

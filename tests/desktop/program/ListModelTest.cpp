@@ -80,7 +80,8 @@ TEST_F(ListModelTest, AnyListFollowsAnyOther) {
         auto some = objects(0, 100);
         std::shuffle(some.begin(), some.end(), random);
         some.erase(some.begin() + static_cast<std::ptrdiff_t>(random() % 100), some.end());
-        if (random() % 2) std::ranges::sort(some, {}, [](const auto& each) { return each->creationNumber(); });
+        if (random() % 2)
+            std::ranges::sort(some, {}, [](const auto& each) { return each->creationNumber(); });
         const auto wanted = some;
         model->take(std::move(some));
         ASSERT_EQ(model->rowCount(), static_cast<int>(wanted.size()));

@@ -239,7 +239,8 @@ TEST(ManagedObjectModelTest, AModelThatItsClassesWereNotBuiltForIsRefused) {
     EXPECT_EQ(codeOf(withAttribute("name", 1, 0)), ModelErrorCode::Mismatched);
     EXPECT_EQ(codeOf(withAttribute("value", 7, 0)), ModelErrorCode::Damaged);
     EXPECT_EQ(codeOf(withAttribute("value", 5, 2)), ModelErrorCode::Damaged);
-    EXPECT_EQ(codeOf(withAttribute("value", 5, 0, 1)), ModelErrorCode::Damaged) << "nobody looks things up by any value";
+    EXPECT_EQ(codeOf(withAttribute("value", 5, 0, 1)), ModelErrorCode::Damaged)
+        << "nobody looks things up by any value";
     EXPECT_EQ(codeOf(withAttribute("value", 5, 0, 2)), ModelErrorCode::Damaged);
 }
 

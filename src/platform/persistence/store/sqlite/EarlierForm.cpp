@@ -63,8 +63,7 @@ placesOf(const EntityDescription& entity, const EntityColumns& columns, const Ro
     for (std::size_t index = 0; index < columns.links.size(); ++index) {
         const StoredLink& link = shape.links()[index];
         places.emplace(link.relationship->name.name(), columns.links[index].target);
-        if (const auto place = columns.links[index].place)
-            places.emplace(detail::placeName(link), *place);
+        if (const auto place = columns.links[index].place) places.emplace(detail::placeName(link), *place);
     }
     return places;
 }
