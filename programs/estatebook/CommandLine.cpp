@@ -51,12 +51,14 @@ public:
         addTenure(*statement, statement_.tenure);
         addBook(*statement, statement_.list.book);
         addFormat(*statement, statement_.list, "text, csv, json or pdf", {"text", "csv", "json", "pdf"});
-        statement->add_flag("--exact", statement_.exact, "Print all digits and round nothing");
-        statement->add_flag("--outstanding", statement_.outstanding,
-                            "Only the lines since the balance last was zero or more");
-        statement->add_flag("--by-tag", statement_.byTag, "A part for each primary tag");
+        addParts(*statement, statement_);
         statement->add_option("--output", statement_.output, "Write to this file, whole or not at all")
             ->option_text("FILE");
+        CLI::App* statements = add("statements", "Print the statements of all tenures, one after another",
+                                   [this] { printStatements(statements_, std::cout); });
+        addBook(*statements, statements_.list.book);
+        addFormat(*statements, statements_.list, "text or csv", {"text", "csv"});
+        addParts(*statements, statements_);
 
         addList("tenures", "List all tenures with their balances", tenures_, printTenures);
         addList("properties", "List all properties with what they bring in", properties_, printProperties);
@@ -214,6 +216,13 @@ private:
             ->option_text(" ");
     }
 
+    static void addParts(CLI::App& command, StatementOptions& options) {
+        command.add_flag("--exact", options.exact, "Print all digits and round nothing");
+        command.add_flag("--outstanding", options.outstanding,
+                         "Only the lines since the balance last was zero or more");
+        command.add_flag("--by-tag", options.byTag, "A part for each primary tag");
+    }
+
     void addBook(CLI::App& command, BookOptions& options) {
         books_.push_back(&options.file);
         command
@@ -251,6 +260,7 @@ private:
     CLI::App app_;
     bool isVerbose_ = false;
     StatementOptions statement_;
+    StatementOptions statements_;
     ListOptions tenures_;
     ListOptions properties_;
     ListOptions tenants_;

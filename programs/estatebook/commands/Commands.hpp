@@ -99,6 +99,8 @@ struct RestoreOptions {
 };
 
 void printStatement(const StatementOptions& options, std::ostream& out);
+/// Those of all tenures, one after another, as text or as records; the tenure and the output of the options count nothing.
+void printStatements(const StatementOptions& options, std::ostream& out);
 void printTenures(const ListOptions& options, std::ostream& out);
 void printProperties(const ListOptions& options, std::ostream& out);
 void printTenants(const ListOptions& options, std::ostream& out);

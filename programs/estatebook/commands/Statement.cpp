@@ -26,6 +26,8 @@
 #include <span>
 #include <sstream>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include <unistd.h>
 
@@ -192,23 +194,37 @@ std::string yesOrNo(bool flag) {
     return flag ? "true" : "false";
 }
 
-void printCsv(const Statement& statement, std::ostream& out) {
-    const bool byTag = statement.options.byTag;
-    const auto write = [&](const std::string& tag, std::vector<std::string> fields) {
-        if (byTag) fields.insert(fields.begin(), tag);
-        writeCsvRecord(out, fields);
-    };
-    write("tag", {"date", "description", "amount", "balance", "generated", "due"});
+/// With one column before the others, unless it has no name.
+void writeCsvHeader(const StatementOptions& options, std::string_view first, std::ostream& out) {
+    std::vector<std::string> names{"date", "description", "amount", "balance", "generated", "due"};
+    if (options.byTag) names.insert(names.begin(), "tag");
+    if (!first.empty()) names.insert(names.begin(), std::string(first));
+    writeCsvRecord(out, names);
+}
+
+void writeCsvLines(const Statement& statement, const std::optional<std::string>& first, std::ostream& out) {
     for (const Part& part : statement.parts) {
         const auto writeLines = [&](std::span<const Line> lines, bool isDue) {
-            for (const Line& line : lines)
-                write(part.tag.value_or(""),
-                      {statement.date(line.when).value_or(""), line.what, statement.amount(line.amount),
-                       statement.amount(line.balance), yesOrNo(line.isGenerated), yesOrNo(isDue)});
+            for (const Line& line : lines) {
+                std::vector<std::string> fields{statement.date(line.when).value_or(""),
+                                                line.what,
+                                                statement.amount(line.amount),
+                                                statement.amount(line.balance),
+                                                yesOrNo(line.isGenerated),
+                                                yesOrNo(isDue)};
+                if (statement.options.byTag) fields.insert(fields.begin(), part.tag.value_or(""));
+                if (first) fields.insert(fields.begin(), *first);
+                writeCsvRecord(out, fields);
+            }
         };
         writeLines(part.due, true);
         if (statement.hasNotYetDue()) writeLines(part.sheet.notYetDue(), false);
     }
+}
+
+void printCsv(const Statement& statement, std::ostream& out) {
+    writeCsvHeader(statement.options, "", out);
+    writeCsvLines(statement, std::nullopt, out);
 }
 
 // -- JSON -----------------------------------------------------------------------------------------------------
@@ -324,6 +340,17 @@ void print(const Statement& statement, std::ostream& out) {
     }
 }
 
+Reckoned<Statement> statementOf(const OpenBook& book, const OpenBook::Letting& letting,
+                                const StatementOptions& options) {
+    return reckon([&] {
+        Statement made{.book = book, .letting = letting, .options = options, .parts = {}};
+        made.digits = book.rounding().scale;
+        const auto lines = letting.object->statement();
+        (options.byTag ? addByTag : addWhole)(made, *lines);
+        return made;
+    });
+}
+
 } // namespace
 
 void printStatement(const StatementOptions& options, std::ostream& out) {
@@ -332,19 +359,35 @@ void printStatement(const StatementOptions& options, std::ostream& out) {
     const OpenBook::Letting& letting = book.lettingNamed(options.tenure);
     const Schedule schedule(*letting.object);
     if (!schedule.row()) throw book.unreckonable(letting, schedule.row().error());
-
-    const auto statement = reckon([&] {
-        Statement made{.book = book, .letting = letting, .options = options, .parts = {}};
-        made.digits = book.rounding().scale;
-        const auto lines = letting.object->statement();
-        (options.byTag ? addByTag : addWhole)(made, *lines);
-        return made;
-    });
+    const auto statement = statementOf(book, letting, options);
     if (!statement) throw book.unreckonable(letting, statement.error());
     if (!options.output) return print(*statement, out);
     std::ostringstream content;
     print(*statement, content);
     writeWholeFile(*options.output, content.view());
+}
+
+void printStatements(const StatementOptions& options, std::ostream& out) {
+    const OpenBook book = OpenBook::open(options.list.book.file, options.list.book.asOf);
+    const bool isCsv = options.list.format == Format::Csv;
+    if (isCsv) writeCsvHeader(options, "tenure", out);
+    bool isFirst = true;
+    for (const OpenBook::Letting& letting : book.lettings()) {
+        const Schedule schedule(*letting.object);
+        const auto statement = schedule.row() ? statementOf(book, letting, options)
+                                              : Reckoned<Statement>(schedule.row().error());
+        if (isCsv) {
+            // Whoever reads a record misses what has none.
+            if (!statement) throw book.unreckonable(letting, statement.error());
+            writeCsvLines(*statement, letting.id, out);
+            continue;
+        }
+        if (!std::exchange(isFirst, false)) out << '\n';
+        if (statement)
+            printText(*statement, out);
+        else
+            out << book.unreckonable(letting, statement.error()).what() << '\n';
+    }
 }
 
 } // namespace estatebook
