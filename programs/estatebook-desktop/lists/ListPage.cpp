@@ -28,6 +28,7 @@ constexpr int LeastCharacters = 6;
 constexpr int SpaceAroundTitle = 22;
 constexpr int SpaceAroundRow = 10;
 constexpr int WidthOfAdvice = 420;
+constexpr QSize ButtonSize(160, 32);
 
 void makePlain(QTableView& table) {
     table.verticalHeader()->hide();
@@ -153,6 +154,7 @@ void ListPage::makeEmptyWords() {
     emptyAdvice_->setWordWrap(true);
     emptyAdvice_->setAlignment(Qt::AlignCenter);
     emptyButton_ = new QPushButton;
+    emptyButton_->setMinimumSize(ButtonSize);
     connect(emptyButton_, &QPushButton::clicked, this, &ListPage::beginningWanted);
 
     // A fixed width, so that words that are wrapped tell how high they are.

@@ -136,6 +136,8 @@ void TenureSheet::prepareDates() {
 void TenureSheet::prepareLength() {
     auto& periods = find<QLineEdit>("periods");
     auto& days = find<QSpinBox>("days");
+    // No days are shown of a letting without an end.
+    days.setSpecialValueText(QStringLiteral(" "));
     QObject::connect(&periods, &QLineEdit::textEdited, &periods, [this](const QString& text) {
         const auto number = figures().amountOf(text);
         if (number && !number->isNegative())

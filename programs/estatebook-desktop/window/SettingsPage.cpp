@@ -77,7 +77,6 @@ SettingsPage::SettingsPage(BookSession& session)
     connect(currency_, &QComboBox::activated, this, &SettingsPage::takeCurrency);
     connect(currency_->lineEdit(), &QLineEdit::editingFinished, this, &SettingsPage::takeCurrency);
     connect(billingMode_, &QComboBox::activated, this, &SettingsPage::takeBillingMode);
-    refresh();
 }
 
 void SettingsPage::refresh() {
@@ -90,10 +89,14 @@ void SettingsPage::refresh() {
         TKState::valueForNameInManagedObjectContext(Ref<String>(TKBillingModeStateName), session_.context())
             .unsignedIntegerValue();
     billingMode_->setCurrentIndex(mode == TKPeriodBillingModeEnd ? 1 : 0);
+    const auto count = [&](const char* entity) {
+        const auto objects = session_.context().executeFetchRequest({entity});
+        return objects ? objects->size() : 0;
+    };
     holds_->setText(tr("Lettings: %1, properties: %2, tenants: %3")
-                        .arg(session_.tenures().size())
-                        .arg(session_.properties().size())
-                        .arg(session_.tenants().size()));
+                        .arg(count("Tenure"))
+                        .arg(count("Property"))
+                        .arg(count("Tenant")));
     currency_->setEnabled(session_.canEdit());
     billingMode_->setEnabled(session_.canEdit());
 }
@@ -109,6 +112,9 @@ void SettingsPage::takeCurrency() {
 
 void SettingsPage::takeBillingMode() {
     const auto mode = static_cast<std::int64_t>(billingMode_->currentData().toULongLong());
+    const auto former =
+        TKState::valueForNameInManagedObjectContext(Ref<String>(TKBillingModeStateName), session_.context());
+    if (!former.isAbsent() && former.unsignedIntegerValue() == static_cast<std::uint64_t>(mode)) return;
     session_.perform(tr("Change of Billing").toStdString(), [&] {
         TKState::updateStateWithNameValueInManagedObjectContext(Ref<String>(TKBillingModeStateName), mode,
                                                                 session_.context());

@@ -16,6 +16,7 @@ class SettingsPage : public QWidget {
     Q_OBJECT
 
 public:
+    /// Shows nothing yet.
     explicit SettingsPage(BookSession& session);
 
     /// Shows the settings as they are now.
