@@ -348,13 +348,13 @@ TEST_F(SQLiteStoreTest, AnIndexThatDoesNotAgreeGivesNoWrongRows) {
             changes.insertions.push_back(
                 RowOf("State", key).with(keys::name, String::make("Setting " + std::to_string(key))));
         ASSERT_TRUE(store->save(changes)->landed());
-        // It stands in the table, where the rows are sound no more, and in the index.
+        // It stands in the table, where the rows are sound no more, in the index, and maybe where nothing is read.
         const std::string whole = bytes();
-        for (std::size_t place = 0;; ++place) {
-            place = whole.find("Setting 2", place);
+        for (std::size_t place = whole.find("Setting 2");; place = whole.find("Setting 2", place + 1)) {
             ASSERT_NE(place, std::string::npos);
             write(std::string(whole).replace(place, meddling.size(), meddling));
-            if (open(Access::Read)->fetchRows(entityNamed("State"), {}, [](const Row&) {})) break;
+            const auto rows = open(Access::Read)->fetchRows(entityNamed("State"), {}, [](const Row&) {});
+            if (rows && !check().empty()) break;
         }
     };
     const auto found = [&](std::string_view name) {
@@ -362,17 +362,12 @@ TEST_F(SQLiteStoreTest, AnIndexThatDoesNotAgreeGivesNoWrongRows) {
             ->fetchKeys(entityNamed("State"),
                         Predicate::predicateWithFormat("name = %@", String::make(name)));
     };
-    make("Setting 2");
-    ASSERT_TRUE(found("Setting 2"));
-    EXPECT_THAT(*found("Setting 2"), ElementsAre(2));
-    EXPECT_THAT(check(), IsEmpty());
     make("Setting 3");
     ASSERT_FALSE(found("Setting 3")) << "it leads to the second row, too";
     EXPECT_EQ(StoreErrorCode::Damaged, found("Setting 3").error().code);
-    EXPECT_THAT(check(), testing::Not(IsEmpty()));
     make("Setting X");
     ASSERT_TRUE(found("Setting 2"));
-    EXPECT_THAT(*found("Setting 2"), IsEmpty());
+    EXPECT_THAT(*found("Setting 2"), IsEmpty()) << "what is left out only the check tells";
     EXPECT_THAT(check(), testing::Not(IsEmpty()));
 }
 
