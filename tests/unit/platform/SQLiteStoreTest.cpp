@@ -271,6 +271,21 @@ TEST_F(SQLiteStoreTest, KeysThatNobodyGaveAndIdentifiersOfNoRowAreFoundOutByTheC
                                               "An identifier is that of the row 500, which is not there"));
 }
 
+TEST_F(SQLiteStoreTest, ACountThatNoTableHasIsNotCountedOn) {
+    for (const char* count : {"-1", "9223372036854775807", "-9223372036854775808"}) {
+        SCOPED_TRACE(count);
+        std::filesystem::remove(path_);
+        makeBook();
+        meddle(std::string("UPDATE book_sum SET rows = ") + count);
+        StoreChanges changes = newChanges();
+        changes.metadata = {{"copied", "never"}};
+        const auto saved = open()->save(changes);
+        ASSERT_FALSE(saved);
+        EXPECT_EQ(StoreErrorCode::Damaged, saved.error().code);
+        EXPECT_THAT(check(), testing::Contains(HasSubstr("rows in place of")));
+    }
+}
+
 TEST_F(SQLiteStoreTest, GapsAmongOrderedMembersAreFoundOutByTheCheck) {
     makeBook();
     {

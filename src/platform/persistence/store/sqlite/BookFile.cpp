@@ -289,6 +289,8 @@ void BookFile::decode(const EntityTable& table, std::span<const Cell> cells, Row
     row.version = whole(EntityTable::Version);
     row.entity = &entityOf(whole(EntityTable::Entity), &table);
     if (row.key <= NoRow || row.version < 1) damaged("a row in it has no key or no version");
+    if (row.key > GreatestGiven || row.version > GreatestGiven)
+        damaged("a row in it has a key or a version that nobody gave");
     const EntityColumns& columns = tables_.columnsOf(*row.entity);
     const auto attributes = row.entity->attributes();
     row.values.assign(attributes.size(), Value());
@@ -312,6 +314,9 @@ Commit BookFile::decodeCommit(std::span<const Cell> cells) const {
                      std::string(cells[5].bytes)};
     commit.firstKey = cells[6].integer;
     commit.lastKey = cells[7].integer;
+    if (commit.number < 1 || commit.number > GreatestGiven || commit.lastKey < NoRow ||
+        commit.lastKey > GreatestGiven)
+        damaged("a commit in it has a number or gave keys that nobody gives");
     return commit;
 }
 
@@ -327,6 +332,8 @@ std::optional<AttributeType> BookFile::typeOf(const EntityDescription& entity,
 }
 
 JournalEntry BookFile::decodeEntry(std::span<const Cell> cells) const {
+    if (cells[0].integer < 1 || cells[0].integer > GreatestGiven)
+        damaged("an entry of its journal has a number that nobody gives");
     JournalEntry entry;
     entry.commit = cells[1].integer;
     entry.kind = static_cast<JournalEntry::Kind>(cells[2].integer);
@@ -353,7 +360,9 @@ RowKey BookFile::lastKey() {
 
 std::int64_t BookFile::lastCommit() {
     Statement::Use row(connection().statement("SELECT MAX(\"number\") FROM \"book_commit\""));
-    return row.next() && row.cell(0).type == Cell::Type::Integer ? row.integer(0) : 0;
+    const std::int64_t last = row.next() && row.cell(0).type == Cell::Type::Integer ? row.integer(0) : 0;
+    if (last < 0 || last > GreatestGiven) damaged("a commit in it has a number that nobody gives");
+    return last;
 }
 
 bool BookFile::holds(const CommitToken& token) {

@@ -105,9 +105,9 @@ void BookSalvage::compareCount(Connection& connection, const SealedTable& table)
         Statement::Use row(connection.statement("SELECT \"rows\" FROM \"book_sum\" WHERE \"name\" = ?1"));
         if (!row.bind(1, Cell::text(table.name)).next()) return;
         const std::int64_t before = row.integer(0);
-        const std::int64_t missing = before - std::ssize(rows_[&table]);
-        if (missing > 0)
-            lose("The table " + table.name + ": " + std::to_string(missing) + " of its " +
+        const std::int64_t read = std::ssize(rows_[&table]);
+        if (before > read)
+            lose("The table " + table.name + ": " + std::to_string(before - read) + " of its " +
                  std::to_string(before) + " rows are lost");
     } catch (const StoreFailure&) {
         lose("The table " + table.name + ": how many rows it had cannot be read");

@@ -16,6 +16,8 @@ namespace estatebook::platform::sqlite {
 /// "EBK1"
 inline constexpr std::uint32_t ApplicationId = 0x45424b31;
 inline constexpr std::uint32_t Layout = 2;
+/// Keys, versions and numbers beyond it are nobody's, so that each has a next one; objects that were never stored are numbered from there.
+inline constexpr std::int64_t GreatestGiven = (std::int64_t{1} << 62) - 1;
 
 struct Column {
     enum class Kind : std::uint8_t { Attribute, Link, Place };

@@ -206,6 +206,8 @@ void BookWriter::writeJournal() {
         Statement::Use last(file_.connection().statement("SELECT MAX(\"number\") FROM \"book_journal\""));
         if (last.next() && last.cell(0).type == Cell::Type::Integer) number = last.integer(0);
     }
+    if (number < 0 || number > GreatestGiven)
+        damaged("an entry of its journal has a number that nobody gives");
     for (const JournalEntry& entry : journal_) {
         room_.clear();
         const auto type = file_.typeOf(*entry.entity, entry.property).value_or(AttributeType::Any);
@@ -240,6 +242,7 @@ void BookWriter::writeSums() {
                 connection.statement("SELECT \"rows\", \"digests\" FROM \"book_sum\" WHERE \"name\" = ?1"));
             if (!row.bind(1, Cell::text(table->name)).next()) damaged("a sum of its tables is missing");
             sum = {row.integer(0), static_cast<std::uint64_t>(row.integer(1))};
+            if (sum.rows < 0 || sum.rows > GreatestGiven) damaged("a sum of its tables is that of none");
         }
         Statement::Use(connection.statement(
                            "UPDATE \"book_sum\" SET \"rows\" = ?2, \"digests\" = ?3 WHERE \"name\" = ?1"))
