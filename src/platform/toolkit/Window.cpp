@@ -94,6 +94,7 @@ void Window::showNextSheet() {
 
 std::vector<Ref<Window>> Window::sheets() const {
     std::vector<Ref<Window>> all;
+    all.reserve(sheets_.size());
     for (const Showing& each : sheets_) all.push_back(each.sheet);
     return all;
 }

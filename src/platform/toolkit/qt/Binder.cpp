@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/toolkit/qt/Binder.hpp"
 
+#include "platform/toolkit/qt/Living.hpp"
 #include "platform/toolkit/qt/QtText.hpp"
 #include "platform/toolkit/qt/ShownValue.hpp"
 #include "platform/toolkit/qt/Unraised.hpp"
@@ -12,18 +13,24 @@
 #include <QLineEdit>
 #include <QMetaProperty>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QSignalMapper>
 #include <QTextDocument>
 #include <QTextEdit>
+#include <QTimer>
 
 #include <algorithm>
 #include <utility>
 
 namespace estatebook::platform {
 
-/// What is put off for the event loop ends with it.
-class Binder::Context final : public QObject {};
+/// Comes round in the next turn of the event loop.
+class Binder::Turn final : public QTimer {
+public:
+    explicit Turn(Binder& binder) {
+        setSingleShot(true);
+        connect(this, &QTimer::timeout, this, [&binder] { binder.refresh(); });
+    }
+};
 
 namespace {
 
@@ -31,13 +38,13 @@ namespace {
 class TypedText {
 public:
     explicit TypedText(QWidget& widget) {
-        line_ = qobject_cast<QLineEdit*>(&widget);
-        if (auto* plain = qobject_cast<QPlainTextEdit*>(&widget)) document_ = plain->document();
-        if (auto* rich = qobject_cast<QTextEdit*>(&widget)) document_ = rich->document();
-        isWhole_ = line_ || document_;
-        if (auto* spin = qobject_cast<QAbstractSpinBox*>(&widget)) line_ = spin->findChild<QLineEdit*>();
-        isPart_ = line_ && !isWhole_;
-        if (auto* box = qobject_cast<QComboBox*>(&widget)) line_ = box->lineEdit();
+        line_.set(qobject_cast<QLineEdit*>(&widget));
+        if (auto* plain = qobject_cast<QPlainTextEdit*>(&widget)) document_.set(plain->document());
+        if (auto* rich = qobject_cast<QTextEdit*>(&widget)) document_.set(rich->document());
+        isWhole_ = line_.get() || document_.get();
+        if (auto* spin = qobject_cast<QAbstractSpinBox*>(&widget)) line_.set(spin->findChild<QLineEdit*>());
+        isPart_ = line_.get() && !isWhole_;
+        if (auto* box = qobject_cast<QComboBox*>(&widget)) line_.set(box->lineEdit());
     }
 
     [[nodiscard]] bool isModified() const {
@@ -51,12 +58,12 @@ public:
     [[nodiscard]] bool isWhole() const noexcept { return isWhole_; }
     /// Whether the widget makes of the text what it has for a value, when it is left.
     [[nodiscard]] bool isPart() const noexcept { return isPart_; }
-    [[nodiscard]] bool isDocument() const noexcept { return document_ != nullptr; }
-    [[nodiscard]] QLineEdit* line() const noexcept { return line_; }
+    [[nodiscard]] bool isDocument() const noexcept { return document_.get() != nullptr; }
+    [[nodiscard]] QLineEdit* line() const noexcept { return line_.get(); }
 
 private:
-    QPointer<QLineEdit> line_;
-    QPointer<QTextDocument> document_;
+    Living<QLineEdit> line_;
+    Living<QTextDocument> document_;
     bool isWhole_ = false;
     bool isPart_ = false;
 };
@@ -72,18 +79,18 @@ Ref<Error> refusal(const QWidget& widget, std::string_view why) {
 class Binder::Bound final : public QObject, public std::enable_shared_from_this<Bound> {
 public:
     Bound(Binder& binder, QWidget& widget, QMetaProperty property, BoundPath path, Direction direction)
-        : binder_(&binder), widget_(&widget), property_(std::move(property)), path_(std::move(path)),
+        : binder_(&binder), widget_(&widget), property_(property), path_(std::move(path)),
           direction_(direction), typed_(widget) {}
 
     void start() {
         observation_ = path_.object->observe(path_.keyPath, [this] { markStale(); });
         show();
         if (direction_ == Direction::Show) return;
-        if (auto* spin = qobject_cast<QAbstractSpinBox*>(widget_.data())) spin->setKeyboardTracking(false);
+        if (auto* spin = qobject_cast<QAbstractSpinBox*>(widget_.get())) spin->setKeyboardTracking(false);
         if (typed_.isDocument()) widget_->installEventFilter(this);
         // A text is written when it is left, and not with each letter.
         if (typed_.line()) connect(typed_.line(), &QLineEdit::editingFinished, this, [this] { write(); });
-        if (auto* box = qobject_cast<QComboBox*>(widget_.data()); box && typed_.line())
+        if (auto* box = qobject_cast<QComboBox*>(widget_.get()); box && typed_.line())
             connect(box, &QComboBox::activated, this, [this] { write(); });
         else if (!typed_.isWhole())
             hearOfProperty();
@@ -101,9 +108,9 @@ public:
         if (typed_.line()) typed_.line()->disconnect(this);
     }
 
-    [[nodiscard]] QWidget* widget() const noexcept { return widget_; }
+    [[nodiscard]] QWidget* widget() const noexcept { return widget_.get(); }
     [[nodiscard]] bool isOf(const QWidget& widget, int property) const {
-        return widget_ == &widget && (property < 0 || property_.propertyIndex() == property);
+        return widget_.get() == &widget && (property < 0 || property_.propertyIndex() == property);
     }
 
     [[nodiscard]] bool hasUnwrittenText() const {
@@ -115,7 +122,7 @@ public:
     /// False when what was typed cannot be written.
     bool commit() {
         if (!widget_ || direction_ == Direction::Show) return true;
-        if (auto* spin = qobject_cast<QAbstractSpinBox*>(widget_.data())) spin->interpretText();
+        if (auto* spin = qobject_cast<QAbstractSpinBox*>(widget_.get())) spin->interpretText();
         return write();
     }
 
@@ -139,14 +146,14 @@ private:
 
     void hearOfProperty() {
         auto* mapper = new QSignalMapper(this);
-        mapper->setMapping(widget_.data(), widget_.data());
+        mapper->setMapping(widget_.get(), widget_.get());
         const QMetaObject& meta = QSignalMapper::staticMetaObject;
-        connect(widget_.data(), property_.notifySignal(), mapper, meta.method(meta.indexOfSlot("map()")));
+        connect(widget_.get(), property_.notifySignal(), mapper, meta.method(meta.indexOfSlot("map()")));
         connect(mapper, &QSignalMapper::mappedObject, this, [this] { write(); });
     }
 
     [[nodiscard]] bool isText() const { return property_.metaType() == QMetaType::fromType<QString>(); }
-    [[nodiscard]] QVariant shownNow() const { return property_.read(widget_.data()); }
+    [[nodiscard]] QVariant shownNow() const { return property_.read(widget_.get()); }
 
     void show() {
         isStale_ = false;
@@ -167,7 +174,7 @@ private:
             property_.metaType().id() != QMetaType::QDateTime)
             shown = QVariant(property_.metaType());
         if (shown.isValid() && (typed_.isModified() || shownNow() != shown))
-            property_.write(widget_.data(), shown);
+            property_.write(widget_.get(), shown);
         typed_.setUnmodified();
         shown_ = shownNow(); // as the widget has it
         isShowing_ = wasShowing;
@@ -219,7 +226,7 @@ private:
     }
 
     Binder* binder_;
-    QPointer<QWidget> widget_;
+    Living<QWidget> widget_;
     QMetaProperty property_;
     BoundPath path_;
     Direction direction_;
@@ -230,7 +237,7 @@ private:
     bool isShowing_ = false;
 };
 
-Binder::Binder() : context_(std::make_unique<Context>()) {}
+Binder::Binder() : turn_(std::make_unique<Turn>(*this)) {}
 
 Binder::~Binder() {
     unbindAll();
@@ -280,11 +287,12 @@ void Binder::removeDead() {
 
 bool Binder::commit() {
     const auto all = bindings_; // of which some may go on the way
-    QPointer<QWidget> refused;
+    std::shared_ptr<Bound> refused;
     for (const auto& bound : all)
-        if (!bound->commit() && !refused) refused = bound->widget();
-    if (refused) refused->setFocus();
-    return !refused;
+        if (!bound->commit() && !refused) refused = bound;
+    if (!refused) return true;
+    if (QWidget* widget = refused->widget()) widget->setFocus();
+    return false;
 }
 
 void Binder::revert() {
@@ -298,7 +306,7 @@ bool Binder::hasUnwrittenText() const {
 }
 
 void Binder::refresh() {
-    isScheduled_ = false;
+    turn_->stop();
     removeDead();
     const auto all = bindings_;
     for (const auto& bound : all)
@@ -306,9 +314,7 @@ void Binder::refresh() {
 }
 
 void Binder::scheduleRefresh() {
-    if (std::exchange(isScheduled_, true)) return;
-    QMetaObject::invokeMethod(
-        context_.get(), [this] { refresh(); }, Qt::QueuedConnection);
+    if (!turn_->isActive()) turn_->start(0);
 }
 
 } // namespace estatebook::platform

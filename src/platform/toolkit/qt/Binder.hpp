@@ -92,14 +92,13 @@ public:
 
 private:
     class Bound;
-    class Context;
+    class Turn;
 
     void scheduleRefresh();
     void removeDead();
 
-    std::unique_ptr<Context> context_;
+    std::unique_ptr<Turn> turn_;
     std::vector<std::shared_ptr<Bound>> bindings_;
-    bool isScheduled_ = false;
     std::size_t refreshes_ = 0;
 };
 

@@ -12,23 +12,19 @@ namespace estatebook::platform {
 
 ObjectListModel::ObjectListModel(std::vector<ObjectListColumn> columns, Source source, QObject* parent)
     : QAbstractTableModel(parent), columns_(std::move(columns)), source_(std::move(source)) {
+    turn_.setSingleShot(true);
+    connect(&turn_, &QTimer::timeout, this, [this] { readAgain(); });
     readAgain();
 }
 
 ObjectListModel::~ObjectListModel() = default;
 
 void ObjectListModel::markStale() {
-    if (std::exchange(isScheduled_, true)) return;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (isScheduled_) readAgain();
-        },
-        Qt::QueuedConnection);
+    if (!turn_.isActive()) turn_.start(0);
 }
 
 void ObjectListModel::readAgain() {
-    isScheduled_ = false;
+    turn_.stop();
     ++readings_;
     unraised([this] { takeRows(source_()); });
 }
@@ -43,7 +39,8 @@ void ObjectListModel::takeRows(std::vector<Row> rows) {
     orderBy(places);
     insertThoseMissing(rows);
     if (!rows_.empty() && !columns_.empty())
-        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+        Q_EMIT dataChanged(createIndex(0, 0), createIndex(static_cast<int>(rows_.size()) - 1,
+                                                          static_cast<int>(columns_.size()) - 1));
 }
 
 void ObjectListModel::removeThoseNotIn(const std::unordered_map<const ObservableObject*, int>& places) {

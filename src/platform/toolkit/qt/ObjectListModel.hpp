@@ -23,6 +23,7 @@
 
 #include <QAbstractTableModel>
 #include <QString>
+#include <QTimer>
 #include <QVariant>
 
 #include <cstddef>
@@ -96,7 +97,8 @@ private:
     mutable bool arePlacesKnown_ = false;
     mutable std::unordered_map<const ObservableObject*, std::vector<std::optional<Cell>>> cells_;
     std::size_t readings_ = 0;
-    bool isScheduled_ = false;
+    /// Comes round in the next turn of the event loop.
+    QTimer turn_;
 };
 
 } // namespace estatebook::platform

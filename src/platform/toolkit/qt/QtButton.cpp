@@ -31,7 +31,7 @@ void QtButton::setEnabled(bool enabled) {
 }
 
 ButtonState QtButton::state() const {
-    if (const auto* box = qobject_cast<const QCheckBox*>(widget_.data());
+    if (const auto* box = qobject_cast<const QCheckBox*>(widget_.get());
         box && box->checkState() == Qt::PartiallyChecked)
         return ButtonState::Mixed;
     return widget_ && widget_->isChecked() ? ButtonState::On : ButtonState::Off;
@@ -39,7 +39,7 @@ ButtonState QtButton::state() const {
 
 void QtButton::setState(ButtonState state) {
     if (!widget_) return;
-    auto* box = qobject_cast<QCheckBox*>(widget_.data());
+    auto* box = qobject_cast<QCheckBox*>(widget_.get());
     if (box && box->isTristate() && state == ButtonState::Mixed)
         box->setCheckState(Qt::PartiallyChecked);
     else
@@ -47,12 +47,12 @@ void QtButton::setState(ButtonState state) {
 }
 
 bool QtButton::allowsMixedState() const {
-    const auto* box = qobject_cast<const QCheckBox*>(widget_.data());
+    const auto* box = qobject_cast<const QCheckBox*>(widget_.get());
     return box && box->isTristate();
 }
 
 void QtButton::setAllowsMixedState(bool allowed) {
-    auto* box = qobject_cast<QCheckBox*>(widget_.data());
+    auto* box = qobject_cast<QCheckBox*>(widget_.get());
     if (!box) return;
     const ButtonState before = state();
     box->setTristate(allowed);

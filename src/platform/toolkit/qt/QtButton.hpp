@@ -4,10 +4,10 @@
 /// QtButton: a button on the screen; its action is sent when the user clicks it, by mouse or by key.
 
 #include "platform/toolkit/Button.hpp"
+#include "platform/toolkit/qt/Living.hpp"
 
 #include <QAbstractButton>
 #include <QObject>
-#include <QPointer>
 
 #include <memory>
 
@@ -21,7 +21,7 @@ public:
     explicit QtButton(std::unique_ptr<QAbstractButton> widget);
 
     /// Null when it is gone.
-    [[nodiscard]] QAbstractButton* widget() const noexcept { return widget_; }
+    [[nodiscard]] QAbstractButton* widget() const noexcept { return widget_.get(); }
 
     [[nodiscard]] bool isEnabled() const override;
     void setEnabled(bool enabled) override;
@@ -35,7 +35,7 @@ public:
 private:
     ~QtButton() override;
 
-    QPointer<QAbstractButton> widget_;
+    Living<QAbstractButton> widget_;
     bool isOurs_ = false;
     QObject connection_;
 };

@@ -72,7 +72,7 @@ void QtDatePicker::show(bool isEdited) {
     const QString text = hasRoom || isEdited ? QString() : qString(set_.description());
     const QDateTime shown = hasRoom ? wallTimeOf(set_) : firstWallTime();
     if (widget_->dateTime() == shown && widget_->specialValueText() == text) return;
-    const QSignalBlocker silence(widget_.data());
+    const QSignalBlocker silence(widget_.get());
     widget_->setSpecialValueText(text);
     widget_->setDateTime(shown);
     shown_ = shown;

@@ -9,10 +9,10 @@
 /// there is room for.
 
 #include "platform/toolkit/DatePicker.hpp"
+#include "platform/toolkit/qt/Living.hpp"
 
 #include <QDateTimeEdit>
 #include <QObject>
-#include <QPointer>
 
 #include <memory>
 
@@ -26,7 +26,7 @@ public:
     explicit QtDatePicker(std::unique_ptr<QDateTimeEdit> widget);
 
     /// Null when it is gone.
-    [[nodiscard]] QDateTimeEdit* widget() const noexcept { return widget_; }
+    [[nodiscard]] QDateTimeEdit* widget() const noexcept { return widget_.get(); }
 
     [[nodiscard]] bool isEnabled() const override;
     void setEnabled(bool enabled) override;
@@ -42,7 +42,7 @@ private:
     void show(bool isEdited);
     void takeFromUser(const QDateTime& shown);
 
-    QPointer<QDateTimeEdit> widget_;
+    Living<QDateTimeEdit> widget_;
     bool isOurs_ = false;
     Date date_;
     /// What was set last, and what of it is shown.

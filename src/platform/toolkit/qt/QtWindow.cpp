@@ -21,7 +21,7 @@ public:
     explicit Watcher(QtWindow& window) : window_(window) {}
 
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (watched != window_.widget_) return false;
+        if (watched != window_.widget()) return false;
         if (event->type() == QEvent::Close && window_.attachedSheet()) {
             event->ignore();
             return true;
@@ -79,7 +79,7 @@ QtWindow::~QtWindow() {
 }
 
 SheetDialog* QtWindow::dialog() const {
-    return dynamic_cast<SheetDialog*>(widget_.data());
+    return dynamic_cast<SheetDialog*>(widget_.get());
 }
 
 bool QtWindow::canBeSheet() const {

@@ -10,8 +10,8 @@
 /// A widget that is closed, hidden or destroyed, by whomever, ends the sheets in front of it (Window::Stopped).
 
 #include "platform/toolkit/Window.hpp"
+#include "platform/toolkit/qt/Living.hpp"
 
-#include <QPointer>
 #include <QWidget>
 
 #include <map>
@@ -32,7 +32,7 @@ public:
     [[nodiscard]] static Ref<QtWindow> owning(std::unique_ptr<SheetDialog> dialog);
 
     /// The widget; null when it is gone.
-    [[nodiscard]] QWidget* widget() const noexcept { return widget_; }
+    [[nodiscard]] QWidget* widget() const noexcept { return widget_.get(); }
 
     [[nodiscard]] bool isVisible() const override;
     /// Buttons and date editors are controls; the name is that of the widget (objectName).
@@ -66,7 +66,7 @@ private:
     void widgetWasHidden();
     void widgetWasDestroyed(QObject& widget);
 
-    QPointer<QWidget> widget_;
+    Living<QWidget> widget_;
     Ownership ownership_;
     bool isOrderingOut_ = false;
     std::unique_ptr<Watcher> watcher_;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/toolkit/qt/SheetDialog.hpp"
 
-#include <QPointer>
-
 namespace estatebook::platform {
 
 SheetDialog::SheetDialog(QWidget* parent) : QDialog(parent) {}
@@ -18,10 +16,13 @@ void SheetDialog::reject() {
 }
 
 void SheetDialog::done(int result) {
-    const QPointer<SheetDialog> living(this);
-    isFinishing_ = true;
+    isFinishing_ = true; // until it is shown again; it may be gone when this returns
     QDialog::done(result);
-    if (living) isFinishing_ = false;
+}
+
+void SheetDialog::setVisible(bool visible) {
+    if (visible) isFinishing_ = false;
+    QDialog::setVisible(visible);
 }
 
 } // namespace estatebook::platform

@@ -25,6 +25,7 @@ public:
     /// (Window.hpp); a dialog of no window is done with -1.
     void reject() override;
     void done(int result) override;
+    void setVisible(bool visible) override;
 
     /// Whether it goes away because it is done.
     [[nodiscard]] bool isFinishing() const noexcept { return isFinishing_; }
