@@ -121,6 +121,9 @@ void Statement::Use::run() {
 Cell Statement::Use::cell(int column) const {
     sqlite3_value* value = sqlite3_column_value(statement_.statement_.get(), column);
     const auto bytes = [&](const void* first) -> std::string_view {
+        // An empty blob stands nowhere; a text without room to end it does not either, and is not empty for that.
+        if (!first && sqlite3_errcode(sqlite3_db_handle(statement_.statement_.get())) == SQLITE_NOMEM)
+            statement_.connection_.fail(SQLITE_NOMEM);
         return {static_cast<const char*>(first), static_cast<std::size_t>(sqlite3_value_bytes(value))};
     };
     switch (sqlite3_value_type(value)) {
