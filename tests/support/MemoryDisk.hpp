@@ -96,6 +96,9 @@ public:
     [[nodiscard]] bool isWritable(const std::string&) const override { return true; }
     [[nodiscard]] std::uintmax_t sizeOf(const std::string& path) const override;
     void remove(const std::string& path) const override;
+    [[nodiscard]] std::error_code makeLike(const std::string&, const std::string&) const override {
+        return {};
+    }
     [[nodiscard]] std::error_code rename(const std::string& from, const std::string& to) const override;
     [[nodiscard]] std::error_code replace(const std::string& from, const std::string& to) const override;
     /// A folder is there for good as soon as it is made.

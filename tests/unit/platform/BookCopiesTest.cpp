@@ -106,6 +106,18 @@ TEST_F(BookCopiesTest, ABookThatIsBeingWrittenIsCopiedAsItsLastSaveLeftIt) {
     EXPECT_THAT(*book->check(), IsEmpty());
 }
 
+TEST_F(BookCopiesTest, ACopyMayBeReadByThoseWhoMayReadTheBook) {
+    makeBook();
+    const std::pair<unsigned, unsigned> cases[] = {{0600, 0600}, {0640, 0640}, {0444, 0644}};
+    for (const auto& [rights, expected] : cases) {
+        std::filesystem::permissions(path, std::filesystem::perms(rights));
+        const std::string copy = folder.file(std::to_string(rights));
+        ASSERT_TRUE(copyBook(path, copy, bookModel(), options));
+        EXPECT_EQ(std::filesystem::status(copy).permissions(), std::filesystem::perms(expected))
+            << "it can be written by whoever made it";
+    }
+}
+
 TEST_F(BookCopiesTest, NothingIsReplacedByACopy) {
     makeBook();
     std::ofstream(folder.file("other")) << "precious";

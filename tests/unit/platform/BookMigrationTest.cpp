@@ -278,6 +278,18 @@ TEST_F(BookMigrationTest, TheBookIsKeptAsItWas) {
                                                                "book.estatebook-journal", "book.copies"}));
 }
 
+TEST_F(BookMigrationTest, NobodyMayReadItWhoMightNotBefore) {
+    for (const auto rights : {files::perms(0600), files::perms(0640), files::perms(0666)}) {
+        files::remove(path);
+        makeEarlier(withoutSublease());
+        files::permissions(path, rights);
+        const auto store = open(Access::Write);
+        ASSERT_TRUE(store->migration());
+        EXPECT_EQ(files::status(path).permissions(), rights);
+        EXPECT_EQ(files::status(store->migration()->copy).permissions(), rights);
+    }
+}
+
 TEST_F(BookMigrationTest, WhoeverReadsChangesNothing) {
     makeEarlier(withoutSublease());
     const std::string before = bytesOf(path);

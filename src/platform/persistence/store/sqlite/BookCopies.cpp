@@ -79,6 +79,7 @@ std::string copyChecked(const std::string& from, const std::string& to, const Re
     NewFile copy(files, to);
     // As a book it is looked at first: nothing else is copied.
     const std::string source = BookFile::open(from, model, reading)->path();
+    copy.makeLike(source);
     {
         Connection connection(files, source, Connection::Access::Copy, options.patience);
         Statement statement(connection, "VACUUM INTO ?1");

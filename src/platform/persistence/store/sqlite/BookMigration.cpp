@@ -152,6 +152,7 @@ std::string migrate(const FileSystem& files, const std::string& path, const Book
     Copy copy(files, copyOf(path, model, options));
     NewFile made(files, path, NewFile::Makers::Replacer);
     made.removeDraft();
+    made.makeLike(path);
     {
         EarlierBook book(files, path, tables, shapes, *model, options.patience);
         Connection draft(files, made.draft(), Connection::Access::Create, options.patience);

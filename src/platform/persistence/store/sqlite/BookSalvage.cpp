@@ -315,7 +315,9 @@ StoreResult<Salvage> salvageBook(const std::string& from, const std::string& to,
         try {
             NewFile made(files, to);
             BookSalvage salvage(files, model, options);
-            salvage.read(resolved(files, from));
+            const std::string source = resolved(files, from);
+            salvage.read(source);
+            made.makeLike(source);
             salvage.write(made.draft());
             SQLiteStore::Options reading = options;
             reading.access = SQLiteStore::Access::Read;

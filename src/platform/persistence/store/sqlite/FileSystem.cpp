@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace estatebook::platform::sqlite {
@@ -53,6 +54,22 @@ public:
     void remove(const std::string& path) const override {
         std::error_code error;
         files::remove(path, error);
+    }
+    std::error_code makeLike(const std::string& path, const std::string& other) const override {
+        struct stat model {};
+        if (stat(other.c_str(), &model) != 0) return lastError();
+        const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+        if (descriptor < 0) return lastError();
+        mode_t rights = (model.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO)) | S_IRUSR | S_IWUSR;
+        // What its group may do, another one may not.
+        if (fchown(descriptor, model.st_uid, model.st_gid) != 0) {
+            struct stat made {};
+            if (fstat(descriptor, &made) != 0 || made.st_gid != model.st_gid)
+                rights &= ~static_cast<mode_t>(S_IRWXG);
+        }
+        const std::error_code error = fchmod(descriptor, rights) == 0 ? std::error_code() : lastError();
+        close(descriptor);
+        return error;
     }
     std::error_code rename(const std::string& from, const std::string& to) const override {
         int result = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);

@@ -37,6 +37,9 @@ public:
     [[nodiscard]] virtual std::uintmax_t sizeOf(const std::string& path) const = 0;
     /// What is not there, or cannot be removed, is left at that.
     virtual void remove(const std::string& path) const = 0;
+    /// Makes an empty file that those may read who may read the other one. Where files have no rights nothing need be made.
+    [[nodiscard]] virtual std::error_code makeLike(const std::string& path,
+                                                   const std::string& other) const = 0;
     /// Replaces nothing that bears the name already: file_exists.
     [[nodiscard]] virtual std::error_code rename(const std::string& from, const std::string& to) const = 0;
     /// In place of whatever bears the name.

@@ -58,6 +58,11 @@ void NewFile::removeDraft() {
     files_.remove(draft_ + "-journal");
 }
 
+void NewFile::makeLike(const std::string& other) const {
+    if (const std::error_code error = files_.makeLike(draft_, other))
+        throw unreadable("its new file cannot be made", error);
+}
+
 // The journal of the file that goes must never be taken for that of the new one. And while there is none, the first save makes one
 // and syncs the folder for it: so the new name is safe before anything is saved under it, even if it is not now.
 void NewFile::clearJournal() const {

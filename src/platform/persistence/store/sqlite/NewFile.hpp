@@ -34,6 +34,8 @@ public:
     /// Leaves nothing under the name of the draft, which is this one's from then on. Where one maker makes a file at a time: REQUIRES:
     /// it is this one.
     void removeDraft();
+    /// Makes the draft, empty, with the rights of another file. Throws a StoreFailure. REQUIRES: there is none.
+    void makeLike(const std::string& other) const;
     /// Gives it its name for good. Throws a StoreFailure. REQUIRES: nobody has the draft open.
     void settle();
     /// Whether it bears its name by now, though nobody may know whether it does so for good.
