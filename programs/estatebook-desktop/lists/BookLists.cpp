@@ -12,6 +12,8 @@
 #include <QCoreApplication>
 #include <QStringList>
 
+#include <utility>
+
 namespace estatebook::desktop {
 
 using platform::Date;
@@ -47,8 +49,6 @@ T& as(ManagedObject& object) {
 
 Row rowOfTenure(const Figures& figures, TKTenure& tenure) {
     const Ref<TKTenure> held(&tenure);
-    // Reads the tenure before anything is reckoned, whatever its terms raise at that.
-    static_cast<void>(reckon([&] { return tenure.startDate().has_value(); }));
     const auto entry = reckon([&] { return RentRollEntry::ofTenure(held); });
     const auto balance = reckon([&] { return tenure.balance(); });
     Row row{{textCell(textOf(tenure.name())), textCell(standingOf(tenure)), amountCell(figures, balance),
@@ -100,14 +100,16 @@ QString partiesOf(const TKTenure& tenure) {
     return QStringLiteral("%1 - %2").arg(property, tenant);
 }
 
-std::unique_ptr<ListModel> makeTenureList(const FiguresSource& figures) {
-    return std::make_unique<ListModel>(
-        std::vector<ListModel::Column>{{words("Letting")},
-                                       {words("Standing")},
-                                       {words("Balance"), true, true},
-                                       {words("Paid to")},
-                                       {words("Next due")}},
-        [figures](ManagedObject& object) { return rowOfTenure(figures(), as<TKTenure>(object)); });
+std::unique_ptr<ListModel> makeTenureList(const FiguresSource& figures, std::function<void(TKTenure&)> wake) {
+    return std::make_unique<ListModel>(std::vector<ListModel::Column>{{words("Letting")},
+                                                                      {words("Standing")},
+                                                                      {words("Balance"), true, true},
+                                                                      {words("Paid to")},
+                                                                      {words("Next due")}},
+                                       [figures, wake = std::move(wake)](ManagedObject& object) {
+                                           wake(as<TKTenure>(object));
+                                           return rowOfTenure(figures(), as<TKTenure>(object));
+                                       });
 }
 
 std::unique_ptr<ListModel> makePropertyList(const FiguresSource& figures) {

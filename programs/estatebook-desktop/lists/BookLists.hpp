@@ -18,7 +18,9 @@ class Figures;
 /// How the figures of the book are written now; asked anew for each row.
 using FiguresSource = std::function<const Figures&()>;
 
-[[nodiscard]] std::unique_ptr<ListModel> makeTenureList(const FiguresSource& figures);
+/// Tenures are read by `wake` when they are first shown.
+[[nodiscard]] std::unique_ptr<ListModel> makeTenureList(const FiguresSource& figures,
+                                                        std::function<void(TKTenure&)> wake);
 [[nodiscard]] std::unique_ptr<ListModel> makePropertyList(const FiguresSource& figures);
 [[nodiscard]] std::unique_ptr<ListModel> makeTenantList(const FiguresSource& figures);
 /// Of tenures that owe something. Its rows are made by an ArrearsScan.

@@ -28,6 +28,7 @@
 #include <filesystem>
 #include <set>
 #include <system_error>
+#include <unordered_set>
 #include <utility>
 
 namespace estatebook::desktop {
@@ -58,13 +59,6 @@ SQLiteStore::Options optionsFor(SQLiteStore::Access access) {
     options.access = access;
     options.patience = Patience;
     return options;
-}
-
-/// Reads a tenure that was not read yet, without its schedule. One by whose terms none can be made is awake all the same.
-void wake(TKTenure& tenure) {
-    if (!tenure.isFault()) return;
-    static_cast<void>(reckon([&] { return tenure.startDate().has_value(); }));
-    tenure.setPeriods(nullptr);
 }
 
 bool canBeRead(const std::string& path) {
@@ -171,7 +165,7 @@ BookSession::~BookSession() {
     conditionChanged_ = nullptr;
     if (firstEdit_) save();
     if (saving_) saving_->invalidate();
-    announcements_.clear();
+    followed_.clear();
     if (hasSaved_) keepCopyOfToday(stored());
 }
 
@@ -200,7 +194,16 @@ std::vector<Ref<TKTenure>> BookSession::tenures() const {
 
 // Accounts reckon with their tenures. None of these is to wake amid a sum.
 void BookSession::wakeTenures() const {
-    for (const auto& tenure : followed_) wake(*tenure);
+    for (const auto& tenure : known_) wake(*tenure);
+}
+
+// Without its schedule, which a book of many would have no room for.
+void BookSession::wake(TKTenure& tenure) const {
+    if (tenure.isFault()) {
+        static_cast<void>(reckon([&] { return tenure.startDate().has_value(); }));
+        tenure.setPeriods(nullptr);
+    }
+    followOne(tenure);
 }
 
 std::vector<Ref<TKProperty>> BookSession::properties() const {
@@ -332,10 +335,9 @@ bool BookSession::save() {
 }
 
 std::string BookSession::reasonOf(const platform::Error& error) const {
-    const auto ends = std::ranges::find_if(followed_, [](const auto& tenure) {
-        return !tenure->isFault() && !tenure->validateDuration(nullptr);
-    });
-    if (ends != followed_.end())
+    const auto ends = std::ranges::find_if(
+        known_, [](const auto& tenure) { return !tenure->isFault() && !tenure->validateDuration(nullptr); });
+    if (ends != known_.end())
         return fmt::format(
             "\"{}\" ends before it starts, so that the book cannot be saved; correct its dates",
             forMessage((*ends)->name()->view(), 200));
@@ -382,8 +384,8 @@ void BookSession::takePutAside() {
 
 // Tenures first: an account that has one stays, and settings are followed by tenures.
 void BookSession::clearBook() {
-    announcements_.clear();
     followed_.clear();
+    known_.clear();
     for (const char* entity : {"Tenure", "Account", "State"}) {
         for (const auto& object : context_->fetchAll<ManagedObject>(entity)) context_->deleteObject(*object);
         context_->processPendingChanges();
@@ -393,16 +395,23 @@ void BookSession::clearBook() {
 // -- Being told -----------------------------------------------------------------------------------------------
 
 void BookSession::follow() {
-    auto now = tenures();
-    if (now == followed_) return;
-    followed_ = std::move(now);
-    announcements_.clear();
-    for (const auto& tenure : followed_)
-        for (const std::string_view key : AnnouncedKeys)
-            announcements_.push_back(tenure->observe(key, [this] { announce(); }));
+    known_ = tenures();
+    std::unordered_set<const TKTenure*> here;
+    for (const auto& tenure : known_) {
+        here.insert(tenure.get());
+        if (!tenure->isFault()) followOne(*tenure);
+    }
+    std::erase_if(followed_, [&](const auto& each) { return !here.contains(each.first); });
 }
 
-void BookSession::announce() {
+void BookSession::followOne(TKTenure& tenure) const {
+    auto& announcements = followed_[&tenure];
+    if (!announcements.empty()) return;
+    for (const std::string_view key : AnnouncedKeys)
+        announcements.push_back(tenure.observe(key, [this] { announce(); }));
+}
+
+void BookSession::announce() const {
     if (changed_) changed_();
 }
 

@@ -33,6 +33,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace estatebook::desktop {
@@ -88,7 +89,10 @@ public:
 
     // -- The book, in the order of creation --------------------------------------------------------------------
 
+    /// Tenures as they are found; `wake` reads one.
     [[nodiscard]] std::vector<platform::Ref<TKTenure>> tenures() const;
+    /// Reads a tenure that was not read yet, whatever its terms raise at that, and follows what it announces from then on.
+    void wake(TKTenure& tenure) const;
     [[nodiscard]] std::vector<platform::Ref<TKProperty>> properties() const;
     [[nodiscard]] std::vector<platform::Ref<TKTenant>> tenants() const;
     /// The statement of a tenure by its terms as they are, or why there is none.
@@ -151,9 +155,10 @@ private:
     void readAll();
     void begin();
     void follow();
+    void followOne(TKTenure& tenure) const;
     void wakeTenures() const;
     void clearBook();
-    void announce();
+    void announce() const;
     void noteEdit();
     void scheduleSave(double seconds);
     void setCondition(Condition condition, std::string trouble = {});
@@ -181,9 +186,9 @@ private:
     std::optional<platform::Date> asOf_;
     std::function<void()> changed_;
     std::function<void()> conditionChanged_;
-    /// Those that announce their figures here.
-    std::vector<platform::Ref<TKTenure>> followed_;
-    std::vector<platform::ObservationToken> announcements_;
+    std::vector<platform::Ref<TKTenure>> known_;
+    /// Of those that were read: one that was not is shown nowhere, and announces a lot when it is.
+    mutable std::unordered_map<const TKTenure*, std::vector<platform::ObservationToken>> followed_;
 };
 
 } // namespace estatebook::desktop

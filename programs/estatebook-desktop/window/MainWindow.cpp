@@ -92,7 +92,8 @@ void MainWindow::makeLists() {
         connect(list, &ListPage::selectionChanged, this, &MainWindow::updateActions);
         connect(list, &ListPage::beginningWanted, this, &MainWindow::addToList);
     };
-    add(Page::Tenures, tr("Lettings"), makeTenureList(figures),
+    add(Page::Tenures, tr("Lettings"),
+        makeTenureList(figures, [this](TKTenure& tenure) { session_->wake(tenure); }),
         {tr("No lettings yet"),
          tr("A letting says who rents what, from when, and for how much. The rent, what is owed and the "
             "statement follow from it."),

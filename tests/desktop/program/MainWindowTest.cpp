@@ -402,6 +402,18 @@ TEST_F(MainWindowTest, TenThousandAnnouncementsAreOneRefresh) {
     EXPECT_EQ(cell(Page::Tenures, 2, 2), window_->figures().amount(jones->balance()).toStdString());
 }
 
+TEST_F(MainWindowTest, ReadingTheListsHasNothingReadAnew) {
+    openExample();
+    for (const Page page : {Page::Tenures, Page::Arrears, Page::Properties, Page::Tenants, Page::Tenures}) {
+        window_->showPage(page);
+        settle();
+    }
+    window_->search(QStringLiteral("o"));
+    settle();
+    EXPECT_EQ(window_->refreshes(), 0U);
+    EXPECT_EQ(list(Page::Tenures).model().readRows(), 10U) << "each row once";
+}
+
 TEST_F(MainWindowTest, ASearchShowsWhatFitsAndItsSums) {
     openExample();
     auto& search = *window_->findChild<QLineEdit*>(QStringLiteral("search"));
