@@ -51,6 +51,7 @@ FOREIGN = {
     "pwd.h": ["src/platform/system"],
     "sys/epoll.h": ["src/platform/system"],
     "sys/file.h": ["src/platform/persistence/store"],
+    "sys/stat.h": ["src/platform/persistence/store"],
     "sys/timerfd.h": ["src/platform/system"],
     "syslog.h": ["src/platform/system"],
     "fcntl.h": ["programs", "src/platform/persistence/store"],
