@@ -68,6 +68,13 @@ Ref<ManagedObjectContext> QBSheetController::managedObjectContext() const {
     return shown ? shown->managedObjectContext() : nullptr;
 }
 
+void QBSheetController::cancelOperation(Object* sender) {
+    if (parent_ && isWindowLoaded() && window()->sheetParent() == parent_)
+        cancelSheet(sender);
+    else
+        WindowController::cancelOperation(sender);
+}
+
 Control::Action QBSheetController::actionNamed(std::string_view name) {
     if (name == "processSheet:") return [this](Control& sender) { processSheet(&sender); };
     if (name == "cancelSheet:") return [this](Control& sender) { cancelSheet(&sender); };

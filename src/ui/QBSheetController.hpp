@@ -101,8 +101,8 @@ public:
     void windowDidLoad() override;
     /// Knows "processSheet:" and "cancelSheet:".
     [[nodiscard]] platform::Control::Action actionNamed(std::string_view name) override;
-    /// Escape and the close box do what Cancel does.
-    void cancelOperation(platform::Object* sender) override { cancelSheet(sender); }
+    /// Escape and the close box do what Cancel does; a window that is not a sheet of the parent closes.
+    void cancelOperation(platform::Object* sender) override;
 
     [[nodiscard]] std::string_view runtimeClassName() const noexcept override { return "QBSheetController"; }
 

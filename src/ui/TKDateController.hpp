@@ -8,12 +8,13 @@
 ///     ends->setEnabledButton(window->button("hasEnd"));
 ///     ends->setDatePicker(window->datePicker("end"));
 ///     ends->bindToObjectWithKeyPath("currentDate", tenure, "endDate");
-///     window->button("hasEnd")->setAction([ends](Control& sender) { ends->enabledButtonUpdated(&sender); });
-///     window->datePicker("end")->setAction([ends](Control& sender) { ends->datePickerUpdated(&sender); });
+///     ends->enabledButton()->setAction([&ends = *ends](Control& sender) { ends.enabledButtonUpdated(&sender); });
+///     ends->datePicker()->setAction([&ends = *ends](Control& sender) { ends.datePickerUpdated(&sender); });
 ///
 /// What the user edits goes back through the binding of "currentDate". A date that is merely set does not.
 ///
-/// The trap: the delegate is held. A delegate that holds the controller keeps both alive until one lets go.
+/// The trap: the delegate and the controls are held. A delegate, or the action of a control, that holds the controller keeps
+/// both alive until one lets go.
 
 #include "platform/toolkit/BindableObject.hpp"
 #include "platform/toolkit/Button.hpp"

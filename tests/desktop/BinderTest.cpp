@@ -457,6 +457,21 @@ TEST_F(BinderTest, ASecondBindingOfAPropertyReplacesTheFirst) {
     EXPECT_EQ(person->referenceCount(), 1u);
 }
 
+TEST_F(BinderTest, AnotherPropertyOfAFieldMayChangeWhileItIsTypedInto) {
+    bindName();
+    binder.bind(*name, "enabled", {.object = person, .keyPath = "balanced"}, Binder::Direction::Show);
+    binder.bind(*name, "toolTip", {.object = person, .keyPath = "fullName"}, Binder::Direction::Show);
+    type(*name, "Cle");
+    person->setName(text("Ann"));
+    person->setAmount(Decimal(0));
+    settle();
+    EXPECT_EQ(name->toolTip(), QStringLiteral("Ann!"));
+    person->setName(text("Bea"));
+    settle();
+    EXPECT_EQ(name->text(), QStringLiteral("Cle"));
+    EXPECT_TRUE(binder.hasUnwrittenText());
+}
+
 TEST_F(BinderTest, UnboundAWidgetGoesItsOwnWay) {
     bindName();
     person->setName(text("Ann"));

@@ -128,6 +128,20 @@ TEST_F(QBSheetControllerTest, EscapeAndTheCloseBoxCancel) {
     EXPECT_THAT(log, ElementsAre("prepare", "delegate -1", "delegate -1"));
 }
 
+TEST_F(QBSheetControllerTest, AWindowThatIsNoSheetOfTheParentCanBeSentAwayAllTheSame) {
+    editor->window()->show();
+    bench->settle();
+    bench->pressEscape(*editor->window());
+    EXPECT_FALSE(editor->window()->isVisible());
+    const auto other = shownWindow();
+    std::int64_t ended = 0;
+    other->beginSheetCompletionHandler(editor->window(), [&](std::int64_t code) { ended = code; });
+    bench->settle();
+    bench->clickCloseBox(*editor->window());
+    EXPECT_EQ(ended, -1);
+    EXPECT_THAT(log, ElementsAre("prepare"));
+}
+
 TEST_F(QBSheetControllerTest, WhateverElseEndsTheSheetTellsAnotherCode) {
     show(adopter("context"));
     parent->endSheetReturnCode(*editor->window(), 12);

@@ -173,9 +173,10 @@ private:
         if (!shown.isValid() && property_.metaType().id() != QMetaType::QDate &&
             property_.metaType().id() != QMetaType::QDateTime)
             shown = QVariant(property_.metaType());
-        if (shown.isValid() && (typed_.isModified() || shownNow() != shown))
+        if (shown.isValid() && (hasUnwrittenText() || shownNow() != shown))
             property_.write(widget_.get(), shown);
-        typed_.setUnmodified();
+        // What is only shown may be another property of a widget that is typed into.
+        if (direction_ == Direction::Edit) typed_.setUnmodified();
         shown_ = shownNow(); // as the widget has it
         isShowing_ = wasShowing;
     }
