@@ -9,10 +9,16 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
+#include <QImage>
 #include <QProcess>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTextStream>
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace estatebook::desktop {
 
@@ -21,6 +27,41 @@ namespace {
 /// 30 June 2026, noon in London.
 constexpr platform::Date Today{804510000};
 
+/// With the colours that it has most of, the others moved to the nearest of them, so that its file is small.
+QImage withFewColours(const QImage& picture) {
+    constexpr std::size_t MostColours = 256;
+    const QImage whole = picture.convertToFormat(QImage::Format_RGB32);
+    std::unordered_map<QRgb, std::size_t> counts;
+    const auto forEachPixel = [&](const auto& visit) {
+        for (int y = 0; y < whole.height(); ++y) {
+            const auto* line = reinterpret_cast<const QRgb*>(whole.constScanLine(y));
+            for (int x = 0; x < whole.width(); ++x) visit(x, y, line[x]);
+        }
+    };
+    forEachPixel([&](int, int, QRgb colour) { ++counts[colour]; });
+    std::vector<std::pair<QRgb, std::size_t>> most(counts.begin(), counts.end());
+    std::ranges::sort(most, [](const auto& a, const auto& b) {
+        return std::pair(b.second, b.first) < std::pair(a.second, a.first);
+    });
+    most.resize(std::min(most.size(), MostColours));
+
+    const auto distance = [](QRgb a, QRgb b) {
+        const int red = qRed(a) - qRed(b), green = qGreen(a) - qGreen(b), blue = qBlue(a) - qBlue(b);
+        return red * red + green * green + blue * blue;
+    };
+    std::unordered_map<QRgb, uchar> places;
+    for (const auto& [colour, count] : counts) {
+        const auto nearest = std::ranges::min_element(
+            most, {}, [&, wanted = colour](const auto& each) { return distance(each.first, wanted); });
+        places.emplace(colour, static_cast<uchar>(nearest - most.begin()));
+    }
+    QImage small(whole.size(), QImage::Format_Indexed8);
+    small.setColorCount(static_cast<int>(most.size()));
+    for (std::size_t i = 0; i < most.size(); ++i) small.setColor(static_cast<int>(i), most[i].first);
+    forEachPixel([&](int x, int y, QRgb colour) { small.scanLine(y)[x] = places.at(colour); });
+    return small;
+}
+
 class Photographer {
 public:
     Photographer(QString folder, QString suffix) : folder_(std::move(folder)), suffix_(std::move(suffix)) {}
@@ -28,7 +69,7 @@ public:
     void take(QWidget& window, const QString& name) {
         QApplication::processEvents();
         const QString path = QStringLiteral("%1/%2-%3.png").arg(folder_, name, suffix_);
-        if (!window.grab().save(path)) {
+        if (!withFewColours(window.grab().toImage()).save(path)) {
             QTextStream(stderr) << path
                                 << ": it cannot be written; check the folder and the room on the disk\n";
             exitCode_ = 1;
