@@ -28,12 +28,24 @@ namespace {
 
 using estatebook::test::click;
 using estatebook::test::clickAt;
-using estatebook::test::press;
 using estatebook::test::settle;
 using platform::Decimal;
 using testing::HasSubstr;
 using testing::StartsWith;
 using Page = MainWindow::Page;
+
+/// To a window that has the keyboard: not every window system gives it to one that is shown. A window behind a sheet is left
+/// behind it.
+void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    QWidget* window = widget.window();
+    const QWidget* inFront = QApplication::activeModalWidget();
+    if (!inFront || inFront == window) {
+        window->activateWindow();
+        static_cast<void>(
+            QTest::qWaitFor([&] { return window->isActiveWindow(); }, estatebook::test::Patience));
+    }
+    estatebook::test::press(widget, key, modifiers);
+}
 
 class MainWindowTest : public DesktopTestCase {
 protected:
