@@ -25,9 +25,9 @@ using Row = ListModel::Row;
 
 namespace {
 
-QString words(const char* text) {
-    return QCoreApplication::translate("BookLists", text);
-}
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(BookLists)
+};
 
 Cell textCell(QString text) {
     return {std::move(text)};
@@ -77,7 +77,7 @@ Row rowOfProperty(const Figures& figures, TKProperty& property) {
 Row rowOfTenant(const Figures& figures, TKTenant& tenant) {
     const bool isActive = tenant.isActive();
     Row row{{textCell(textOf(tenant.name())),
-             textCell(isActive ? words("Tenant now") : words("Not a tenant now")),
+             textCell(isActive ? Words::tr("Tenant now") : Words::tr("Not a tenant now")),
              amountCell(figures, reckon([&] { return tenant.totalIncome(); })),
              amountCell(figures, reckon([&] { return tenant.totalCost(); })),
              amountCell(figures, reckon([&] { return tenant.balance(); }))}};
@@ -88,24 +88,25 @@ Row rowOfTenant(const Figures& figures, TKTenant& tenant) {
 } // namespace
 
 QString standingOf(const TKTenure& tenure) {
-    if (tenure.isActive()) return words("Let");
+    if (tenure.isActive()) return Words::tr("Let");
     const auto start = tenure.startDate();
     const auto today = tenure.currentDate();
-    return start && today && *start > *today ? words("To come") : words("Ended");
+    return start && today && *start > *today ? Words::tr("To come") : Words::tr("Ended");
 }
 
 QString partiesOf(const TKTenure& tenure) {
-    const QString property = tenure.property() ? textOf(tenure.property()->fullName()) : words("no property");
-    const QString tenant = tenure.tenant() ? textOf(tenure.tenant()->name()) : words("no tenant");
+    const QString property =
+        tenure.property() ? textOf(tenure.property()->fullName()) : Words::tr("no property");
+    const QString tenant = tenure.tenant() ? textOf(tenure.tenant()->name()) : Words::tr("no tenant");
     return QStringLiteral("%1 - %2").arg(property, tenant);
 }
 
 std::unique_ptr<ListModel> makeTenureList(const FiguresSource& figures, std::function<void(TKTenure&)> wake) {
-    return std::make_unique<ListModel>(std::vector<ListModel::Column>{{words("Letting")},
-                                                                      {words("Standing")},
-                                                                      {words("Balance"), true, true},
-                                                                      {words("Paid to")},
-                                                                      {words("Next due")}},
+    return std::make_unique<ListModel>(std::vector<ListModel::Column>{{Words::tr("Letting")},
+                                                                      {Words::tr("Standing")},
+                                                                      {Words::tr("Balance"), true, true},
+                                                                      {Words::tr("Paid to")},
+                                                                      {Words::tr("Next due")}},
                                        [figures, wake = std::move(wake)](ManagedObject& object) {
                                            wake(as<TKTenure>(object));
                                            return rowOfTenure(figures(), as<TKTenure>(object));
@@ -114,35 +115,35 @@ std::unique_ptr<ListModel> makeTenureList(const FiguresSource& figures, std::fun
 
 std::unique_ptr<ListModel> makePropertyList(const FiguresSource& figures) {
     return std::make_unique<ListModel>(
-        std::vector<ListModel::Column>{{words("Property")},
-                                       {words("Tenants now")},
-                                       {words("Rent received"), true, true},
-                                       {words("Own income and costs"), true, true},
-                                       {words("Net"), true, true},
-                                       {words("Tenants' balance"), true, true}},
+        std::vector<ListModel::Column>{{Words::tr("Property")},
+                                       {Words::tr("Tenants now")},
+                                       {Words::tr("Rent received"), true, true},
+                                       {Words::tr("Own income and costs"), true, true},
+                                       {Words::tr("Net"), true, true},
+                                       {Words::tr("Tenants' balance"), true, true}},
         [figures](ManagedObject& object) { return rowOfProperty(figures(), as<TKProperty>(object)); });
 }
 
 std::unique_ptr<ListModel> makeTenantList(const FiguresSource& figures) {
     return std::make_unique<ListModel>(
-        std::vector<ListModel::Column>{{words("Tenant")},
-                                       {words("Standing")},
-                                       {words("Paid"), true, true},
-                                       {words("Charged"), true, true},
-                                       {words("Balance"), true, true}},
+        std::vector<ListModel::Column>{{Words::tr("Tenant")},
+                                       {Words::tr("Standing")},
+                                       {Words::tr("Paid"), true, true},
+                                       {Words::tr("Charged"), true, true},
+                                       {Words::tr("Balance"), true, true}},
         [figures](ManagedObject& object) { return rowOfTenant(figures(), as<TKTenant>(object)); });
 }
 
 std::unique_ptr<ListModel> makeArrearsList() {
-    return std::make_unique<ListModel>(std::vector<ListModel::Column>{{words("Letting")},
-                                                                      {words("Since")},
-                                                                      {words("Owed"), true, true},
-                                                                      {words("Due today"), true, true},
-                                                                      {words("1–30 days"), true, true},
-                                                                      {words("31–60 days"), true, true},
-                                                                      {words("61–90 days"), true, true},
-                                                                      {words("Over 90 days"), true, true},
-                                                                      {words("Not yet due"), true, true}},
+    return std::make_unique<ListModel>(std::vector<ListModel::Column>{{Words::tr("Letting")},
+                                                                      {Words::tr("Since")},
+                                                                      {Words::tr("Owed"), true, true},
+                                                                      {Words::tr("Due today"), true, true},
+                                                                      {Words::tr("1–30 days"), true, true},
+                                                                      {Words::tr("31–60 days"), true, true},
+                                                                      {Words::tr("61–90 days"), true, true},
+                                                                      {Words::tr("Over 90 days"), true, true},
+                                                                      {Words::tr("Not yet due"), true, true}},
                                        [](ManagedObject&) { return Row(); });
 }
 

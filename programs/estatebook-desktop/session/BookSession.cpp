@@ -257,7 +257,7 @@ void BookSession::perform(const std::string& name, const std::function<void()>& 
     context_->processPendingChanges();
     manager.setActionName(name);
     manager.endEvent();
-    noteEdit();
+    if (context_->hasChanges()) noteEdit();
 }
 
 bool BookSession::canUndo() const {

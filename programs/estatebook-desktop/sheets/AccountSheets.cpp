@@ -17,9 +17,9 @@ using platform::String;
 
 namespace {
 
-QString words(const char* text) {
-    return QCoreApplication::translate("AccountSheets", text);
-}
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(AccountSheets)
+};
 
 /// Sets what is another, so that nothing else counts as edited.
 template <class Value, class Set>
@@ -41,7 +41,7 @@ Ref<String> PropertySheet::nibName() const {
 }
 
 void PropertySheet::prepareControls() {
-    setTitle(isNew_ ? words("New Property") : words("Property"));
+    setTitle(isNew_ ? Words::tr("New Property") : Words::tr("Property"));
     completeTags(find<QLineEdit>("tags"));
     find<QSpinBox>("period").setValue(1);
     showCycle(find<QComboBox>("cycle"), std::nullopt);
@@ -58,14 +58,14 @@ void PropertySheet::prepareControls() {
 }
 
 QString PropertySheet::fault() {
-    if (find<QLineEdit>("name").text().trimmed().isEmpty()) return words("The property needs a name.");
-    if (!amountIn("rent").isReadable) return words("The usual rent is no amount; write it like 1050.00.");
-    if (!amountIn("bond").isReadable) return words("The usual bond is no amount; write it like 1050.00.");
+    if (find<QLineEdit>("name").text().trimmed().isEmpty()) return Words::tr("The property needs a name.");
+    if (!amountIn("rent").isReadable) return Words::tr("The usual rent is no amount; write it like 1050.00.");
+    if (!amountIn("bond").isReadable) return Words::tr("The usual bond is no amount; write it like 1050.00.");
     return {};
 }
 
 QString PropertySheet::stepName() const {
-    return isNew_ ? words("New Property") : words("Change of Property");
+    return isNew_ ? Words::tr("New Property") : Words::tr("Change of Property");
 }
 
 void PropertySheet::apply() {
@@ -97,7 +97,7 @@ Ref<String> TenantSheet::nibName() const {
 }
 
 void TenantSheet::prepareControls() {
-    setTitle(isNew_ ? words("New Tenant") : words("Tenant"));
+    setTitle(isNew_ ? Words::tr("New Tenant") : Words::tr("Tenant"));
     completeTags(find<QLineEdit>("tags"));
     if (isNew_) return;
     find<QLineEdit>("name").setText(textOf(tenant_->name()));
@@ -105,11 +105,12 @@ void TenantSheet::prepareControls() {
 }
 
 QString TenantSheet::fault() {
-    return find<QLineEdit>("name").text().trimmed().isEmpty() ? words("The tenant needs a name.") : QString();
+    return find<QLineEdit>("name").text().trimmed().isEmpty() ? Words::tr("The tenant needs a name.")
+                                                              : QString();
 }
 
 QString TenantSheet::stepName() const {
-    return isNew_ ? words("New Tenant") : words("Change of Tenant");
+    return isNew_ ? Words::tr("New Tenant") : Words::tr("Change of Tenant");
 }
 
 void TenantSheet::apply() {

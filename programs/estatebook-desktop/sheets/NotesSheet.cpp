@@ -21,9 +21,9 @@ using platform::Value;
 
 namespace {
 
-QString words(const char* text) {
-    return QCoreApplication::translate("NotesSheet", text);
-}
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(NotesSheet)
+};
 
 QString contentOf(const TKNote& note) {
     const Value content = note.content();
@@ -42,7 +42,7 @@ Ref<String> NotesSheet::nibName() const {
 }
 
 void NotesSheet::prepareControls() {
-    setTitle(words("Notes"));
+    setTitle(Words::tr("Notes"));
     find<QLabel>("owner").setText(name_);
     for (TKNote& note : owner_.notes())
         entries_.push_back({Ref<TKNote>(&note), textOf(note.subject()), contentOf(note)});
@@ -81,7 +81,7 @@ void NotesSheet::fillList() {
 QString NotesSheet::titleOf(const Entry& entry) const {
     const QString day =
         figures().day(entry.note ? entry.note->createdDate() : std::optional(session().today()));
-    return entry.subject.isEmpty() ? words("%1, without a subject").arg(day)
+    return entry.subject.isEmpty() ? Words::tr("%1, without a subject").arg(day)
                                    : QStringLiteral("%1, %2").arg(day, entry.subject);
 }
 
@@ -101,9 +101,9 @@ void NotesSheet::showEntry(int) {
     for (const char* name : {"subject", "content"}) find<QWidget>(name).setEnabled(entry != nullptr);
     find<QPushButton>("deleteNote").setEnabled(entry && session().canEdit());
     find<QPlainTextEdit>("content").setPlaceholderText(
-        entry ? QString() : words("There are no notes yet. Add one on the left."));
+        entry ? QString() : Words::tr("There are no notes yet. Add one on the left."));
     const QString author = entry && entry->note ? textOf(entry->note->createdBy()) : QString();
-    find<QLabel>("signature").setText(author.isEmpty() ? QString() : words("Written by %1").arg(author));
+    find<QLabel>("signature").setText(author.isEmpty() ? QString() : Words::tr("Written by %1").arg(author));
     isShowing_ = false;
 }
 
@@ -135,7 +135,7 @@ void NotesSheet::deleteShown() {
 }
 
 QString NotesSheet::stepName() const {
-    return words("Change of Notes");
+    return Words::tr("Change of Notes");
 }
 
 void NotesSheet::apply() {

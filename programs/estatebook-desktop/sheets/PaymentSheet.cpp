@@ -19,9 +19,9 @@ using platform::String;
 
 namespace {
 
-QString words(const char* text) {
-    return QCoreApplication::translate("PaymentSheet", text);
-}
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(PaymentSheet)
+};
 
 } // namespace
 
@@ -38,7 +38,7 @@ Ref<String> PaymentSheet::nibName() const {
 }
 
 void PaymentSheet::prepareControls() {
-    setTitle(isNew_ ? words("New Payment") : words("Payment"));
+    setTitle(isNew_ ? Words::tr("New Payment") : Words::tr("Payment"));
     find<QLabel>("owner").setText(tenure_     ? textOf(tenure_->name())
                                   : property_ ? textOf(property_->fullName())
                                               : QString());
@@ -69,21 +69,21 @@ void PaymentSheet::prepareControls() {
 void PaymentSheet::showDirection() const {
     const auto amount = amountIn("amount").amount;
     const bool isNegative = amount && amount->isNegative();
-    const QString received = words("Received. Write a minus sign before what is charged or given back.");
+    const QString received = Words::tr("Received. Write a minus sign before what is charged or given back.");
     const QString spent =
-        tenure_ ? words("Charged to the tenant, or given back.") : words("Spent on the property.");
+        tenure_ ? Words::tr("Charged to the tenant, or given back.") : Words::tr("Spent on the property.");
     find<QLabel>("direction").setText(isNegative ? spent : received);
 }
 
 QString PaymentSheet::fault() {
     const Amount amount = amountIn("amount");
-    if (!amount.isReadable) return words("The amount cannot be read; write it like 1050.00.");
-    if (!amount.amount) return words("The payment needs an amount.");
+    if (!amount.isReadable) return Words::tr("The amount cannot be read; write it like 1050.00.");
+    if (!amount.amount) return Words::tr("The payment needs an amount.");
     return {};
 }
 
 QString PaymentSheet::stepName() const {
-    return isNew_ ? words("Payment") : words("Change of Payment");
+    return isNew_ ? Words::tr("Payment") : Words::tr("Change of Payment");
 }
 
 void PaymentSheet::apply() {

@@ -30,9 +30,9 @@ using platform::String;
 
 namespace {
 
-QString words(const char* text) {
-    return QCoreApplication::translate("TenureSheet", text);
-}
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(TenureSheet)
+};
 
 struct Card {
     const char* button;
@@ -88,7 +88,7 @@ Ref<String> TenureSheet::nibName() const {
 }
 
 void TenureSheet::prepareControls() {
-    setTitle(isNew_ ? words("New Letting") : words("Letting"));
+    setTitle(isNew_ ? Words::tr("New Letting") : Words::tr("Letting"));
     const Showing showing(isShowing_);
     prepareParties();
     prepareDates();
@@ -107,8 +107,8 @@ void TenureSheet::prepareParties() {
     auto& tenant = find<QComboBox>("tenant");
     fillChoices(property, session().properties(), tenure_ ? tenure_->property() : nullptr, nameOfProperty);
     fillChoices(tenant, session().tenants(), tenure_ ? tenure_->tenant() : nullptr, nameOfTenant);
-    property.lineEdit()->setPlaceholderText(words("choose one, or write the name of a new one"));
-    tenant.lineEdit()->setPlaceholderText(words("choose one, or write the name of a new one"));
+    property.lineEdit()->setPlaceholderText(Words::tr("choose one, or write the name of a new one"));
+    tenant.lineEdit()->setPlaceholderText(Words::tr("choose one, or write the name of a new one"));
     for (QComboBox* list : {&property, &tenant})
         QObject::connect(list, &QComboBox::editTextChanged, list, [this] { showAdded(); });
     QObject::connect(&property, &QComboBox::activated, &property, [this] { takeUsualTerms(); });
@@ -202,7 +202,7 @@ void TenureSheet::preparePreview() {
     auto& table = find<QTableWidget>("next");
     table.setColumnCount(3);
     table.setRowCount(static_cast<int>(TenureDraft::PreviewLines));
-    table.setHorizontalHeaderLabels({words("Due"), words("Rent"), words("Amount")});
+    table.setHorizontalHeaderLabels({Words::tr("Due"), Words::tr("Rent"), Words::tr("Amount")});
     for (int column = 0; column < table.columnCount(); ++column)
         table.horizontalHeaderItem(column)->setTextAlignment((column == 2 ? Qt::AlignRight : Qt::AlignLeft) |
                                                              Qt::AlignVCenter);
@@ -324,10 +324,10 @@ void TenureSheet::showLength() {
     hint.setVisible(dayShort.has_value());
     if (!dayShort) return;
     const auto rents = [](std::uint64_t number) {
-        return number == 1 ? words("one rent") : words("%1 rents").arg(number);
+        return number == 1 ? Words::tr("one rent") : Words::tr("%1 rents").arg(number);
     };
     hint.setText(
-        words("%1 to %2 is %3 and %4 days; %5 is %6.")
+        Words::tr("%1 to %2 is %3 and %4 days; %5 is %6.")
             .arg(figures().day(terms.startDate()), figures().day(dayShort->end), rents(dayShort->periods))
             .arg(dayShort->days)
             .arg(figures().day(dayShort->next), rents(dayShort->periods + 1)));
@@ -348,9 +348,9 @@ void TenureSheet::showPreview() {
         table.setItem(row, 2, amount);
     }
     if (!draft_.terms()->rentalAmount())
-        table.item(0, 1)->setText(words("What falls due shows once there is a rent"));
+        table.item(0, 1)->setText(Words::tr("What falls due shows once there is a rent"));
     else if (preview && preview->next.empty())
-        table.item(0, 1)->setText(words("Nothing falls due any more"));
+        table.item(0, 1)->setText(Words::tr("Nothing falls due any more"));
     find<QLabel>("cost").setText(preview ? figures().amount(figures().rounded(preview->cost)) : QString());
     find<QLabel>("balance").setText(preview ? figures().amount(figures().rounded(preview->balance))
                                             : QString());
@@ -362,8 +362,8 @@ void TenureSheet::showAdded() {
         const QString name = find<QComboBox>(list).currentText().trimmed();
         if (!name.isEmpty() && !chosen(list)) added << sentence.arg(name);
     };
-    note("property", words("The property “%1” is added to the book."));
-    note("tenant", words("The tenant “%1” is added to the book."));
+    note("property", Words::tr("The property “%1” is added to the book."));
+    note("tenant", Words::tr("The tenant “%1” is added to the book."));
     auto& label = find<QLabel>("added");
     label.setText(added.join(QLatin1Char(' ')));
     label.setVisible(!added.isEmpty());
@@ -376,11 +376,11 @@ QString TenureSheet::faultOfDraft() const {
     case TenureDraft::Fault::None:
         return {};
     case TenureDraft::Fault::NoStart:
-        return words("The letting needs a first day.");
+        return Words::tr("The letting needs a first day.");
     case TenureDraft::Fault::EndBeforeStart:
-        return words("The last day is before the first day.");
+        return Words::tr("The last day is before the first day.");
     case TenureDraft::Fault::Unreckonable:
-        return words(
+        return Words::tr(
             "The rent cannot be reckoned with these terms; check the amount, the dates and the advance.");
     }
     return {};
@@ -388,16 +388,16 @@ QString TenureSheet::faultOfDraft() const {
 
 QString TenureSheet::fault() {
     if (find<QComboBox>("property").currentText().trimmed().isEmpty())
-        return words("The letting needs a property.");
+        return Words::tr("The letting needs a property.");
     if (find<QComboBox>("tenant").currentText().trimmed().isEmpty())
-        return words("The letting needs a tenant.");
-    if (!amountIn("rent").isReadable) return words("The rent is no amount; write it like 1050.00.");
-    if (!amountIn("bond").isReadable) return words("The bond is no amount; write it like 1050.00.");
+        return Words::tr("The letting needs a tenant.");
+    if (!amountIn("rent").isReadable) return Words::tr("The rent is no amount; write it like 1050.00.");
+    if (!amountIn("bond").isReadable) return Words::tr("The bond is no amount; write it like 1050.00.");
     return faultOfDraft();
 }
 
 QString TenureSheet::stepName() const {
-    return isNew_ ? words("New Letting") : words("Change of Letting");
+    return isNew_ ? Words::tr("New Letting") : Words::tr("Change of Letting");
 }
 
 void TenureSheet::apply() {

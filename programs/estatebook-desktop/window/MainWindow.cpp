@@ -253,6 +253,7 @@ void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
 }
 
 void MainWindow::leaveSession() {
+    if (sheet_) Ref<BookSheet>(sheet_)->cancelSheet();
     if (session_) {
         session_->whenChanged({});
         session_->whenConditionChanged({});

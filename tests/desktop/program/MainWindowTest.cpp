@@ -299,6 +299,27 @@ TEST_F(MainWindowTest, TermsThatAreOnlyLookedAtAreNoEdit) {
     ASSERT_FALSE(window_->sheet());
     EXPECT_EQ(jones->balance(), balance);
     EXPECT_FALSE(session().canUndo()) << session().undoName();
+    EXPECT_EQ(session().condition(), BookSession::Condition::Saved);
+}
+
+TEST_F(MainWindowTest, ABookThatIsLeftTakesItsSheetAlong) {
+    openExample();
+    selectRowOf(Page::Tenures, "M. Jones");
+    press(*window_, Qt::Key_P, Qt::ControlModifier);
+    ASSERT_TRUE(window_->sheet());
+    EXPECT_FALSE(window_->openBook(QString::fromStdString(path("gone.estatebook"))));
+    settle();
+    EXPECT_FALSE(window_->sheet());
+    EXPECT_FALSE(window_->session());
+}
+
+TEST_F(MainWindowTest, AWindowThatGoesTakesItsSheetAlong) {
+    openExample();
+    selectRowOf(Page::Tenures, "M. Jones");
+    press(*window_, Qt::Key_E, Qt::ControlModifier);
+    ASSERT_TRUE(window_->sheet());
+    window_.reset();
+    settle();
 }
 
 TEST_F(MainWindowTest, NotesAreWrittenAndTakenBackInOneStep) {
