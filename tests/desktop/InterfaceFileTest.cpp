@@ -94,6 +94,24 @@ TEST(InterfaceFileTest, EveryFileCutShortIsNamedAndNoneBringsTheProgramDown) {
     for (qsizetype size = 0; size < end; size += 7) EXPECT_NE(fault(whole.first(size)), "none") << size;
 }
 
+TEST(InterfaceFileTest, RowsThatNoWindowHasAreRefused) {
+    const auto faultWith = [](const QByteArray& place) {
+        return fault("<ui version=\"4.0\"><widget class=\"QDialog\" name=\"d\"><layout class=\"QFormLayout\">"
+                     "<item " +
+                     place + "><widget class=\"QLabel\" name=\"l\"/></item></layout></widget></ui>");
+    };
+    EXPECT_EQ(faultWith("row=\"3\" column=\"0\""), "none");
+    EXPECT_NE(faultWith("row=\"999999999\" column=\"0\""), "none")
+        << "a layout makes room for each row before";
+    EXPECT_NE(faultWith("row=\"-1\" column=\"0\""), "none");
+    EXPECT_NE(faultWith("row=\"x\" column=\"0\""), "none");
+    EXPECT_NE(faultWith("row=\"0\" column=\"0\" colspan=\"99999\""), "none");
+    EXPECT_NE(fault("<ui version=\"4.0\"><widget class=\"QDialog\" name=\"d\"><widget class=\"QTableWidget\" "
+                    "name=\"t\"><property name=\"rowCount\"><number>999999999</number></property></widget>"
+                    "</widget></ui>"),
+              "none");
+}
+
 TEST(InterfaceFileTest, NoDamageBringsTheProgramDown) {
     const QByteArray whole = sheetFile();
     const auto seed = std::random_device{}();

@@ -33,6 +33,8 @@ constexpr std::array<std::string_view, 4> allowedLayouts = {"QVBoxLayout", "QHBo
 /// More of either is no window that somebody drew, and would use up the stack or the time.
 constexpr qsizetype MostBytes = 4 << 20;
 constexpr int DeepestElement = 200;
+/// A layout makes room for all rows up to the last one.
+constexpr int FurthestCell = 500;
 
 template <std::size_t Size>
 bool holds(const std::array<std::string_view, Size>& list, const QString& name) {
@@ -72,6 +74,10 @@ private:
             inspectWidget(className);
         else if (name == QLatin1String("layout") && !holds(allowedLayouts, className))
             findForeign(className);
+        else if (name == QLatin1String("item"))
+            inspectPlace();
+        else if (name == QLatin1String("property"))
+            inspectProperty(reader_.attributes().value(QLatin1String("name")).toString());
         else if (name == QLatin1String("customwidget") || name == QLatin1String("script"))
             find(InterfaceFileError::ForeignClass, "<" + textOf(name) + "> has no place in it");
     }
@@ -84,6 +90,22 @@ private:
         else if (depth_ == 2)
             find(InterfaceFileError::NoWindow,
                  "its outermost widget is a " + textOf(className) + ", not a QDialog");
+    }
+
+    void inspectPlace() {
+        for (const char* const name : {"row", "column", "rowspan", "colspan"}) {
+            if (!reader_.attributes().hasAttribute(QLatin1String(name))) continue;
+            bool isNumber = false;
+            const int place = reader_.attributes().value(QLatin1String(name)).toInt(&isNumber);
+            if (!isNumber || place < 0 || place > FurthestCell)
+                return find(InterfaceFileError::Broken,
+                            "the " + std::string(name) + " of an item is none that a window has");
+        }
+    }
+
+    void inspectProperty(const QString& name) {
+        if (name == QLatin1String("rowCount") || name == QLatin1String("columnCount"))
+            find(InterfaceFileError::Broken, "the size of a table has no place in it");
     }
 
     void findForeign(const QString& className) {
