@@ -78,6 +78,11 @@ protected:
         editor->setParent(parent);
         editor->setDelegate(&listener);
     }
+    // A sheet keeps its controller, and so its parent, until it ends.
+    void TearDown() override {
+        if (parent) parent->close();
+        bench->settle();
+    }
     void show(const Ref<Object>& context = nullptr) {
         editor->showSheet(context);
         bench->settle();
