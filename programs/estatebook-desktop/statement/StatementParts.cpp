@@ -70,27 +70,16 @@ private:
     void addWhole() {
         Part& part = add(std::nullopt, statement_);
         if (!choice_.isOutstandingOnly) return;
-        const std::size_t count = outstandingOn(statement_, today_)->count();
-        // A line "Rounding" may follow the last one of the statement's own.
-        const auto own = static_cast<std::size_t>(
-            std::ranges::count_if(part.due, [](const Line& line) { return !line.line.isRounding; }));
-        const std::size_t hidden = count == 0 ? part.due.size() : own - count;
+        const std::size_t hidden = linesBeforeOutstanding(part.sheet, statement_, today_);
         part.due.erase(part.due.begin(), part.due.begin() + static_cast<std::ptrdiff_t>(hidden));
     }
 
     void addByTag() {
-        auto shown = choice_.isOutstandingOnly ? transactionsOf(*outstandingOn(statement_, today_))
-                                               : transactionsOf(*statement_.items());
-        const auto whole = TKStatement::initWithTransactionsMetadata(shown);
-        const auto tagged = whole->byPrimaryTag();
-        for (const TKStatement& ofTag : *tagged) add(ofTag.primaryTag()->string(), ofTag);
-        std::erase_if(shown, [](const auto& transaction) {
-            const auto names = transaction->tagNames();
-            return names && names->first();
-        });
-        made_.untaggedCount = shown.size();
-        const auto untagged = TKStatement::initWithTransactionsMetadata(shown);
-        made_.untaggedAmount = StatementSheet::of(*untagged, today_, rounding_).finalBalance();
+        const auto byTag = StatementByTag::of(
+            statement_, today_, choice_.isOutstandingOnly ? ShownLines::Outstanding : ShownLines::All);
+        for (const TKStatement& ofTag : *byTag.tagged) add(ofTag.primaryTag()->string(), ofTag);
+        made_.untaggedCount = byTag.untaggedCount;
+        made_.untaggedAmount = StatementSheet::of(*byTag.untagged, today_, rounding_).finalBalance();
     }
 
     Date today_;

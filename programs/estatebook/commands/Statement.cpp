@@ -107,31 +107,21 @@ void addWhole(Statement& statement, const TKStatement& lines) {
     Part& part =
         statement.parts.emplace_back(std::nullopt, sheetOf(statement, lines), std::span<const Line>());
     part.due = part.sheet.due();
-    if (!statement.options.outstanding) return;
-    const std::size_t count = outstandingOn(lines, statement.book.asOf())->count();
-    // A line "Rounding" may follow the last one of the statement's own.
-    const auto isOwn = [](const Line& line) { return !line.isRounding; };
-    const auto own = static_cast<std::size_t>(std::ranges::count_if(part.due, isOwn));
-    part.due = count == 0 ? std::span<const Line>() : part.due.subspan(own - count);
+    if (statement.options.outstanding)
+        part.due = part.due.subspan(linesBeforeOutstanding(part.sheet, lines, statement.book.asOf()));
 }
 
 void addByTag(Statement& statement, const TKStatement& lines) {
-    auto shown = transactionsOf(*lines.items());
-    if (statement.options.outstanding) shown = transactionsOf(*outstandingOn(lines, statement.book.asOf()));
-    const auto whole = TKStatement::initWithTransactionsMetadata(shown);
-    const auto tagged = whole->byPrimaryTag();
-    for (const TKStatement& ofTag : *tagged) {
+    const auto byTag =
+        StatementByTag::of(lines, statement.book.asOf(),
+                           statement.options.outstanding ? ShownLines::Outstanding : ShownLines::All);
+    for (const TKStatement& ofTag : *byTag.tagged) {
         Part& part = statement.parts.emplace_back(ofTag.primaryTag()->string(), sheetOf(statement, ofTag),
                                                   std::span<const Line>());
         part.due = part.sheet.due();
     }
-    std::erase_if(shown, [](const auto& transaction) {
-        const auto names = transaction->tagNames();
-        return names && names->first();
-    });
-    statement.untaggedCount = shown.size();
-    statement.untaggedAmount =
-        sheetOf(statement, *TKStatement::initWithTransactionsMetadata(shown)).finalBalance();
+    statement.untaggedCount = byTag.untaggedCount;
+    statement.untaggedAmount = sheetOf(statement, *byTag.untagged).finalBalance();
 }
 
 // -- Text -----------------------------------------------------------------------------------------------------
