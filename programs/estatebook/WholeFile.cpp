@@ -22,7 +22,6 @@ namespace {
 
 namespace files = std::filesystem;
 
-constexpr unsigned PermissionsOfNewFiles = 0666; // less what the process withholds
 constexpr int MaximalNames = 100;
 
 std::string shown(const std::string& path) {
@@ -32,10 +31,12 @@ std::string shown(const std::string& path) {
 /// The new content under a name of its own, until it is given that of the file.
 class Draft {
 public:
-    explicit Draft(const std::string& path) : path_(path) {
+    Draft(const std::string& path, Readers readers) : path_(path) {
+        // Less what the process withholds.
+        const mode_t permissions = readers == Readers::AsUsual ? 0666 : 0600;
         for (int number = 0; descriptor_ < 0; ++number) {
             name_ = fmt::format("{}.new-{}-{}", path, getpid(), number);
-            descriptor_ = open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, PermissionsOfNewFiles);
+            descriptor_ = open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, permissions);
             if (descriptor_ < 0 && (errno != EEXIST || number == MaximalNames)) refuse(errno);
         }
     }
@@ -111,9 +112,9 @@ void requirePlainFile(const std::string& path) {
             fmt::format("{}: this is a book file, which is not replaced; choose another name", shown(path)));
 }
 
-void writeWholeFile(const std::string& path, std::string_view content) {
+void writeWholeFile(const std::string& path, std::string_view content, Readers readers) {
     requirePlainFile(path);
-    Draft draft(targetOf(path));
+    Draft draft(targetOf(path), readers);
     draft.write(content);
     draft.takePermissions();
     draft.finish();

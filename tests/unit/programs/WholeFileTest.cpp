@@ -58,6 +58,13 @@ TEST_F(WholeFileTest, ANewFileHoldsTheContentAndNothingElseIsLeft) {
     EXPECT_THAT(names(), ElementsAre("a.pdf"));
 }
 
+TEST_F(WholeFileTest, ANewFileForItsOwnerAloneIsReadByNobodyElse) {
+    using std::filesystem::perms;
+    writeWholeFile(path("a.json"), "new", Readers::OwnerAlone);
+    EXPECT_EQ(contentOf("a.json"), "new");
+    EXPECT_EQ(std::filesystem::status(path("a.json")).permissions(), perms::owner_read | perms::owner_write);
+}
+
 TEST_F(WholeFileTest, AFileThatIsThereIsReplacedAndKeepsItsPermissions) {
     testkit::writeFile(path("a.pdf"), "something longer");
     const auto permissions = std::filesystem::perms::owner_read | std::filesystem::perms::owner_write;
