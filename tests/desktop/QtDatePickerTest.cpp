@@ -4,6 +4,7 @@
 #include "desktop/QtUser.hpp"
 #include "platform/calendar/Calendar.hpp"
 #include "platform/toolkit/qt/WallTime.hpp"
+#include "support/LocalTime.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -17,15 +18,10 @@
 namespace estatebook::platform {
 namespace {
 
+using test::at;
 using test::settle;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-Date at(std::int64_t year, std::int64_t month, std::int64_t day, std::int64_t hour = 0,
-        std::int64_t minute = 0) {
-    return *Calendar::current().dateFromComponents(
-        {.year = year, .month = month, .day = day, .hour = hour, .minute = minute});
-}
 
 class QtDatePickerTest : public testing::Test {
 protected:

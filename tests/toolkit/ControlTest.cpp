@@ -2,21 +2,16 @@
 
 // What buttons and date pickers do, in every toolkit.
 
-#include "platform/calendar/Calendar.hpp"
+#include "support/LocalTime.hpp"
 #include "toolkit/ToolkitTestCase.hpp"
 
 namespace estatebook::platform {
 namespace {
 
+using test::at;
 using test::PlainController;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-Date at(std::int64_t year, std::int64_t month, std::int64_t day, std::int64_t hour = 0,
-        std::int64_t minute = 0) {
-    return *Calendar::current().dateFromComponents(
-        {.year = year, .month = month, .day = day, .hour = hour, .minute = minute});
-}
 
 class ControlTest : public test::ToolkitTestCase {
 protected:

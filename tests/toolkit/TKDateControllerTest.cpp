@@ -2,6 +2,7 @@
 #include "ui/TKDateController.hpp"
 
 #include "platform/calendar/Calendar.hpp"
+#include "support/LocalTime.hpp"
 #include "support/ObservedPerson.hpp"
 #include "toolkit/ToolkitTestCase.hpp"
 
@@ -12,15 +13,10 @@ namespace estatebook {
 namespace {
 
 using namespace platform;
+using test::at;
 using test::Person;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-Date at(std::int64_t year, std::int64_t month, std::int64_t day, std::int64_t hour = 0,
-        std::int64_t minute = 0) {
-    return *Calendar::current().dateFromComponents(
-        {.year = year, .month = month, .day = day, .hour = hour, .minute = minute});
-}
 
 class Answering final : public Adopts<Object, TKDateControllerDelegate> {
 public:
