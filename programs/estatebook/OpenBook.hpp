@@ -76,6 +76,7 @@ public:
 
     /// The letting with that identifier, or else that name, or else with a name of which the text is a part.
     /// Throws Failure when there is not just one. Of a book file no other letting is read when it is the identifier.
+    /// It then holds until the next call.
     [[nodiscard]] const Letting& lettingNamed(std::string_view text) const;
     /// The same for a property.
     [[nodiscard]] const Entry<TKProperty>& propertyNamed(std::string_view text) const;
