@@ -35,6 +35,13 @@ void Announcements::forgetSession() noexcept {
     *session = Session(session->base);
 }
 
+void Announcements::endAfterCall(Ref<Object> function) noexcept {
+    Apart* outermost = nullptr;
+    for (Apart* each = mine ? mine->innermost : nullptr; each; each = each->around_)
+        if (each->called_ == function.get()) outermost = each;
+    if (outermost) outermost->held_ = std::move(function);
+}
+
 // OpenObject
 
 OpenKey& OpenObject::details(Key key) {

@@ -4,6 +4,7 @@
 /// Inner header of observing: what is being announced on a thread.
 
 #include "platform/observation/ObservableObject.hpp"
+#include "platform/observation/ObserverCallback.hpp"
 #include "platform/observation/PathObservation.hpp"
 #include "platform/values/QuickThreadLocal.hpp"
 
@@ -110,10 +111,14 @@ struct Session {
     std::exception_ptr firstException{};
 };
 
+class Apart;
+
 class Announcements {
 public:
     /// Those of this thread.
     static Announcements& current() { return mine ? *mine : make(); }
+    /// Gives up a function. If it is just being called, it ends after that.
+    static void endAfterCall(Ref<Object> function) noexcept;
 
     [[nodiscard]] OpenObject* find(const ObservableObject& object) const noexcept {
         for (OpenObject* each = top; each != session->base; each = each->below)
@@ -127,6 +132,10 @@ public:
         next->begin(object);
         top = next;
         return *next;
+    }
+    /// Whether nothing is open in this session and nothing is said of the next announcement.
+    [[nodiscard]] bool isQuiet() const noexcept {
+        return session->openPairs == 0 && !session->mutatedObject && !session->expectedObject;
     }
     /// Opens a pair without anything being written down. REQUIRES: nothing is open in this session.
     void openLone(ObservableObject& object, Key key) noexcept {
@@ -165,6 +174,7 @@ public:
 
     OpenObject* top = &bottom_;
     Session* session = &outermost_;
+    Apart* innermost = nullptr;
 
 private:
     struct Ending;
@@ -183,13 +193,16 @@ private:
 /// Runs foreign code in sessions of its own; what it throws is kept for the outer one's setter.
 class Apart {
 public:
-    explicit Apart(Announcements& all) noexcept : all_(all), outer_(all.session), inner_(all.top) {
+    explicit Apart(Announcements& all) noexcept
+        : all_(all), outer_(all.session), around_(all.innermost), inner_(all.top) {
         all.session = &inner_;
+        all.innermost = this;
     }
     Apart(const Apart&) = delete;
     Apart& operator=(const Apart&) = delete;
     ~Apart() {
         all_.session = outer_;
+        all_.innermost = around_;
         if (first_) [[unlikely]]
             all_.keep(std::move(first_));
     }
@@ -205,11 +218,24 @@ public:
         if (inner_.openPairs != 0) [[unlikely]]
             all_.forgetSession();
     }
+    /// The function may end its token; it is held only then, as a hold on each would be felt where there are many.
+    void call(ObserverCallback& function, ObservableObject& object, const KeyValueChange& change) noexcept {
+        called_ = &function;
+        run([&] { function.changed(object, change); });
+        called_ = nullptr;
+        if (held_) [[unlikely]]
+            held_ = nullptr;
+    }
 
 private:
+    friend class Announcements;
+
     Announcements& all_;
     Session* outer_;
+    Apart* around_;
     Session inner_;
+    const Object* called_ = nullptr;
+    Ref<Object> held_;
     std::exception_ptr first_{};
 };
 

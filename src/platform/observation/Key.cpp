@@ -86,10 +86,15 @@ public:
         return *table;
     }
 
-    /// 0 when there is no such name in the first place where it would be. Most stand there.
+    /// The number of a name that its print covers; 0 when it is not in the first place where it would be. Most stand
+    /// there.
     [[nodiscard, gnu::always_inline]] static inline std::uint16_t findAtOnce(std::string_view name) noexcept {
         const Rows* rows = currentRows.load(std::memory_order_acquire);
-        return rows ? numberIn(rows->at(Print(name).hash()), Print(name), name) : std::uint16_t{0};
+        if (!rows || name.size() > Print::Covered) return 0;
+        const Print print(name);
+        const Row& row = rows->at(print.hash());
+        const std::uint16_t number = row.number.load(std::memory_order_acquire);
+        return row.print == print ? number : std::uint16_t{0};
     }
 
     /// 0 when there is no such name.

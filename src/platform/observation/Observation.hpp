@@ -64,6 +64,10 @@ public:
     [[nodiscard]] bool isEmpty() const noexcept { return one_.kind == Registration::Kind::None; }
     /// The only registration; null when there is none or more than one.
     [[nodiscard]] const Registration* only() const noexcept { return isEmpty() || lists() ? nullptr : &one_; }
+    /// Whether the only registration is that of an observer who wants to hear of a change and nothing more of it.
+    [[nodiscard]] bool hasOnePlainObserver() const noexcept {
+        return one_.kind == Registration::Kind::Observer && one_.options == ObservingNothing;
+    }
     /// Null unless there is more than one registration, or a path.
     [[nodiscard]] ObserverLists* lists() const noexcept {
         return one_.kind == Registration::Kind::Lists ? static_cast<ObserverLists*>(one_.target) : nullptr;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/observation/ObservationEngine.hpp"
 
+#include "platform/observation/KeyVocabulary.hpp"
 #include "platform/observation/Telling.hpp"
 #include "platform/values/Array.hpp"
 #include "platform/values/Set.hpp"
@@ -129,8 +130,19 @@ void ObservationEngine::objectEnds(ObservableObject& object) noexcept {
 
 // Announcements
 
+/// Whether all there is to a change of the object is that one observer is told of it, perhaps.
+inline bool ObservationEngine::isPlainlyObserved(const ObservableObject& object) noexcept {
+    return object.announcing_ == ObservableObject::Announcing::Observed && !takesNotes(object) &&
+           object.observation_ && object.observation_->hasOnePlainObserver();
+}
+
 void ObservationEngine::will(ObservableObject& object, Key key) {
     Announcements& all = Announcements::current();
+    if (isPlainlyObserved(object) && all.isQuiet()) return all.openLone(object, key);
+    willWhateverHolds(all, object, key);
+}
+
+void ObservationEngine::willWhateverHolds(Announcements& all, ObservableObject& object, Key key) {
     const Cause cause = all.takeExpected(object, key);
     if (cause == Cause::Itself && takesNotes(object)) object.noteWillChange(key);
 
@@ -164,15 +176,42 @@ void ObservationEngine::writeDownLone(Announcements& all) {
     openDependents(*object, key, opened);
 }
 
-/// However long the way to it, the only observer is found at once.
-inline void ObservationEngine::didLone(Announcements& all, ObservableObject& object, Key key) {
-    const auto held = all.takeLone();
-    const Registration& only = *object.observation_->only();
-    const bool isReached = only.key == key || object.classDescription().dependentKeys(key).contains(only.key);
-    if (isReached && !Telling::tellOnlyPlainly(object)) Telling(object, only.key, nullptr).after();
-    all.session->openPairs = 0;
+/// Whether the registration, the only one, hears of the key: at once, however long the way from the one to the other.
+inline bool ObservationEngine::reaches(const ObservableObject& object, Key key, const Registration& only) {
+    return only.key == key || object.classDescription().dependentKeys(key).contains(only.key);
+}
+
+inline void ObservationEngine::raiseKept(Announcements& all) {
     if (all.session->firstException) [[unlikely]]
         std::rethrow_exception(std::exchange(all.session->firstException, nullptr));
+}
+
+// The observer needs no session apart: nothing is open in this one any more, and what he throws leaves the setter.
+void ObservationEngine::didPlainly(Announcements& all, ObservableObject& object, Key key) {
+    const auto held = all.takeLone();
+    all.session->openPairs = 0;
+    const Registration& only = *object.observation_->only();
+    if (!reaches(object, key, only)) return;
+    const Ref<ObservableObject> observer(only.observer());
+    if (!observer) return;
+    try {
+        observer->observeValueForKeyPathOfObjectChangeContext(nameOf(only.key), object,
+                                                              Telling::plainSetting(), only.context);
+    } catch (...) {
+        all.forgetSession();
+        throw;
+    }
+    if (all.session->openPairs != 0) [[unlikely]]
+        all.forgetSession();
+    raiseKept(all);
+}
+
+void ObservationEngine::didLone(Announcements& all, ObservableObject& object, Key key) {
+    const auto held = all.takeLone();
+    const Registration& only = *object.observation_->only();
+    if (reaches(object, key, only)) Telling(object, only.key, nullptr).after();
+    all.session->openPairs = 0;
+    raiseKept(all);
 }
 
 void ObservationEngine::tellBefore(ObservableObject& object, Key key, OpenObject& opened,
@@ -216,6 +255,12 @@ void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenOb
 
 void ObservationEngine::did(ObservableObject& object, Key key) {
     Announcements& all = Announcements::current();
+    if (all.isLone(object, key) && isPlainlyObserved(object) && !all.session->expectedObject)
+        return didPlainly(all, object, key);
+    didWhateverHolds(all, object, key);
+}
+
+void ObservationEngine::didWhateverHolds(Announcements& all, ObservableObject& object, Key key) {
     const Cause cause = all.takeExpected(object, key);
     if (cause == Cause::Itself && takesNotes(object)) {
         try {
@@ -241,8 +286,7 @@ void ObservationEngine::did(ObservableObject& object, Key key) {
             all.dropClosed();
         }
     }
-    if (--all.session->openPairs == 0 && all.session->firstException)
-        std::rethrow_exception(std::exchange(all.session->firstException, nullptr));
+    if (--all.session->openPairs == 0) raiseKept(all);
 }
 
 void ObservationEngine::closeDependents(ObservableObject& object, Key key, OpenObject& opened) {

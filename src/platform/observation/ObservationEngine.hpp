@@ -100,8 +100,14 @@ private:
     static void afterRemoval(ObservableObject& object);
     static void announceDependent(ObservableObject& object, Key dependent, Announcement announce,
                                   Cause cause = Cause::Key);
+    static bool isPlainlyObserved(const ObservableObject& object) noexcept;
     static bool canBeLone(const ObservableObject& object) noexcept;
+    static void willWhateverHolds(Announcements& all, ObservableObject& object, Key key);
+    static void didWhateverHolds(Announcements& all, ObservableObject& object, Key key);
     static void writeDownLone(Announcements& all);
+    static bool reaches(const ObservableObject& object, Key key, const Registration& only);
+    static void raiseKept(Announcements& all);
+    static void didPlainly(Announcements& all, ObservableObject& object, Key key);
     static void didLone(Announcements& all, ObservableObject& object, Key key);
     static void openDependents(ObservableObject& object, Key key, OpenObject& opened);
     static void closeDependents(ObservableObject& object, Key key, OpenObject& opened);

@@ -33,18 +33,21 @@ ObservationToken::operator bool() const noexcept {
 void ObservationToken::end() noexcept {
     const WeakReference object = WeakReference::adopt(std::exchange(object_, nullptr));
     const WeakReference observer = WeakReference::adopt(std::exchange(observer_, nullptr));
-    const Ref<Object> told = std::move(told_);
-    if (!object.get()) return;
+    Ref<Object> told = std::move(told_);
+    if (object.get()) takeAway(*object.get(), observer.block(), told.get());
+    if (told) Announcements::endAfterCall(std::move(told));
+}
+
+void ObservationToken::takeAway(ObservableObject& object, const WeakBlock* observer, Object* told) noexcept {
     if (!key_) {
-        const auto* path = static_cast<const PathObservation*>(told.get());
-        ObservationEngine::removeLatestPath(*object.get(), path->told(),
+        const auto* path = static_cast<const PathObservation*>(told);
+        ObservationEngine::removeLatestPath(object, path->told(),
                                             [&](const PathObservation& each) { return &each == path; });
         return;
     }
-    const void* target =
-        told ? static_cast<const void*>(static_cast<ObserverCallback*>(told.get())) : observer.block();
+    const void* target = told ? static_cast<const void*>(static_cast<ObserverCallback*>(told)) : observer;
     // Registrations of one observer that are alike are as good as each other.
-    ObservationEngine::removeLatest(*object.get(), key_, target, [&](const Registration& each) {
+    ObservationEngine::removeLatest(object, key_, target, [&](const Registration& each) {
         return each.context == context_ && each.options == options_;
     });
 }

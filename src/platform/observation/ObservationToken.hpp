@@ -44,6 +44,7 @@ public:
 
 private:
     friend class ObservableObject;
+    void takeAway(ObservableObject& object, const WeakBlock* observer, Object* told) noexcept;
 
     // Both are held: the observed object by what stands for it, and whoever is told.
     WeakBlock* object_ = nullptr;

@@ -38,6 +38,10 @@ struct Registration {
     [[nodiscard]] bool isAlive() const noexcept {
         return kind != Kind::None && (kind != Kind::Observer || observer());
     }
+    /// Whether it wants to hear of a change and nothing more of it.
+    [[nodiscard]] bool isPlain() const noexcept {
+        return (kind == Kind::Observer || kind == Kind::Callback) && options == ObservingNothing;
+    }
     /// Whether it wants the value before the change.
     [[nodiscard]] bool wantsOld() const noexcept { return (options & ObservingOld) != 0; }
     /// Whether there is anything to be done for it before the change.

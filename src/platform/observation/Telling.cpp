@@ -12,9 +12,6 @@ namespace estatebook::platform {
 
 namespace {
 
-/// What most observers are told.
-constinit Constant<KeyValueChange> plainSetting;
-
 Value orNullObject(Value value) {
     if (value.isAbsent()) value = NullObject{};
     return value;
@@ -22,18 +19,7 @@ Value orNullObject(Value value) {
 
 } // namespace
 
-bool Telling::tellOnlyPlainly(ObservableObject& object) {
-    const Registration* only = ObservationEngine::observationIfAny(object)->only();
-    if (only->kind != Registration::Kind::Observer || only->options != ObservingNothing) return false;
-    const Ref<ObservableObject> observer(only->observer());
-    if (!observer) return true;
-    const void* context = only->context;
-    const std::string_view name = nameOf(only->key);
-    Apart(Announcements::current()).run([&] {
-        observer->observeValueForKeyPathOfObjectChangeContext(name, object, *plainSetting.get(), context);
-    });
-    return true;
-}
+constinit Constant<KeyValueChange> Telling::plainSetting_;
 
 std::vector<Telling::OpenedPath> Telling::before(Value old) {
     isPrior_ = true;
@@ -66,7 +52,7 @@ void Telling::tellAll(Observation& observation) {
 
 [[gnu::always_inline]] inline const KeyValueChange& Telling::changeFor(Apart& apart, unsigned options) {
     const bool isPlain = (options & (ObservingNew | ObservingOld)) == 0 && !mutation_ && !isPrior_;
-    return isPlain ? *plainSetting.get() : changeWithValues(apart, options & (ObservingNew | ObservingOld));
+    return isPlain ? plainSetting() : changeWithValues(apart, options & (ObservingNew | ObservingOld));
 }
 
 // The registration may be gone or elsewhere once foreign code has run.
@@ -81,10 +67,29 @@ void Telling::tellAll(Observation& observation) {
         apart.run(
             [&] { observer->observeValueForKeyPathOfObjectChangeContext(name_, object_, change, context); });
     } else if (registration.kind == Registration::Kind::Callback) {
+        // Reading a value for it may end its token.
         const Ref<ObserverCallback> callback(registration.callback());
-        const KeyValueChange& change = changeFor(apart, options);
-        apart.run([&] { callback->changed(object_, change); });
+        apart.call(*callback, object_, changeFor(apart, options));
     }
+}
+
+// Gives the place of the first who wants to hear more than that there was a change.
+std::size_t Telling::tellPlainOnes(const ObserverList& list, std::size_t place, std::size_t count) {
+    const KeyValueChange& change = plainSetting();
+    Apart apart(Announcements::current());
+    for (; place < count; ++place) {
+        const Registration& each = list.at(place);
+        if (!each.isPlain()) break;
+        if (each.kind == Registration::Kind::Callback) {
+            apart.call(*each.callback(), object_, change);
+        } else if (const Ref<ObservableObject> observer(each.observer()); observer) {
+            const void* context = each.context;
+            apart.run([&] {
+                observer->observeValueForKeyPathOfObjectChangeContext(name_, object_, change, context);
+            });
+        }
+    }
+    return place;
 }
 
 void Telling::tellList(ObserverList& list) {
@@ -94,6 +99,10 @@ void Telling::tellList(ObserverList& list) {
         if (list.at(place).kind == Registration::Kind::Link) {
             tellLink(*list.at(place++).link());
             continue;
+        }
+        if (!isPrior_ && !mutation_) {
+            place = tellPlainOnes(list, place, count);
+            if (place == count) break;
         }
         Apart apart(Announcements::current());
         do tellPerson(apart, list.at(place));

@@ -6,6 +6,7 @@
 #include "platform/observation/Announcements.hpp"
 #include "platform/observation/ObservableObject.hpp"
 #include "platform/observation/Observation.hpp"
+#include "platform/values/String.hpp"
 
 #include <cstdint>
 #include <optional>
@@ -26,9 +27,8 @@ public:
     Telling(const Telling&) = delete;
     Telling& operator=(const Telling&) = delete;
 
-    /// Tells the only observer of the object if that is all there is to it; false if there is more.
-    /// REQUIRES: there is only one registration.
-    static bool tellOnlyPlainly(ObservableObject& object);
+    /// What those are told who want to hear that there was a change and nothing more of it.
+    static const KeyValueChange& plainSetting() noexcept { return *plainSetting_.get(); }
 
     /// Gives the dotted dependencies that this has opened.
     [[nodiscard]] std::vector<OpenedPath> before(Value old);
@@ -40,11 +40,14 @@ private:
     // Everybody who is registered now, and still is when his turn comes.
     void tellAll(Observation& observation);
     void tellList(ObserverList& list);
+    std::size_t tellPlainOnes(const ObserverList& list, std::size_t place, std::size_t count);
     void tellLink(PathLink& link);
     void tellPath(PathObservation& path, std::size_t step);
     void tellPerson(Apart& apart, const Registration& registration);
     const KeyValueChange& changeFor(Apart& apart, unsigned options);
     const KeyValueChange& changeWithValues(Apart& apart, unsigned options);
+
+    static Constant<KeyValueChange> plainSetting_;
 
     ObservableObject& object_;
     Key key_;

@@ -677,6 +677,43 @@ TEST(ObservableObjectTest, AnExceptionOfAnObserverLeavesTheSetterAfterAllOthersW
     EXPECT_THAT(third->paths(), ElementsAre("amount", "balance")) << "no pair stayed open";
 }
 
+TEST(ObservableObjectTest, AnExceptionOfTheOnlyObserverLeavesTheSetterAndNothingElseBehind) {
+    const auto anna = makeRef<Person>();
+    const auto watcher = makeRef<Watcher>([](const auto&) { throw RangeException("only"); });
+    watch(*anna, *watcher, "balance", ObservingNothing);
+    EXPECT_THROW(anna->setAmount(Decimal(5)), RangeException);
+    EXPECT_EQ(anna->amount(), Decimal(5));
+    watcher->reaction = nullptr;
+    EXPECT_NO_THROW(anna->setAmount(Decimal(6)));
+    EXPECT_EQ(watcher->heard.size(), 2u);
+}
+
+TEST(ObservableObjectTest, TheOnlyObserverMayChangeTheKeyAgainAndLeaveAPairOpen) {
+    const auto anna = makeRef<Person>();
+    const auto watcher = makeRef<Watcher>();
+    watcher->reaction = [&](const auto&) {
+        if (anna->amount() < Decimal(3)) anna->setAmount(anna->amount()->decimalNumberByAdding(Decimal(1)));
+        anna->willChangeValueForKey(keys::name);
+    };
+    watch(*anna, *watcher, "balance", ObservingNothing);
+    anna->setAmount(Decimal(1));
+    EXPECT_EQ(anna->amount(), Decimal(3));
+    EXPECT_EQ(watcher->heard.size(), 3u);
+    watcher->reaction = nullptr;
+    anna->setAmount(Decimal(4));
+    EXPECT_EQ(watcher->heard.size(), 4u) << "no pair is left over";
+}
+
+TEST(ObservableObjectTest, TheOnlyObserverMayDieOfWhatItIsTold) {
+    const auto anna = makeRef<Person>();
+    auto watcher = makeRef<Watcher>();
+    watcher->reaction = [&](const auto&) { watcher = nullptr; };
+    watch(*anna, *watcher, "balance", ObservingNothing);
+    anna->setAmount(Decimal(1));
+    EXPECT_FALSE(watcher);
+    EXPECT_NO_THROW(anna->setAmount(Decimal(2)));
+}
+
 TEST(ObservableObjectTest, AnExceptionOfADerivedGetterReadForAnObserverLeavesTheSetter) {
     const auto anna = makeRef<Person>();
     const auto watcher = makeRef<Watcher>();

@@ -178,6 +178,46 @@ TEST(ObservationTokenTest, AFunctionMayEndItsOwnToken) {
     EXPECT_EQ(told, 1);
 }
 
+TEST(ObservationTokenTest, AFunctionThatEndsItsTokenInACallWithinACallLastsUntilTheFirstReturns) {
+    for (const bool isAlone : {true, false}) {
+        const auto anna = makeRef<Person>();
+        const auto alongside = isAlone ? ObservationToken() : anna->observe("amount", [] {});
+        const auto life = std::make_shared<int>(0);
+        std::vector<long> holders;
+        ObservationToken token;
+        token = anna->observe("amount", [&token, &anna, &holders, life] {
+            if (++*life == 1)
+                anna->setAmount(Decimal(2));
+            else
+                token.end();
+            holders.push_back(life.use_count());
+        });
+        anna->setAmount(Decimal(1));
+        EXPECT_THAT(holders, ElementsAre(2, 2)) << "alone: " << isAlone;
+        EXPECT_EQ(life.use_count(), 1) << "alone: " << isAlone;
+        anna->setAmount(Decimal(3));
+        EXPECT_EQ(*life, 2) << "alone: " << isAlone;
+    }
+}
+
+TEST(ObservationTokenTest, AFunctionMayEndItsTokenAndItsObject) {
+    for (const bool isAlone : {true, false}) {
+        auto anna = makeRef<Person>();
+        const auto alongside = isAlone ? ObservationToken() : anna->observe("amount", [] {});
+        const auto life = std::make_shared<int>(0);
+        ObservationToken token;
+        token = anna->observe("amount", [&token, &anna, life] {
+            anna = nullptr;
+            token.end();
+            ++*life;
+        });
+        Person* held = anna.get();
+        held->setAmount(Decimal(1));
+        EXPECT_EQ(*life, 1);
+        EXPECT_EQ(life.use_count(), 1) << "alone: " << isAlone;
+    }
+}
+
 TEST(ObservationTokenTest, AFunctionMayEndTheNextOne) {
     const auto anna = makeRef<Person>();
     std::vector<int> told;
