@@ -23,17 +23,21 @@ std::string description(const CommitOrigin& holder) {
     return text;
 }
 
-/// What the present holder wrote, which may be nothing yet.
+/// What the present holder wrote on the first line, which may be nothing yet.
 std::string holderOf(int descriptor) {
     std::array<char, 512> bytes{};
     const ssize_t count = pread(descriptor, bytes.data(), bytes.size(), 0);
-    if (count <= 0) return "another program";
-    return {bytes.data(), static_cast<std::size_t>(count)};
+    const std::string_view text(bytes.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
+    const std::string_view line = text.substr(0, text.find('\n'));
+    return line.empty() ? "another program" : std::string(line);
 }
 
 void tellHolder(int descriptor, const std::string& text) {
-    // Only for the eyes of others: without it the lock holds as well.
-    if (ftruncate(descriptor, 0) == 0) static_cast<void>(!pwrite(descriptor, text.data(), text.size(), 0));
+    // Only for the eyes of others: without it the lock holds as well. Written over what is there, as a file that is emptied
+    // first has to go to the disk when it is closed.
+    const std::string line = text + '\n';
+    if (pwrite(descriptor, line.data(), line.size(), 0) == static_cast<ssize_t>(line.size()))
+        static_cast<void>(!ftruncate(descriptor, static_cast<off_t>(line.size())));
 }
 
 StoreError refusal(StoreErrorCode code, const std::string& path, const std::string& reason) {
