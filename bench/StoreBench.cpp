@@ -69,10 +69,16 @@ private:
 
 // Ours
 
+/// A program has it from its start, whatever books it opens.
+const Ref<ManagedObjectModel>& sharedModel() {
+    static const Ref<ManagedObjectModel> model = TKManagedObjectModel::inMemoryManagedObjectContext()
+                                                     ->persistentStoreCoordinator()
+                                                     ->managedObjectModel();
+    return model;
+}
+
 Ref<ManagedObjectContext> contextOn(const std::string& path) {
-    const auto model = TKManagedObjectModel::inMemoryManagedObjectContext()
-                           ->persistentStoreCoordinator()
-                           ->managedObjectModel();
+    const auto& model = sharedModel();
     auto coordinator = makeRef<PersistentStoreCoordinator>(model);
     Ref<Error> error;
     if (!coordinator->addPersistentStore("SQLite", path, {}, &error))

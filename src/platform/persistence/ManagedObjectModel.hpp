@@ -14,6 +14,9 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <typeindex>
+#include <typeinfo>
+#include <utility>
 #include <vector>
 
 namespace estatebook::platform {
@@ -45,11 +48,22 @@ public:
         return entities_;
     }
 
+    /// A T made of the model when it is first asked for, and kept as long as the model is.
+    template <class T>
+    [[nodiscard]] const T& derived() const {
+        for (const auto& [type, known] : derived_)
+            if (type == typeid(T)) return *static_cast<const T*>(known.get());
+        auto made = std::make_shared<const T>(*this);
+        derived_.emplace_back(typeid(T), made);
+        return *made;
+    }
+
 private:
     friend class ModelReader;
     ManagedObjectModel() noexcept : Object(Counting::Local) {}
     std::string name_;
     std::vector<std::unique_ptr<EntityDescription>> entities_;
+    mutable std::vector<std::pair<std::type_index, std::shared_ptr<const void>>> derived_;
 };
 
 } // namespace estatebook::platform

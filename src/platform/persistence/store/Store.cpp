@@ -6,7 +6,7 @@
 namespace estatebook::platform {
 
 Store::Store(Ref<ManagedObjectModel> model)
-    : Object(Counting::Local), model_(std::move(model)), shapes_(*model_) {}
+    : Object(Counting::Local), model_(std::move(model)), shapes_(model_->derived<RowShapes>()) {}
 
 Store::~Store() = default;
 

@@ -126,7 +126,7 @@ protected:
 
 private:
     Ref<ManagedObjectModel> model_;
-    RowShapes shapes_;
+    const RowShapes& shapes_;
 };
 
 } // namespace estatebook::platform

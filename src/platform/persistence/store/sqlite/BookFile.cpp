@@ -112,8 +112,8 @@ void insertSealed(Connection& connection, const SealedTable& table, std::span<co
 }
 
 BookFile::BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options)
-    : path_(std::move(path)), model_(std::move(model)), shapes_(*model_), tables_(*model_, shapes_),
-      classes_(options.classes), coding_(classes_),
+    : path_(std::move(path)), model_(std::move(model)), shapes_(model_->derived<RowShapes>()),
+      tables_(model_->derived<BookTables>()), classes_(options.classes), coding_(classes_),
       files_(options.fileSystem ? *options.fileSystem : FileSystem::ofTheMachine()),
       patience_(options.patience) {}
 
@@ -230,10 +230,13 @@ bool BookFile::isOfToday(Connection& connection) const {
             found.emplace_back(sql.type == Cell::Type::Text ? sql.bytes : std::string_view());
         }
     }
-    std::vector<std::string> wanted = tables_.schema();
-    std::ranges::sort(found);
-    std::ranges::sort(wanted);
-    if (found != wanted) return false;
+    if (found != tables_.schema()) {
+        // A copy holds the same in another order.
+        std::vector<std::string> wanted = tables_.schema();
+        std::ranges::sort(found);
+        std::ranges::sort(wanted);
+        if (found != wanted) return false;
+    }
     Cells cells;
     Statement::Use rows(connection.statement(tables_.entities.select + " ORDER BY \"number\""));
     for (const auto& entity : model_->entities()) {

@@ -107,8 +107,8 @@ private:
 
     std::string path_;
     Ref<ManagedObjectModel> model_;
-    RowShapes shapes_;
-    BookTables tables_;
+    const RowShapes& shapes_;
+    const BookTables& tables_;
     std::vector<ArchivedClass> classes_;
     CellCoding coding_;
     const FileSystem& files_;

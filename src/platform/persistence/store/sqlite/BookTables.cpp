@@ -101,7 +101,7 @@ void EntityTable::layOut() {
     writeStatements();
 }
 
-BookTables::BookTables(const ManagedObjectModel& model, const RowShapes& shapes)
+BookTables::BookTables(const ManagedObjectModel& model)
     : header(sealedTable("book_header", {"number", "identifier"},
                          "\"number\" INTEGER PRIMARY KEY, \"identifier\" TEXT NOT NULL")),
       entities(sealedTable("book_entity", {"number", "name"},
@@ -121,9 +121,11 @@ BookTables::BookTables(const ManagedObjectModel& model, const RowShapes& shapes)
       metadata(
           sealedTable("book_metadata", {"name", "value"}, "\"name\" TEXT NOT NULL, \"value\" TEXT NOT NULL")),
       model_(model), columns_(model.entities().size()) {
+    const auto& shapes = model.derived<RowShapes>();
     for (const auto& entity : model.entities())
         if (!entity->superentity()) addTable(*entity, shapes);
     for (const auto& entity : model.entities()) addLookups(*entity);
+    writeSchema();
 }
 
 void BookTables::addTable(const EntityDescription& root, const RowShapes& shapes) {
@@ -225,13 +227,12 @@ std::vector<std::string> BookTables::schemaBesideRows() const {
     return schema;
 }
 
-std::vector<std::string> BookTables::schema() const {
-    std::vector<std::string> schema = schemaBesideRows();
-    for (const EntityTable& table : entityTables_) schema.push_back(table.sql);
+void BookTables::writeSchema() {
+    schema_ = schemaBesideRows();
+    for (const EntityTable& table : entityTables_) schema_.push_back(table.sql);
     for (const EntityTable& table : entityTables_)
         for (const auto* indexes : {&table.linkIndexes, &table.lookupIndexes})
-            schema.insert(schema.end(), indexes->begin(), indexes->end());
-    return schema;
+            schema_.insert(schema_.end(), indexes->begin(), indexes->end());
 }
 
 } // namespace estatebook::platform::sqlite

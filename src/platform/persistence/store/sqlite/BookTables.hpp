@@ -88,7 +88,8 @@ struct EntityColumns {
 
 class BookTables {
 public:
-    explicit BookTables(const ManagedObjectModel& model, const RowShapes& shapes);
+    /// REQUIRES: the model outlives it.
+    explicit BookTables(const ManagedObjectModel& model);
 
     [[nodiscard]] const std::vector<EntityTable>& entityTables() const noexcept { return entityTables_; }
     [[nodiscard]] const EntityTable& tableOf(const EntityDescription& entity) const noexcept {
@@ -108,7 +109,7 @@ public:
     /// All tables whose rows have digests.
     [[nodiscard]] std::vector<const SealedTable*> sealedTables() const;
     /// All that a book's schema consists of, in the order of its making.
-    [[nodiscard]] std::vector<std::string> schema() const;
+    [[nodiscard]] const std::vector<std::string>& schema() const noexcept { return schema_; }
     /// What of it is the same for every model.
     [[nodiscard]] std::vector<std::string> schemaBesideRows() const;
 
@@ -125,10 +126,12 @@ private:
     void addTable(const EntityDescription& root, const RowShapes& shapes);
     void addColumns(EntityTable& table, const RowShape& shape, const RowShapes& shapes);
     void addLookups(const EntityDescription& entity);
+    void writeSchema();
 
     const ManagedObjectModel& model_;
     std::vector<EntityTable> entityTables_;
     std::vector<EntityColumns> columns_;
+    std::vector<std::string> schema_;
 };
 
 /// In double quotes, as the data base names things.
