@@ -43,14 +43,20 @@ StoredObjects::StoredObjects(Ref<Store> store) : store_(std::move(store)) {
 }
 
 StoredObjects::Page* StoredObjects::pageOf(RowKey key) const noexcept {
+    const auto place = static_cast<std::size_t>(key / PageSize);
+    if (place < pages_.size()) return pages_[place].get();
+    if (farPages_.empty()) return nullptr;
+    const auto found = farPages_.find(key / PageSize);
+    return found == farPages_.end() ? nullptr : found->second.get();
+}
+
+StoredObjects::Page& StoredObjects::makePage(RowKey key) {
     const RowKey place = key / PageSize;
-    if (place != lastPlace_) {
-        const auto found = pages_.find(place);
-        if (found == pages_.end()) return nullptr;
-        lastPlace_ = place;
-        lastPage_ = found->second.get();
-    }
-    return lastPage_;
+    auto made = std::make_unique<Page>();
+    if (place >= MostPlaces) return *(farPages_[place] = std::move(made));
+    const auto index = static_cast<std::size_t>(place);
+    if (index >= pages_.size()) pages_.resize(index + 1);
+    return *(pages_[index] = std::move(made));
 }
 
 ManagedObject* StoredObjects::find(RowKey key) const noexcept {
@@ -59,9 +65,9 @@ ManagedObject* StoredObjects::find(RowKey key) const noexcept {
 }
 
 void StoredObjects::enter(RowKey key, ManagedObject& object) {
-    Page* page = pageOf(key);
-    if (!page) page = (pages_[key / PageSize] = std::make_unique<Page>()).get();
-    (*page)[static_cast<std::size_t>(key % PageSize)] = &object;
+    Page* known = pageOf(key);
+    Page& page = known ? *known : makePage(key);
+    page[static_cast<std::size_t>(key % PageSize)] = &object;
 }
 
 void StoredObjects::leave(RowKey key) noexcept {
@@ -71,8 +77,7 @@ void StoredObjects::leave(RowKey key) noexcept {
 
 void StoredObjects::clear() noexcept {
     pages_.clear();
-    lastPlace_ = -1;
-    lastPage_ = nullptr;
+    farPages_.clear();
     laterVersions_.clear();
 }
 

@@ -46,17 +46,20 @@ public:
     void setVersion(RowKey key, std::int64_t version);
 
 private:
-    // Keys are dense as a rule, so that a row takes one pointer; a file that lies about them takes no more than it has rows.
+    // Keys are dense as a rule, so that a row takes one pointer; a file that lies about them takes no more than it has rows,
+    // and a fixed number of places beside them.
     static constexpr RowKey PageSize = 256;
+    static constexpr RowKey MostPlaces = 1 << 16;
     using Page = std::array<ManagedObject*, PageSize>;
 
     [[nodiscard]] Page* pageOf(RowKey key) const noexcept;
+    [[nodiscard]] Page& makePage(RowKey key);
 
     Ref<Store> store_;
     std::vector<StoredProperties> properties_;
-    std::unordered_map<RowKey, std::unique_ptr<Page>> pages_;
-    mutable RowKey lastPlace_ = -1;
-    mutable Page* lastPage_ = nullptr;
+    /// By their places; those beyond the last in the map.
+    std::vector<std::unique_ptr<Page>> pages_;
+    std::unordered_map<RowKey, std::unique_ptr<Page>> farPages_;
     /// Those beyond the first: most rows are never changed.
     std::unordered_map<RowKey, std::int64_t> laterVersions_;
 };

@@ -250,10 +250,10 @@ bool BookFile::isOfToday(Connection& connection) const {
 
 void BookFile::read(const Statement::Use& row, const SealedTable& table, Cells& cells) {
     const std::size_t count = table.columns.size();
-    cells.clear();
-    for (std::size_t index = 0; index < count; ++index) cells.push_back(row.cell(static_cast<int>(index)));
+    cells.resize(count);
+    const std::int64_t reckoned = row.readCells(cells);
     const Cell digest = row.cell(static_cast<int>(count));
-    if (digest.type != Cell::Type::Integer || digest.integer != digestOf(cells))
+    if (digest.type != Cell::Type::Integer || digest.integer != reckoned)
         damaged("a row of its table \"" + table.name + "\" (" +
                 (cells[0].type == Cell::Type::Integer ? std::to_string(cells[0].integer)
                                                       : std::string(cells[0].bytes)) +
@@ -296,10 +296,11 @@ void BookFile::decode(const EntityTable& table, std::span<const Cell> cells, Row
         damaged("a row in it has a key or a version that nobody gave");
     const EntityColumns& columns = tables_.columnsOf(*row.entity);
     const auto attributes = row.entity->attributes();
-    row.values.assign(attributes.size(), Value());
-    for (std::size_t index = 0; index < attributes.size(); ++index)
-        if (const auto place = columns.values[index])
-            row.values[index] = coding_.decode(cells[*place], attributes[index].type);
+    row.values.resize(attributes.size());
+    for (std::size_t index = 0; index < attributes.size(); ++index) {
+        const auto place = columns.values[index];
+        row.values[index] = place ? coding_.decode(cells[*place], attributes[index].type) : Value();
+    }
     row.links.clear();
     for (const EntityColumns::Link& link : columns.links)
         row.links.push_back({whole(link.target), link.place ? whole(*link.place) : 0});

@@ -64,7 +64,34 @@ Cell encodeDecimal(const Decimal& decimal, CellRoom& room) {
     return Cell::text(room.keep({text.data(), static_cast<std::size_t>(end - text.data())}));
 }
 
+/// The decimal of a canonical text that is short, as those of nearly all amounts are; none for any other text.
+std::optional<Decimal> decodeShortDecimal(std::string_view text) noexcept {
+    constexpr std::size_t LongestShort = 16;
+    const bool isNegative = text.starts_with('-');
+    if (isNegative) text.remove_prefix(1);
+    if (text.empty() || text.size() > LongestShort) return std::nullopt;
+    std::uint64_t mantissa = 0;
+    std::size_t whole = text.size();
+    for (std::size_t place = 0; place < text.size(); ++place) {
+        const auto digit = static_cast<unsigned>(static_cast<unsigned char>(text[place])) - '0';
+        if (digit < 10)
+            mantissa = mantissa * 10 + digit;
+        else if (text[place] == '.' && whole == text.size())
+            whole = place;
+        else
+            return std::nullopt;
+    }
+    const bool hasFraction = whole < text.size();
+    const bool hasOneWriting = whole > 0 && (text.front() != '0' || whole == 1) &&
+                               (!hasFraction || (text.back() != '0' && text.back() != '.')) &&
+                               (mantissa != 0 || !isNegative);
+    if (!hasOneWriting) return std::nullopt;
+    const auto exponent = hasFraction ? static_cast<short>(whole + 1) - static_cast<short>(text.size()) : 0;
+    return Decimal::withMantissaExponentIsNegative(mantissa, static_cast<short>(exponent), isNegative);
+}
+
 Decimal decodeDecimal(std::string_view text) {
+    if (const auto decimal = decodeShortDecimal(text)) return *decimal;
     const Decimal decimal = Decimal::parse(text);
     std::array<char, Decimal::MaximumTextLength> canonical{};
     const char* end = decimal.toChars(canonical.data(), canonical.data() + canonical.size());

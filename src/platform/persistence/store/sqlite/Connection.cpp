@@ -140,6 +140,16 @@ Cell Statement::Use::cell(int column) const {
     }
 }
 
+std::int64_t Statement::Use::readCells(std::span<Cell> cells) const {
+    RowDigest digest;
+    int column = 0;
+    for (Cell& each : cells) {
+        each = cell(column++);
+        digest.add(each);
+    }
+    return digest.value();
+}
+
 std::int64_t Statement::Use::integer(int column) const {
     const Cell found = cell(column);
     if (found.type != Cell::Type::Integer) damaged("it holds something else where a whole number stands");

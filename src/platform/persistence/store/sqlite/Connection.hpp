@@ -42,6 +42,8 @@ public:
         void run();
         /// Of the present row, numbered from 0. Its bytes are valid until the next row.
         [[nodiscard]] Cell cell(int column) const;
+        /// As many as there is room for, from the first column on; gives their digest.
+        [[nodiscard]] std::int64_t readCells(std::span<Cell> cells) const;
         [[nodiscard]] std::int64_t integer(int column) const;
         [[nodiscard]] std::string_view text(int column) const;
 
