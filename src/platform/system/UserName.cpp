@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/system/UserName.hpp"
 
+#include "platform/text/Text.hpp"
+
 #include <cerrno>
 #include <cstddef>
 #include <pwd.h>
@@ -20,7 +22,7 @@ std::string fullNameInComment(std::string_view comment, std::string_view login) 
         else
             name += each;
     }
-    return name.empty() ? std::string(login) : name;
+    return toWellFormedUtf8(name.empty() ? login : std::string_view(name));
 }
 
 std::string fullUserName() {

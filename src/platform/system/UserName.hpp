@@ -15,7 +15,7 @@ namespace estatebook::platform {
 [[nodiscard]] ESTATEBOOK_API std::string fullUserName();
 
 /// The full name in the comment field of a user's record: all before its first comma, where "&" stands for the login name
-/// with a capital letter. The login name when that is empty.
+/// with a capital letter. The login name when that is empty. In UTF-8, whatever the record is written in.
 [[nodiscard]] ESTATEBOOK_API std::string fullNameInComment(std::string_view comment, std::string_view login);
 
 } // namespace estatebook::platform

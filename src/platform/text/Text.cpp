@@ -199,6 +199,19 @@ bool isWellFormedUtf8(std::string_view text) noexcept {
     return true;
 }
 
+std::string toWellFormedUtf8(std::string_view text) {
+    constexpr std::string_view Replacement = "\uFFFD";
+    std::string wellFormed;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t first = at;
+        UChar32 character;
+        U8_NEXT(bytes, at, text.size(), character);
+        wellFormed += character < 0 ? Replacement : text.substr(first, at - first);
+    }
+    return wellFormed;
+}
+
 std::optional<std::u16string> toUtf16(std::string_view text) {
     if (text.size() > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
     // No character takes more units than bytes.

@@ -62,6 +62,9 @@ struct CanonicalEqual {
 /// Whether the bytes are UTF-8 as Unicode defines it: shortest forms, no surrogates, nothing above U+10FFFF.
 [[nodiscard]] ESTATEBOOK_API bool isWellFormedUtf8(std::string_view text) noexcept;
 
+/// The text with U+FFFD in place of what is not well formed.
+[[nodiscard]] ESTATEBOOK_API std::string toWellFormedUtf8(std::string_view text);
+
 /// The text in UTF-16 code units; none when it is not well formed.
 [[nodiscard]] ESTATEBOOK_API std::optional<std::u16string> toUtf16(std::string_view text);
 /// The text of UTF-16 code units; none when a surrogate stands alone.

@@ -12,7 +12,7 @@
 ///     *name == "Rent";                    // the text
 ///     name == String::make("Rent");       // false: another object
 ///
-/// Text that is not well-formed UTF-8 is kept as it stands; programs refuse it at their door.
+/// Text that is not well-formed UTF-8 is kept as it stands; programs refuse it at their door, and no store takes it.
 
 #include "platform/values/Object.hpp"
 #include "platform/values/Ref.hpp"

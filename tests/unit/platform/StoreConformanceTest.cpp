@@ -409,6 +409,32 @@ TEST_P(StoreConformanceTest, NeverGivesAKeyAgain) {
     expectRefused(again, "the Property 2");
 }
 
+TEST_P(StoreConformanceTest, TakesNoTextThatIsNotUtf8) {
+    insert({RowOf("Tenant", 1)});
+    const std::string bad = "Zo\xeb";
+    StoreChanges changes = newChanges();
+    changes.insertions = {RowOf("Tenant", 2).with(keys::name, text(bad))};
+    expectRefused(changes, "the Tenant 2 has a value that \"name\" cannot hold");
+    changes = newChanges();
+    changes.updates = {UpdateOf("Tenant", 1, 1).with(keys::name, text(bad))};
+    expectRefused(changes, "the Tenant 1 has a value that \"name\" cannot hold");
+    changes = newChanges();
+    changes.identifiers = {{1, &entityNamed("Tenant"), bad}};
+    expectRefused(changes, "The identifier of the Tenant 1 is not UTF-8");
+    for (const MetadataChange& metadata : {MetadataChange{bad, "b"}, MetadataChange{"a", bad}}) {
+        changes = newChanges();
+        changes.metadata = {metadata};
+        expectRefused(changes, "not UTF-8");
+    }
+    for (std::string CommitOrigin::*part :
+         {&CommitOrigin::author, &CommitOrigin::program, &CommitOrigin::command}) {
+        changes = newChanges();
+        changes.origin.*part = bad;
+        expectRefused(changes, "no UTF-8");
+    }
+    EXPECT_TRUE(value("Tenant", 1, keys::name).isAbsent());
+}
+
 TEST_P(StoreConformanceTest, TellsConflictsAndChangesNothing) {
     insert({RowOf("Tenant", 1).with(keys::name, text("Ada")), RowOf("Tenant", 2), RowOf("Tenant", 3)});
     update({UpdateOf("Tenant", 1, 1).with(keys::name, text("Grace"))});

@@ -199,6 +199,14 @@ TEST(TextTest, TextThatIsNotWellFormedIsTold) {
         EXPECT_FALSE(isWellFormedUtf8(text));
 }
 
+TEST(TextTest, WhatIsNotWellFormedIsReplaced) {
+    EXPECT_EQ(toWellFormedUtf8(""), "");
+    EXPECT_EQ(toWellFormedUtf8("twelve bytes \u00e9 \U0010ffff"), "twelve bytes \u00e9 \U0010ffff");
+    EXPECT_EQ(toWellFormedUtf8("Zo\xeb B"), "Zo\uFFFD B");
+    EXPECT_EQ(toWellFormedUtf8("\xc3"), "\uFFFD");
+    EXPECT_EQ(toWellFormedUtf8(std::string_view("a\0\xff", 3)), std::string_view("a\0\uFFFD", 5));
+}
+
 // UTF-16
 
 TEST(TextTest, TextIsConvertedToUtf16AndBack) {

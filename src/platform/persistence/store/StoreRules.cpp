@@ -2,6 +2,7 @@
 #include "platform/persistence/store/StoreRules.hpp"
 
 #include "platform/persistence/ManagedObjectModel.hpp"
+#include "platform/text/Text.hpp"
 
 #include <unordered_set>
 
@@ -12,8 +13,10 @@ namespace {
 bool fits(const AttributeDescription& attribute, const Value& value) {
     if (value.isAbsent()) return true;
     switch (attribute.type) {
-    case AttributeType::String:
-        return value.string() != nullptr;
+    case AttributeType::String: {
+        const auto text = value.string();
+        return text && isWellFormedUtf8(text->view());
+    }
     case AttributeType::Date:
         return value.date().has_value();
     case AttributeType::Decimal: {
@@ -51,7 +54,7 @@ public:
             if (!names(deletion.entity, deletion.key)) return false;
         for (const RowIdentifier& each : changes.identifiers)
             if (!isOurs(each.entity) || each.key <= NoRow) return refuse("An identifier is given to no row");
-        return true;
+        return acceptsTexts(changes);
     }
     [[nodiscard]] std::string reason() { return std::move(reason_); }
 
@@ -73,6 +76,19 @@ private:
             return refuse("A change is about an entity that has no rows in this model");
         if (key <= NoRow || !keys_.insert(key).second)
             return refuse("The changes name " + nameOf(*entity, key) + " twice, or no row can have this key");
+        return true;
+    }
+
+    bool acceptsTexts(const StoreChanges& changes) {
+        const CommitOrigin& origin = changes.origin;
+        for (const std::string* text : {&origin.author, &origin.program, &origin.command})
+            if (!isWellFormedUtf8(*text)) return refuse("Who makes the changes is told in no UTF-8");
+        for (const RowIdentifier& each : changes.identifiers)
+            if (each.identifier && !isWellFormedUtf8(*each.identifier))
+                return refuse("The identifier of " + nameOf(*each.entity, each.key) + " is not UTF-8");
+        for (const MetadataChange& each : changes.metadata)
+            if (!isWellFormedUtf8(each.name) || (each.value && !isWellFormedUtf8(*each.value)))
+                return refuse("An entry that is to be kept with the book is not UTF-8");
         return true;
     }
 
