@@ -61,15 +61,14 @@ void ArrearsScan::lookAt(TKTenure& tenure) {
     const auto ageing = statement ? reckon([&] { return Ageing::ofStatement(**statement, today); })
                                   : Reckoned<Ageing>(statement.error());
     const Figures& figures = figures_();
-    const QString name = partiesOf(tenure);
     if (!ageing) {
-        ListModel::Row row{{{name}, {}, {figures.amount(Reckoned<Decimal>(ageing.error()))}}};
+        ListModel::Row row{{{partiesOf(tenure)}, {}, {figures.amount(Reckoned<Decimal>(ageing.error()))}}};
         row.cells.resize(list_.columns().size());
         rows_.push_back(std::move(row));
     } else if (figures.rounded(ageing->owed()) > Decimal::zero()) {
         const auto lines = outstandingOn(**statement, today);
-        rows_.push_back(
-            rowOf(figures, name, *ageing, lines->empty() ? std::nullopt : (*lines)[0].transaction()->when()));
+        rows_.push_back(rowOf(figures, partiesOf(tenure), *ageing,
+                              lines->empty() ? std::nullopt : (*lines)[0].transaction()->when()));
     } else {
         return;
     }

@@ -74,6 +74,7 @@ ListPage::ListPage(const QString& name, std::unique_ptr<ListModel> model, WhenEm
         connect(&shown_, change, this, &ListPage::listChanged);
     connect(&shown_, &QAbstractItemModel::dataChanged, this, &ListPage::listChanged);
     connect(&shown_, &QAbstractItemModel::modelReset, this, &ListPage::listChanged);
+    slices_.setWaiting(true);
     listChanged();
 }
 
@@ -185,6 +186,16 @@ bool ListPage::eventFilter(QObject* watched, QEvent* event) {
         }
     }
     return QWidget::eventFilter(watched, event);
+}
+
+void ListPage::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    slices_.setWaiting(false);
+}
+
+void ListPage::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    slices_.setWaiting(true);
 }
 
 platform::ManagedObject* ListPage::selected() const {

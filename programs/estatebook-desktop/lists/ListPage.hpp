@@ -47,7 +47,9 @@ public:
     void search(const QString& text);
     [[nodiscard]] int shownRows() const { return shown_.rowCount(); }
     void setWhenEmpty(const WhenEmpty& whenEmpty);
-    /// Reckons all sums that are left at once.
+    /// Whether there are sums left to be reckoned.
+    [[nodiscard]] bool isSummingUp() const noexcept { return slices_.isAtWork(); }
+    /// Reckons all of them at once.
     void finishTotals() { slices_.finish(); }
 
     /// The widths of the columns, to be remembered.
@@ -63,6 +65,9 @@ Q_SIGNALS:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    /// Sums wait while nobody sees them, so that they hold up no list that is seen.
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void makeTable(const QString& name);

@@ -14,7 +14,15 @@ Slices::Slices(QObject* parent) : QObject(parent) {
 
 void Slices::begin(std::function<bool()> step) {
     step_ = std::move(step);
-    timer_.start();
+    if (!isWaiting_) timer_.start();
+}
+
+void Slices::setWaiting(bool isWaiting) {
+    isWaiting_ = isWaiting;
+    if (isWaiting_)
+        timer_.stop();
+    else if (isAtWork())
+        timer_.start();
 }
 
 void Slices::stop() {

@@ -22,8 +22,11 @@ public:
     /// Calls `step` until it answers false; what was begun before ends here.
     void begin(std::function<bool()> step);
     void stop();
-    [[nodiscard]] bool isAtWork() const noexcept { return timer_.isActive(); }
-    /// All that is left, at once.
+    /// Leaves the rest for later, for as long as it is told to wait.
+    void setWaiting(bool isWaiting);
+    /// Whether there is something left to do.
+    [[nodiscard]] bool isAtWork() const noexcept { return step_ != nullptr; }
+    /// All that is left, at once; also of what waits.
     void finish();
 
 private:
@@ -31,6 +34,7 @@ private:
 
     QTimer timer_;
     std::function<bool()> step_;
+    bool isWaiting_ = false;
 };
 
 } // namespace estatebook::desktop

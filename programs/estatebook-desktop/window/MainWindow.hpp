@@ -89,6 +89,8 @@ public:
     void refreshNow();
     /// How often it was read anew since the window was made.
     [[nodiscard]] std::size_t refreshes() const noexcept { return refreshes_; }
+    /// Whether the list of arrears is still being looked for, a few lettings in each turn of the event loop.
+    [[nodiscard]] bool isLookingForArrears() const noexcept { return scan_ && scan_->isAtWork(); }
 
 protected:
     void closeEvent(QCloseEvent* event) override;

@@ -134,6 +134,47 @@ TEST(SlicesTest, TheEventLoopHasItsTurnsAmidTheWork) {
     EXPECT_GT(turns, 1);
 }
 
+TEST_F(ListModelTest, SumsWaitUntilTheListIsSeen) {
+    platform::RunLoop loop;
+    const auto session = BookSession::open(makeEmpty(), loop);
+    const Figures figures = Figures::of(*session);
+    ListPage page(QStringLiteral("Tenants"), makeModel(), {QStringLiteral("None"), QStringLiteral("None")},
+                  [&]() -> const Figures& { return figures; });
+    page.model().take(objects(0, 100));
+    const auto turn = [] {
+        for (int times = 0; times < 3; ++times) QCoreApplication::processEvents();
+    };
+    turn();
+    EXPECT_EQ(page.model().readRows(), 0U);
+    page.show();
+    while (page.isSummingUp()) QCoreApplication::processEvents();
+    EXPECT_EQ(page.model().readRows(), 100U);
+    EXPECT_EQ(page.totals().item(0, 1)->text().toStdString(), "100.00");
+    page.hide();
+    page.model().take(objects(0, 60));
+    turn();
+    EXPECT_EQ(page.model().readRows(), 0U);
+    page.finishTotals();
+    EXPECT_EQ(page.totals().item(0, 1)->text().toStdString(), "60.00");
+}
+
+TEST(SlicesTest, WorkThatWaitsIsGoneOnWithLater) {
+    Slices slices;
+    int steps = 0;
+    slices.setWaiting(true);
+    slices.begin([&] { return ++steps < 5; });
+    for (int times = 0; times < 3; ++times) QCoreApplication::processEvents();
+    EXPECT_EQ(steps, 0);
+    EXPECT_TRUE(slices.isAtWork());
+    slices.setWaiting(false);
+    while (slices.isAtWork()) QCoreApplication::processEvents();
+    EXPECT_EQ(steps, 5);
+    slices.setWaiting(true);
+    slices.setWaiting(false);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(steps, 5) << "there was nothing left";
+}
+
 TEST(SlicesTest, WorkThatIsBegunAnewForgetsTheFormer) {
     Slices slices;
     int first = 0, second = 0;
