@@ -246,6 +246,7 @@ std::vector<std::string> BookSession::tagNames() const {
 void BookSession::perform(const std::string& name, const std::function<void()>& edit) {
     UndoManager& manager = *context_->undoManager();
     manager.endEvent();
+    const bool hadChanges = context_->hasChanges();
     try {
         edit();
     } catch (...) {
@@ -257,7 +258,8 @@ void BookSession::perform(const std::string& name, const std::function<void()>& 
     context_->processPendingChanges();
     manager.setActionName(name);
     manager.endEvent();
-    if (context_->hasChanges()) noteEdit();
+    // An edit may take back one that is not saved yet, so that there is nothing to save, but something to show.
+    if (hadChanges || context_->hasChanges()) noteEdit();
 }
 
 bool BookSession::canUndo() const {

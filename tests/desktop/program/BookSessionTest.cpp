@@ -110,6 +110,25 @@ TEST_F(BookSessionTest, WhatWasSavedCanBeUndoneAndIsSavedAnew) {
     EXPECT_EQ(savedName(book), "Quay House");
 }
 
+TEST_F(BookSessionTest, WhatIsMadeAndDeletedBeforeItIsSavedIsToldOf) {
+    const auto book = makeEmpty();
+    const auto session = BookSession::open(book, loop_);
+    platform::Ref<TKProperty> property;
+    session->perform("New Property",
+                     [&] { property = session->context().insertNewObject<TKProperty>("Property"); });
+    int told = 0;
+    session->whenChanged([&] { ++told; });
+    session->perform("Deletion of Property", [&] { session->context().deleteObject(*property); });
+    EXPECT_EQ(told, 1) << "whoever shows it has to take it away";
+    EXPECT_EQ(session->undoName(), "Deletion of Property");
+    pass(2.1, loop_);
+    EXPECT_EQ(session->condition(), Condition::Saved);
+    session->undo();
+    ASSERT_EQ(session->properties().size(), 1U);
+    pass(2.1, loop_);
+    EXPECT_EQ(BookSession::openForReading(book, loop_)->properties().size(), 1U);
+}
+
 TEST_F(BookSessionTest, AnEditThatRaisesLeavesNothing) {
     const auto session = BookSession::open(makeExample(), loop_);
     const auto property = session->properties().front();
