@@ -12,14 +12,11 @@
 
 #include <QCheckBox>
 #include <QClipboard>
-#include <QFileDialog>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QMessageBox>
-#include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 #include <QTableView>
@@ -48,8 +45,8 @@ QPushButton* addButton(QHBoxLayout& row, const QString& text) {
 
 } // namespace
 
-StatementPage::StatementPage(BookSession& session, std::function<const Figures&()> figures)
-    : session_(session), figures_(std::move(figures)), model_(nullptr), title_(new QLabel),
+StatementPage::StatementPage(BookSession& session, Dialogs& dialogs, std::function<const Figures&()> figures)
+    : session_(session), dialogs_(dialogs), figures_(std::move(figures)), model_(nullptr), title_(new QLabel),
       subtitle_(new QLabel), outstanding_(new QCheckBox(tr("&Outstanding only"))),
       byTag_(new QCheckBox(tr("By &tag"))) {
     makeTable();
@@ -201,8 +198,7 @@ QString StatementPage::copiedText() const {
 void StatementPage::print() {
     QPrinter printer(QPrinter::HighResolution);
     printer.setDocName(textOf(tenure_->name()));
-    QPrintDialog dialog(&printer, this);
-    if (dialog.exec() != QDialog::Accepted) return;
+    if (!dialogs_.choosePrinter(*this, printer)) return;
     QTextDocument document;
     document.setHtml(html());
     document.print(&printer);
@@ -244,12 +240,12 @@ void StatementPage::copy() const {
 void StatementPage::save(const QString& filter, const QString& suffix,
                          const std::function<std::string()>& content) {
     const QString name = textOf(tenure_->name()).replace(QLatin1Char('/'), QLatin1Char('-')) + suffix;
-    const QString path = QFileDialog::getSaveFileName(this, tr("Save Statement"), name, filter);
+    const QString path = dialogs_.fileToSave(*this, tr("Save Statement"), name, filter);
     if (path.isEmpty()) return;
     try {
         writeWholeFile(path.toStdString(), content());
     } catch (const Failure& failure) {
-        QMessageBox::warning(this, tr("Save Statement"), QString::fromUtf8(failure.what()));
+        dialogs_.warn(*this, tr("Save Statement"), QString::fromUtf8(failure.what()));
     }
 }
 

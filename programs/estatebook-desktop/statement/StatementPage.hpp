@@ -4,6 +4,7 @@
 /// StatementPage: the statement of a letting, to be read, printed, and taken elsewhere.
 
 #include "estatebook-desktop/statement/StatementModel.hpp"
+#include "estatebook-desktop/window/Dialogs.hpp"
 #include "paper/PrintedStatement.hpp"
 
 #include <QWidget>
@@ -21,7 +22,8 @@ class StatementPage : public QWidget {
     Q_OBJECT
 
 public:
-    StatementPage(BookSession& session, std::function<const Figures&()> figures);
+    /// REQUIRES: what is given outlives the page.
+    StatementPage(BookSession& session, Dialogs& dialogs, std::function<const Figures&()> figures);
 
     void show(TKTenure& tenure);
     /// Shows it as it is now; goes back to the list when the letting is gone.
@@ -54,6 +56,7 @@ private:
     [[nodiscard]] paper::PrintedStatement printed() const;
 
     BookSession& session_;
+    Dialogs& dialogs_;
     std::function<const Figures&()> figures_;
     platform::Ref<TKTenure> tenure_;
     StatementParts parts_;

@@ -19,7 +19,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QMessageBox>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QStackedWidget>
@@ -63,7 +62,7 @@ private:
 
 } // namespace
 
-MainWindow::MainWindow(DesktopLoop& loop) : loop_(loop) {
+MainWindow::MainWindow(DesktopLoop& loop, Dialogs& dialogs) : loop_(loop), dialogs_(dialogs) {
     resize(UsualSize);
     makeActions();
     makeLists();
@@ -229,7 +228,7 @@ void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
     scan_ = std::make_unique<ArrearsScan>(*session_, lists_[static_cast<std::size_t>(Page::Arrears)]->model(),
                                           [this]() -> const Figures& { return *figures_; });
     settings_ = new SettingsPage(*session_);
-    statement_ = new StatementPage(*session_, [this]() -> const Figures& { return *figures_; });
+    statement_ = new StatementPage(*session_, dialogs_, [this]() -> const Figures& { return *figures_; });
     pages_->addWidget(settings_);
     pages_->addWidget(statement_);
     connect(statement_, &StatementPage::leaving, this, &MainWindow::leaveStatement);
@@ -426,7 +425,7 @@ void MainWindow::showOffer() {
             offered_.clear();
             showCondition();
         } catch (const Failure& failure) {
-            QMessageBox::warning(this, tr("Edits"), QString::fromUtf8(failure.what()));
+            dialogs_.warn(*this, tr("Edits"), QString::fromUtf8(failure.what()));
         }
     };
     const auto discard = [this] {
@@ -441,12 +440,12 @@ void MainWindow::showOffer() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     if (session_ && !session_->save()) {
-        const auto answer =
-            QMessageBox::warning(this, tr("Not saved"),
-                                 tr("%1\n\nThe edits will be offered again when the book is opened.")
-                                     .arg(QString::fromStdString(session_->trouble())),
-                                 QMessageBox::Close | QMessageBox::Cancel, QMessageBox::Cancel);
-        if (answer != QMessageBox::Close) return event->ignore();
+        const QString trouble = QString::fromStdString(session_->trouble());
+        if (!dialogs_.confirm(
+                *this, {tr("Not saved"),
+                        tr("%1\n\nThe edits will be offered again when the book is opened.").arg(trouble),
+                        tr("Close")}))
+            return event->ignore();
     }
     rememberState();
     event->accept();

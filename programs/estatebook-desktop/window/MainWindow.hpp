@@ -15,6 +15,7 @@
 #include "estatebook-desktop/lists/ListPage.hpp"
 #include "estatebook-desktop/session/BookSession.hpp"
 #include "estatebook-desktop/window/DesktopLoop.hpp"
+#include "estatebook-desktop/window/Dialogs.hpp"
 #include "estatebook-desktop/window/Figures.hpp"
 
 #include "platform/toolkit/WindowController.hpp"
@@ -51,8 +52,8 @@ class MainWindow : public QMainWindow {
 public:
     enum class Page : int { Tenures, Properties, Tenants, Arrears, Settings };
 
-    /// REQUIRES: the loop outlives the window.
-    explicit MainWindow(DesktopLoop& loop);
+    /// REQUIRES: the loop and the dialogs outlive the window.
+    explicit MainWindow(DesktopLoop& loop, Dialogs& dialogs = Dialogs::usual());
     ~MainWindow() override;
 
     /// Opens a book file for editing. False when it is refused; the window then says why.
@@ -142,6 +143,7 @@ private:
     void deleteObject(platform::ManagedObject& object, const QString& name, const QString& step);
 
     DesktopLoop& loop_;
+    Dialogs& dialogs_;
     std::unique_ptr<BookSession> session_;
     /// The window and the book as sheets know them.
     platform::Ref<platform::Document> document_;

@@ -9,7 +9,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDateEdit>
-#include <QFileDialog>
+#include <QDir>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
@@ -207,18 +207,17 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 // -- Books ----------------------------------------------------------------------------------------------------
 
 void MainWindow::chooseNewBook() {
-    const QString path = withSuffix(QFileDialog::getSaveFileName(
-        this, tr("New Book"),
-        documentsFolder() + QLatin1Char('/') + tr("My Properties") + QLatin1String(BookSuffix),
-        tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
+    const QString path = withSuffix(dialogs_.fileToSave(*this, tr("New Book"),
+                                                        documentsFolder() + QLatin1Char('/') +
+                                                            tr("My Properties") + QLatin1String(BookSuffix),
+                                                        tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
     if (!path.isEmpty()) makeBook(path);
 }
 
 // A process has one book, since all its days are those of the book's zone.
 void MainWindow::chooseBook() {
-    const QString path =
-        QFileDialog::getOpenFileName(this, tr("Open Book"), documentsFolder(),
-                                     tr("Books (*%1);;All files (*)").arg(QLatin1String(BookSuffix)));
+    const QString path = dialogs_.fileToOpen(*this, tr("Open Book"), documentsFolder(),
+                                             tr("Books (*%1);;All files (*)").arg(QLatin1String(BookSuffix)));
     if (path.isEmpty()) return;
     if (session_)
         QProcess::startDetached(QApplication::applicationFilePath(), {path});
@@ -234,19 +233,20 @@ void MainWindow::chooseExample() {
 }
 
 void MainWindow::chooseImport() {
-    const QString document = QFileDialog::getOpenFileName(this, tr("Import a Document"), documentsFolder(),
-                                                          tr("Book documents (*.json);;All files (*)"));
+    const QString document = dialogs_.fileToOpen(*this, tr("Import a Document"), documentsFolder(),
+                                                 tr("Book documents (*.json);;All files (*)"));
     if (document.isEmpty()) return;
-    const QString path = withSuffix(
-        QFileDialog::getSaveFileName(this, tr("New Book of the Document"),
-                                     documentsFolder() + QLatin1Char('/') +
-                                         QFileInfo(document).completeBaseName() + QLatin1String(BookSuffix),
-                                     tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
+    const QString path =
+        withSuffix(dialogs_.fileToSave(*this, tr("New Book of the Document"),
+                                       documentsFolder() + QLatin1Char('/') +
+                                           QFileInfo(document).completeBaseName() + QLatin1String(BookSuffix),
+                                       tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
     if (!path.isEmpty()) importDocument(document, path);
 }
 
 void MainWindow::importDocument(const QString& document, const QString& path) {
     QFile file(document);
+    const QString former = session_ ? QString::fromStdString(session_->path()) : QString();
     try {
         if (!file.open(QIODevice::ReadOnly))
             throw Failure(ExitCode::CannotRead,
@@ -254,7 +254,8 @@ void MainWindow::importDocument(const QString& document, const QString& path) {
         leaveSession();
         BookSession::makeOfDocument(path.toStdString(), file.readAll().toStdString(), document.toStdString());
     } catch (const Failure& failure) {
-        QMessageBox::warning(this, tr("Import a Document"), QString::fromUtf8(failure.what()));
+        dialogs_.warn(*this, tr("Import a Document"), QString::fromUtf8(failure.what()));
+        if (!session_ && !former.isEmpty()) openBook(former);
         return;
     }
     openBook(path);
@@ -288,9 +289,8 @@ void MainWindow::showSheet(const Ref<BookSheet>& sheet,
     // An interface file that is not in order has no window.
     if (sheet_ && !sheet_->isWindowLoaded()) {
         const auto error = std::exchange(sheet_, nullptr)->loadError();
-        QMessageBox::warning(this, tr("EstateBook"),
-                             error ? QString::fromStdString(std::string(error->localizedDescription()))
-                                   : QString());
+        dialogs_.warn(*this, tr("EstateBook"),
+                      error ? QString::fromStdString(std::string(error->localizedDescription())) : QString());
     }
 }
 
@@ -367,8 +367,8 @@ void MainWindow::deleteSelected() {
     const QString name = property ? textOf(property->fullName()) : textOf(tenant->name());
     const std::size_t tenures = property ? property->tenures().count() : tenant->tenures().count();
     if (tenures > 0) {
-        QMessageBox::information(
-            this, tr("Delete"),
+        dialogs_.tell(
+            *this, tr("Delete"),
             tr("“%1” has lettings, which are part of the books. End them, or delete them first.").arg(name));
         return;
     }
@@ -376,10 +376,8 @@ void MainWindow::deleteSelected() {
 }
 
 void MainWindow::deleteObject(platform::ManagedObject& object, const QString& name, const QString& step) {
-    const auto answer = QMessageBox::question(
-        this, tr("Delete"), tr("Delete “%1” with all its payments and notes? It can be undone.").arg(name),
-        QMessageBox::Yes | QMessageBox::Cancel, QMessageBox::Cancel);
-    if (answer == QMessageBox::Yes)
+    const QString words = tr("Delete “%1” with all its payments and notes? It can be undone.").arg(name);
+    if (dialogs_.confirm(*this, {tr("Delete"), words, tr("Delete")}))
         session_->perform(step.toStdString(), [&] { session_->context().deleteObject(object); });
 }
 

@@ -1,26 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/QtUser.hpp"
-#include "desktop/program/DesktopTestCase.hpp"
+#include "desktop/program/MainWindowTestCase.hpp"
 
-#include "estatebook-desktop/sheets/BookSheet.hpp"
-#include "estatebook-desktop/statement/StatementPage.hpp"
-#include "estatebook-desktop/window/Banner.hpp"
-#include "estatebook-desktop/window/MainWindow.hpp"
-#include "platform/toolkit/qt/QtToolkit.hpp"
-
-#include <QAction>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QPlainTextEdit>
 #include <QPushButton>
-#include <QSettings>
-#include <QTableView>
-
-#include <memory>
-#include <stdexcept>
 
 namespace estatebook::desktop::test {
 
@@ -32,107 +18,8 @@ using estatebook::test::settle;
 using platform::Decimal;
 using testing::HasSubstr;
 using testing::StartsWith;
-using Page = MainWindow::Page;
 
-/// To a window that has the keyboard: not every window system gives it to one that is shown. A window behind a sheet is left
-/// behind it.
-void press(QWidget& widget, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    QWidget* window = widget.window();
-    const QWidget* inFront = QApplication::activeModalWidget();
-    if (!inFront || inFront == window) {
-        window->activateWindow();
-        static_cast<void>(
-            QTest::qWaitFor([&] { return window->isActiveWindow(); }, estatebook::test::Patience));
-    }
-    estatebook::test::press(widget, key, modifiers);
-}
-
-class MainWindowTest : public DesktopTestCase {
-protected:
-    MainWindowTest() {
-        QCoreApplication::setOrganizationName(QStringLiteral("EstateBook"));
-        QCoreApplication::setApplicationName(QStringLiteral("tests"));
-        QSettings::setDefaultFormat(QSettings::IniFormat);
-        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
-                           QString::fromStdString(path("settings")));
-        platform::Toolkit::setCurrent(&toolkit_);
-        makeWindow();
-    }
-    ~MainWindowTest() override {
-        window_.reset();
-        loop_.reset();
-        platform::Toolkit::setCurrent(nullptr);
-    }
-
-    void makeWindow() {
-        window_.reset();
-        loop_ = std::make_unique<DesktopLoop>();
-        window_ = std::make_unique<MainWindow>(*loop_);
-        window_->show();
-        settle();
-    }
-    void open(const std::string& book) {
-        ASSERT_TRUE(window_->openBook(QString::fromStdString(book)));
-        settle();
-    }
-    void openExample() { open(makeExample()); }
-
-    [[nodiscard]] BookSession& session() const { return *window_->session(); }
-    [[nodiscard]] ListPage& list(Page page) const { return window_->list(page); }
-    void passTime(double seconds) {
-        clock_.pass(seconds);
-        loop_->turn();
-        settle();
-    }
-    void choose(Page page) {
-        auto& sidebar = *window_->findChild<QListWidget*>(QStringLiteral("sidebar"));
-        const QRect item = sidebar.visualItemRect(sidebar.item(static_cast<int>(page)));
-        clickAt(*sidebar.viewport(), item.center());
-        ASSERT_EQ(window_->page(), page);
-    }
-    /// The text of a cell as it is shown.
-    [[nodiscard]] std::string cell(Page page, int row, int column) const {
-        return list(page).table().model()->index(row, column).data().toString().toStdString();
-    }
-    [[nodiscard]] std::string total(Page page, int column) const {
-        list(page).finishTotals();
-        return list(page).totals().item(0, column)->text().toStdString();
-    }
-    void selectRowOf(Page page, std::string_view text) {
-        const QAbstractItemModel& model = *list(page).table().model();
-        for (int row = 0; row < model.rowCount(); ++row)
-            if (cell(page, row, 0).find(text) != std::string::npos) {
-                const QRect place = list(page).table().visualRect(model.index(row, 0));
-                clickAt(*list(page).table().viewport(), place.center());
-                return;
-            }
-        FAIL() << "no row with " << text;
-    }
-
-    // The sheet in front of the window
-    template <class Widget>
-    [[nodiscard]] Widget& in(std::string_view name) const {
-        auto* widget = sheet().qtWindow().find<Widget>(name);
-        if (!widget) throw std::runtime_error("the sheet has no " + std::string(name));
-        return *widget;
-    }
-    [[nodiscard]] BookSheet& sheet() const {
-        if (!window_->sheet()) throw std::runtime_error("there is no sheet");
-        return *window_->sheet();
-    }
-    [[nodiscard]] QWidget& sheetWidget() const { return *sheet().qtWindow().widget(); }
-    void type(QWidget& into, const char* text) {
-        click(into);
-        press(into, Qt::Key_A, Qt::ControlModifier);
-        for (const char* each = text; *each; ++each) QTest::keyClick(into.window()->windowHandle(), *each);
-        settle();
-    }
-    void confirm() { press(sheetWidget(), Qt::Key_Return, Qt::ControlModifier); }
-
-    platform::QtToolkit toolkit_;
-    std::unique_ptr<DesktopLoop> loop_;
-    std::unique_ptr<MainWindow> window_;
-};
+class MainWindowTest : public MainWindowTestCase {};
 
 TEST_F(MainWindowTest, FromANewBookToAPrintedStatement) {
     const std::string book = path("mine.estatebook");
