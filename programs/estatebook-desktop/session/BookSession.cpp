@@ -55,7 +55,8 @@ constexpr std::chrono::milliseconds Patience{1000};
 constexpr std::array<std::string_view, 3> AnnouncedKeys{"balance", "name", "startDate"};
 
 SQLiteStore::Options optionsFor(SQLiteStore::Access access) {
-    SQLiteStore::Options options = bookOptions(Command);
+    SQLiteStore::Options options = bookOptions({});
+    options.holder.program = Command;
     options.access = access;
     options.patience = Patience;
     return options;
