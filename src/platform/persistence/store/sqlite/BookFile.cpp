@@ -29,6 +29,24 @@ WriterLock takeLock(const FileSystem& files, const std::string& path, const Comm
     return std::move(*lock);
 }
 
+/// For messages, from cells that may be anything.
+std::string nameOfRow(const SealedTable& table, std::span<const Cell> cells) {
+    const Cell& first = cells.front();
+    return "a row of its table \"" + table.name + "\" (" +
+           (first.type == Cell::Type::Integer ? std::to_string(first.integer) : std::string(first.bytes)) +
+           ")";
+}
+
+/// Tells of what was read as of a row, and which.
+template <class Work>
+auto inRow(const SealedTable& table, std::span<const Cell> cells, Work work) {
+    try {
+        return work();
+    } catch (const StoreFailure& failure) {
+        throw StoreFailure{failure.code, nameOfRow(table, cells) + ": " + failure.reason};
+    }
+}
+
 /// What every new book holds, with the sums of all tables.
 void fill(Connection& connection, const BookTables& tables, const ManagedObjectModel& model,
           std::string_view identifier) {
@@ -96,6 +114,20 @@ std::string resolved(const FileSystem& files, const std::string& path) {
     if (error) throw unreadable("the file cannot be reached", error);
     if (!files.isFile(found)) throw StoreFailure{StoreErrorCode::Foreign, "it is no file"};
     return found;
+}
+
+std::string identifierIn(Connection& connection, const SealedTable& header) {
+    constexpr std::size_t Digits = 32;
+    Cells cells;
+    Statement::Use rows(connection.statement(header.select));
+    if (!rows.next()) damaged("its header is missing");
+    BookFile::read(rows, header, cells);
+    std::string identifier(cells[1].type == Cell::Type::Text ? cells[1].bytes : std::string_view());
+    const bool isOne = cells[0].integer == 1 && identifier.size() == Digits &&
+                       identifier.find_first_not_of("0123456789abcdef") == std::string::npos;
+    if (rows.next()) damaged("it has more than one header");
+    if (!isOne) damaged("its header is not that of a book");
+    return identifier;
 }
 
 std::int64_t digestOf(std::span<const Cell> cells) noexcept {
@@ -199,16 +231,10 @@ void BookFile::requireConnected(std::uint32_t layout) {
 
 // The caller lets go of the snapshot before the connection, if this fails.
 void BookFile::adopt(std::unique_ptr<Connection>&& connection, std::unique_ptr<Transaction>&& snapshot) {
-    Cells cells;
-    {
-        Statement::Use header(connection->statement(tables_.header.select));
-        if (!header.next()) damaged("its header is missing");
-        read(header, tables_.header, cells);
-        if (cells[1].type != Cell::Type::Text) damaged("its identifier is missing");
-        if (!identifier_.empty() && identifier_ != cells[1].bytes)
-            throw StoreFailure{StoreErrorCode::Moved, "another book was put in its place"};
-        identifier_ = cells[1].bytes;
-    }
+    std::string identifier = identifierIn(*connection, tables_.header);
+    if (!identifier_.empty() && identifier_ != identifier)
+        throw StoreFailure{StoreErrorCode::Moved, "another book was put in its place"};
+    identifier_ = std::move(identifier);
     if (isWritable()) snapshot.reset();
     connection_ = std::move(connection);
     snapshot_ = std::move(snapshot);
@@ -254,10 +280,7 @@ void BookFile::read(const Statement::Use& row, const SealedTable& table, Cells& 
     const std::int64_t reckoned = row.readCells(cells);
     const Cell digest = row.cell(static_cast<int>(count));
     if (digest.type != Cell::Type::Integer || digest.integer != reckoned)
-        damaged("a row of its table \"" + table.name + "\" (" +
-                (cells[0].type == Cell::Type::Integer ? std::to_string(cells[0].integer)
-                                                      : std::string(cells[0].bytes)) +
-                ") does not agree with its digest");
+        damaged(nameOfRow(table, cells) + " does not agree with its digest");
 }
 
 std::optional<Cells> BookFile::find(const SealedTable& table, const Cell& first, CellRoom& room) {
@@ -277,51 +300,95 @@ const EntityDescription& BookFile::entityOf(std::int64_t number, const EntityTab
         damaged("it names an entity that there is not");
     const EntityDescription& entity = *entities[static_cast<std::size_t>(number) - 1];
     if (entity.isAbstract() || (table && &shapes_.of(entity).root() != table->root))
-        damaged("a row of its table \"" + (table ? table->name : tables_.journal.name) +
-                "\" is of an entity that does not belong there");
+        damaged("it is of an entity that does not belong there");
     return entity;
 }
 
+void BookFile::requireForm(const SealedTable& table, std::span<const Cell> cells) const {
+    if (&table == &tables_.commits) return static_cast<void>(decodeCommit(cells));
+    if (&table == &tables_.journal) return static_cast<void>(decodeEntry(cells));
+    if (&table == &tables_.identifiers || &table == &tables_.metadata)
+        return inRow(table, cells, [&] {
+            static_cast<void>(textOf(cells[1]));
+            if (&table == &tables_.metadata) static_cast<void>(textOf(cells[0]));
+        });
+    for (const EntityTable& each : tables_.entityTables()) {
+        if (&table != &each) continue;
+        Row row;
+        decode(each, cells, row);
+        requireOwnProperties(each, cells, row);
+    }
+}
+
+void BookFile::requireOwnProperties(const EntityTable& table, std::span<const Cell> cells,
+                                    const Row& row) const {
+    const EntityColumns& columns = tables_.columnsOf(*row.entity);
+    std::vector<bool> isOwn(cells.size(), false);
+    for (const auto& place : columns.values)
+        if (place) isOwn[*place] = true;
+    for (const EntityColumns::Link& link : columns.links) {
+        isOwn[link.target] = true;
+        if (!link.place) continue;
+        isOwn[*link.place] = true;
+        if ((cells[link.target].type == Cell::Type::Null) != (cells[*link.place].type == Cell::Type::Null))
+            damaged(nameOfRow(table, cells) + ": it has a place among members of nobody, or none");
+    }
+    for (std::size_t place = EntityTable::FirstProperty; place < cells.size(); ++place)
+        if (!isOwn[place] && cells[place].type != Cell::Type::Null)
+            damaged(nameOfRow(table, cells) + ": it holds \"" + table.columns[place] + "\", which no " +
+                    std::string(row.entity->name()) + " has");
+}
+
 void BookFile::decode(const EntityTable& table, std::span<const Cell> cells, Row& row) const {
+    const auto refuse = [&](const std::string& reason) { damaged(nameOfRow(table, cells) + ": " + reason); };
     const auto whole = [&](std::size_t place) {
         if (cells[place].type == Cell::Type::Integer) return cells[place].integer;
-        if (cells[place].type != Cell::Type::Null) damaged("a link in it is no number");
+        if (cells[place].type != Cell::Type::Null) refuse("a link in it is no number");
         return std::int64_t{0};
     };
     row.key = whole(EntityTable::Key);
     row.version = whole(EntityTable::Version);
-    row.entity = &entityOf(whole(EntityTable::Entity), &table);
-    if (row.key <= NoRow || row.version < 1) damaged("a row in it has no key or no version");
+    row.entity = inRow(table, cells, [&] { return &entityOf(whole(EntityTable::Entity), &table); });
+    if (row.key <= NoRow || row.version < 1) refuse("it has no key or no version");
     if (row.key > GreatestGiven || row.version > GreatestGiven)
-        damaged("a row in it has a key or a version that nobody gave");
+        refuse("it has a key or a version that nobody gave");
     const EntityColumns& columns = tables_.columnsOf(*row.entity);
     const auto attributes = row.entity->attributes();
     row.values.resize(attributes.size());
-    for (std::size_t index = 0; index < attributes.size(); ++index) {
-        const auto place = columns.values[index];
-        row.values[index] = place ? coding_.decode(cells[*place], attributes[index].type) : Value();
+    std::size_t index = 0;
+    try {
+        for (; index < attributes.size(); ++index) {
+            const auto place = columns.values[index];
+            row.values[index] = place ? coding_.decode(cells[*place], attributes[index].type) : Value();
+        }
+    } catch (const StoreFailure& failure) {
+        throw StoreFailure{failure.code, nameOfRow(table, cells) + " at \"" +
+                                             std::string(attributes[index].name.name()) +
+                                             "\": " + failure.reason};
     }
     row.links.clear();
     for (const EntityColumns::Link& link : columns.links)
         row.links.push_back({whole(link.target), link.place ? whole(*link.place) : 0});
     for (const RowLink& link : row.links)
-        if (link.target < NoRow || link.place < 0) damaged("a link in it leads to no row");
+        if (link.target < NoRow || link.place < 0) refuse("a link in it leads to no row");
 }
 
 Commit BookFile::decodeCommit(std::span<const Cell> cells) const {
-    Commit commit;
-    commit.number = cells[0].integer;
-    if (cells[1].type != Cell::Type::Blob || cells[1].bytes.size() != commit.token.bytes.size())
-        damaged("a commit in it has no token");
-    std::memcpy(commit.token.bytes.data(), cells[1].bytes.data(), commit.token.bytes.size());
-    commit.origin = {sqlite::decodeDate(cells[2]), std::string(cells[3].bytes), std::string(cells[4].bytes),
-                     std::string(cells[5].bytes)};
-    commit.firstKey = cells[6].integer;
-    commit.lastKey = cells[7].integer;
-    if (commit.number < 1 || commit.number > GreatestGiven || commit.lastKey < NoRow ||
-        commit.lastKey > GreatestGiven)
-        damaged("a commit in it has a number or gave keys that nobody gives");
-    return commit;
+    return inRow(tables_.commits, cells, [&] {
+        Commit commit;
+        commit.number = wholeNumberOf(cells[0]);
+        if (cells[1].type != Cell::Type::Blob || cells[1].bytes.size() != commit.token.bytes.size())
+            damaged("it has no token");
+        std::memcpy(commit.token.bytes.data(), cells[1].bytes.data(), commit.token.bytes.size());
+        commit.origin = {sqlite::decodeDate(cells[2]), std::string(textOf(cells[3])),
+                         std::string(textOf(cells[4])), std::string(textOf(cells[5]))};
+        commit.firstKey = wholeNumberOf(cells[6]);
+        commit.lastKey = wholeNumberOf(cells[7]);
+        if (commit.number < 1 || commit.number > GreatestGiven || commit.lastKey < NoRow ||
+            commit.lastKey > GreatestGiven)
+            damaged("it has a number or gave keys that nobody gives");
+        return commit;
+    });
 }
 
 std::optional<AttributeType> BookFile::typeOf(const EntityDescription& entity,
@@ -336,30 +403,51 @@ std::optional<AttributeType> BookFile::typeOf(const EntityDescription& entity,
 }
 
 JournalEntry BookFile::decodeEntry(std::span<const Cell> cells) const {
-    if (cells[0].integer < 1 || cells[0].integer > GreatestGiven)
-        damaged("an entry of its journal has a number that nobody gives");
-    JournalEntry entry;
-    entry.commit = cells[1].integer;
-    entry.kind = static_cast<JournalEntry::Kind>(cells[2].integer);
-    if (entry.kind != JournalEntry::Kind::Update && entry.kind != JournalEntry::Kind::Deletion)
-        damaged("its journal tells of something that is no change");
-    entry.entity = &entityOf(cells[3].integer, nullptr);
-    entry.key = cells[4].integer;
-    entry.property = cells[5].bytes;
-    if (entry.property.empty()) return entry;
-    const auto type = typeOf(*entry.entity, entry.property);
-    if (!type) damaged("its journal names a property that there is not");
-    entry.former = coding_.decode(cells[6], *type);
-    entry.current = coding_.decode(cells[7], *type);
-    return entry;
+    return inRow(tables_.journal, cells, [&] {
+        const std::int64_t number = wholeNumberOf(cells[0]);
+        JournalEntry entry;
+        entry.commit = wholeNumberOf(cells[1]);
+        entry.kind = static_cast<JournalEntry::Kind>(wholeNumberOf(cells[2]));
+        entry.key = wholeNumberOf(cells[4]);
+        for (const std::int64_t each : {number, entry.commit, entry.key})
+            if (each < 1 || each > GreatestGiven) damaged("it has a number that nobody gives");
+        if (cells[2].integer != static_cast<std::int64_t>(JournalEntry::Kind::Update) &&
+            cells[2].integer != static_cast<std::int64_t>(JournalEntry::Kind::Deletion))
+            damaged("it tells of something that is no change");
+        entry.entity = &entityOf(wholeNumberOf(cells[3]), nullptr);
+        entry.property = textOf(cells[5]);
+        if (entry.property.empty()) {
+            if (entry.kind != JournalEntry::Kind::Deletion || cells[6].type != Cell::Type::Null ||
+                cells[7].type != Cell::Type::Null)
+                damaged("it names no property");
+            return entry;
+        }
+        const auto type = typeOf(*entry.entity, entry.property);
+        if (!type) damaged("it names a property that there is not");
+        entry.former = coding_.decode(cells[6], *type);
+        entry.current = coding_.decode(cells[7], *type);
+        return entry;
+    });
 }
 
 RowKey BookFile::lastKey() {
-    Statement::Use row(connection().statement(tables_.commits.select + " ORDER BY \"number\" DESC LIMIT 1"));
-    if (!row.next()) return NoRow;
-    Cells cells;
-    read(row, tables_.commits, cells);
-    return decodeCommit(cells).lastKey;
+    RowKey last = NoRow;
+    {
+        Statement::Use row(
+            connection().statement(tables_.commits.select + " ORDER BY \"number\" DESC LIMIT 1"));
+        if (row.next()) {
+            Cells cells;
+            read(row, tables_.commits, cells);
+            last = decodeCommit(cells).lastKey;
+        }
+    }
+    for (const EntityTable& table : tables_.entityTables()) {
+        Statement::Use row(connection().statement("SELECT MAX(\"_key\") FROM " + sqlite::quoted(table.name)));
+        if (row.next() && row.cell(0).type == Cell::Type::Integer && row.integer(0) > last)
+            damaged("the row " + std::to_string(row.integer(0)) + " of its table \"" + table.name +
+                    "\" has a key beyond the last one given, " + std::to_string(last));
+    }
+    return last;
 }
 
 std::int64_t BookFile::lastCommit() {

@@ -33,6 +33,9 @@ void requireSize(const FileSystem& files, const std::string& path);
 /// The file that is meant, absolute and without symbolic links. Throws a StoreFailure when there is none.
 [[nodiscard]] std::string resolved(const FileSystem& files, const std::string& path);
 
+/// The identifier of a book. Throws a StoreFailure unless it has just one header.
+[[nodiscard]] std::string identifierIn(Connection& connection, const SealedTable& header);
+
 class BookFile {
 public:
     /// Both throw a StoreFailure, or the error of a lock that is taken, as the operations of the store tell.
@@ -77,6 +80,8 @@ public:
     /// The row whose first column is this, with the bytes in the room.
     [[nodiscard]] std::optional<Cells> find(const SealedTable& table, const Cell& first, CellRoom& room);
 
+    /// Throws a StoreFailure for cells that no row of the table has, the digest being as it is.
+    void requireForm(const SealedTable& table, std::span<const Cell> cells) const;
     /// Makes of cells what they stand for.
     void decode(const EntityTable& table, std::span<const Cell> cells, Row& row) const;
     /// The entity whose rows name it by this number, in a table or anywhere.
@@ -87,6 +92,7 @@ public:
     [[nodiscard]] std::optional<AttributeType> typeOf(const EntityDescription& entity,
                                                       std::string_view property) const;
 
+    /// Throws a StoreFailure, too, when there is a row beyond it: its key would be given again.
     [[nodiscard]] RowKey lastKey();
     [[nodiscard]] std::int64_t lastCommit();
     /// Whether the save of this token is in the book.
@@ -103,6 +109,7 @@ private:
     void bringUp(std::uint32_t layout, const SQLiteStore::Options& options);
     void adopt(std::unique_ptr<Connection>&& connection, std::unique_ptr<Transaction>&& snapshot);
     void confirm();
+    void requireOwnProperties(const EntityTable& table, std::span<const Cell> cells, const Row& row) const;
     [[nodiscard]] bool isOfToday(Connection& connection) const;
 
     std::string path_;

@@ -30,7 +30,7 @@ public:
 
     /// Writes all that it holds into an empty file.
     void writeInto(Connection& connection) {
-        BookFile::lay(connection, tables_, model_, identifier());
+        BookFile::lay(connection, tables_, model_, identifierIn(connection_, tables_.header));
         Transaction transaction(connection);
         for (const SealedTable* table : tables_.sealedTables()) {
             const bool isLaid = table == &tables_.header || table == &tables_.entities;
@@ -44,14 +44,6 @@ private:
         Statement::Use rows(connection_.statement(question));
         while (rows.next())
             if (rows.text(0) != answer) damaged("it is not sound: " + std::string(rows.text(0)));
-    }
-
-    std::string identifier() {
-        Cells cells;
-        Statement::Use row(connection_.statement(tables_.header.select));
-        if (!row.next()) damaged("its header is missing");
-        BookFile::read(row, tables_.header, cells);
-        return std::string(cells[1].bytes);
     }
 
     struct Sum {

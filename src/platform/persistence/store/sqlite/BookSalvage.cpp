@@ -5,7 +5,6 @@
 #include "platform/persistence/store/sqlite/BookCheck.hpp"
 #include "platform/persistence/store/sqlite/GuardedWork.hpp"
 #include "platform/persistence/store/sqlite/NewFile.hpp"
-#include "platform/system/Clock.hpp"
 
 #include <sqlite3.h>
 
@@ -178,7 +177,7 @@ void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std:
         Cells cells;
         BookFile::read(row, stored, cells);
         if (stored_) stored_->bring(table, Cells(cells), cells);
-        requireForm(table, cells);
+        form_->requireForm(table, cells);
         for (Cell& cell : cells)
             if (!cell.bytes.empty()) cell.bytes = room_.keep(cell.bytes);
         rows_[&table].insert_or_assign(number, std::move(cells));
@@ -188,17 +187,20 @@ void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std:
     }
 }
 
-void BookSalvage::requireForm(const SealedTable& table, const Cells& cells) const {
-    if (&table == &tables_.commits) static_cast<void>(form_->decodeCommit(cells));
-    if (&table == &tables_.journal) static_cast<void>(form_->decodeEntry(cells));
-    for (const EntityTable& each : tables_.entityTables()) {
-        if (&table != &each) continue;
-        Row row;
-        form_->decode(each, cells, row);
-    }
-}
-
 // Making it agree
+
+// A key names one row in a book, whatever its table.
+void BookSalvage::dropDoubles() {
+    std::unordered_map<std::int64_t, const SealedTable*> owners;
+    for (const EntityTable& table : tables_.entityTables())
+        std::erase_if(rows_[&table], [&](const auto& each) {
+            const auto [owner, isFirst] = owners.emplace(each.first, &table);
+            if (!isFirst)
+                lose("The row " + std::to_string(each.first) + " of " + table.name +
+                     ": its key is that of a row of " + owner->second->name + ", which is kept");
+            return !isFirst;
+        });
+}
 
 void BookSalvage::cutLinks() {
     std::unordered_map<std::string, const SealedTable*> byName;
@@ -251,34 +253,24 @@ void BookSalvage::dropOrphans() {
     });
 }
 
-// No key is ever given twice, also when nobody remembers who had it.
-void BookSalvage::addCommit() {
+void BookSalvage::mendHistory() {
     RowKey lastKey = NoRow;
-    std::int64_t number = 0;
-    for (const auto& [each, cells] : rows_[&tables_.commits]) {
-        number = std::max(number, each);
-        lastKey = std::max(lastKey, form_->decodeCommit(cells).lastKey);
-    }
     for (const EntityTable& table : tables_.entityTables())
         if (const Rows& rows = rows_[&table]; !rows.empty())
             lastKey = std::max(lastKey, rows.rbegin()->first);
-    const CommitToken token = CommitToken::random();
-    const CommitOrigin& origin = options_.holder;
-    rows_[&tables_.commits].emplace(
-        number + 1,
-        Cells{Cell::of(number + 1),
-              Cell::blob(room_.keep({reinterpret_cast<const char*>(token.bytes.data()), token.bytes.size()})),
-              encodeDate(Clock::now(), room_), Cell::text(origin.author), Cell::text(origin.program),
-              Cell::text(origin.command), Cell::of(lastKey + 1), Cell::of(lastKey)});
+    SalvagedHistory(*form_, options_.holder, room_, rows_[&tables_.commits], rows_[&tables_.journal],
+                    [this](std::string what) { lose(std::move(what)); })
+        .mend(lastKey);
 }
 
 // Writing
 
 void BookSalvage::write(const std::string& path) {
+    dropDoubles();
     cutLinks();
     countPlaces();
     dropOrphans();
-    addCommit();
+    mendHistory();
     BookFile::lay(files_, path, tables_, *model_);
     Connection connection(files_, path, Connection::Access::Write, options_.patience);
     Transaction transaction(connection);

@@ -6,8 +6,8 @@
 #include "platform/persistence/store/sqlite/BookCopies.hpp"
 #include "platform/persistence/store/sqlite/BookFile.hpp"
 #include "platform/persistence/store/sqlite/EarlierForm.hpp"
+#include "platform/persistence/store/sqlite/SalvagedHistory.hpp"
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -28,8 +28,7 @@ public:
     [[nodiscard]] Salvage result(std::string path) &&;
 
 private:
-    /// By their numbers.
-    using Rows = std::map<std::int64_t, Cells>;
+    using Rows = SalvagedHistory::Rows;
     static constexpr std::size_t MostLines = 1000;
 
     void lose(std::string what);
@@ -47,12 +46,11 @@ private:
                                                                 const SealedTable& table, std::int64_t first);
     void take(const SealedTable& table, const SealedTable& stored, std::int64_t number,
               const Statement::Use& row);
-    /// Throws a StoreFailure for cells that no row of the table has.
-    void requireForm(const SealedTable& table, const Cells& cells) const;
+    void dropDoubles();
     void cutLinks();
     void countPlaces();
     void dropOrphans();
-    void addCommit();
+    void mendHistory();
 
     const FileSystem& files_;
     Ref<ManagedObjectModel> model_;

@@ -4,6 +4,7 @@
 #include "platform/archive/KeyedArchiver.hpp"
 #include "platform/archive/KeyedUnarchiver.hpp"
 #include "platform/persistence/store/sqlite/StoreFailure.hpp"
+#include "platform/text/Text.hpp"
 
 #include <bit>
 #include <charconv>
@@ -150,6 +151,17 @@ Value decodeNumber(const Cell& cell) {
 
 } // namespace
 
+std::string_view textOf(const Cell& cell) {
+    if (cell.type != Cell::Type::Text) damaged("it holds something else where a text stands");
+    if (!isWellFormedUtf8(cell.bytes)) damaged("it holds a text that is not UTF-8");
+    return cell.bytes;
+}
+
+std::int64_t wholeNumberOf(const Cell& cell) {
+    if (cell.type != Cell::Type::Integer) damaged("it holds something else where a whole number stands");
+    return cell.integer;
+}
+
 Cell encodeDate(Date date, CellRoom& room) {
     return encodeDouble(date.secondsSinceReferenceDate, room);
 }
@@ -192,8 +204,7 @@ Value CellCoding::decode(const Cell& cell, AttributeType type) const {
     if (cell.type == Cell::Type::Null) return {};
     switch (type) {
     case AttributeType::String:
-        if (cell.type != Cell::Type::Text) foreignCell();
-        return String::make(cell.bytes);
+        return String::make(textOf(cell));
     case AttributeType::Date:
         return decodeDate(cell);
     case AttributeType::Decimal:

@@ -42,6 +42,10 @@ private:
     std::span<const ArchivedClass> classes_;
 };
 
+/// The bytes of a cell that holds nothing but text, in UTF-8. Throws a StoreFailure for another one.
+[[nodiscard]] std::string_view textOf(const Cell& cell);
+/// Throws a StoreFailure for a cell that holds no whole number.
+[[nodiscard]] std::int64_t wholeNumberOf(const Cell& cell);
 [[nodiscard]] Cell encodeDate(Date date, CellRoom& room);
 [[nodiscard]] Date decodeDate(const Cell& cell);
 

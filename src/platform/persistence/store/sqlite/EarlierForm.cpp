@@ -102,7 +102,7 @@ void EarlierForm::learnEntities(Connection& connection, const ManagedObjectModel
     while (rows.next()) {
         BookFile::read(rows, tables_.entities, cells);
         if (cells[0].integer != std::ssize(entities_) + 1) damaged("its entities are not those of a book");
-        const EntityDescription* entity = model.entityNamed(cells[1].bytes);
+        const EntityDescription* entity = model.entityNamed(textOf(cells[1]));
         if (!entity) newer("\"" + std::string(cells[1].bytes) + "\"");
         if (std::ranges::find(entities_, entity) != entities_.end())
             damaged("its entities are not those of a book");

@@ -293,6 +293,7 @@ SQLiteStore::identifiers(std::span<const RowKey> keys) const {
         CellRoom room;
         for (const RowKey key : keys) {
             const auto cells = file_->find(file_->tables().identifiers, Cell::of(key), room);
+            if (cells) file_->requireForm(file_->tables().identifiers, *cells);
             identifiers.push_back(cells ? std::optional(std::string(cells->at(1).bytes)) : std::nullopt);
         }
         return identifiers;
@@ -307,6 +308,7 @@ StoreResult<Store::Metadata> SQLiteStore::metadata() const {
         Cells cells;
         while (rows.next()) {
             BookFile::read(rows, table, cells);
+            file_->requireForm(table, cells);
             metadata.emplace(cells[0].bytes, cells[1].bytes);
         }
         return metadata;
