@@ -31,8 +31,10 @@ using platform::Value;
 
 namespace {
 
+constexpr std::string_view Mark = "impliedSetting.";
+
 std::string markOf(std::string_view name) {
-    return "impliedSetting." + std::string(name);
+    return std::string(Mark) + std::string(name);
 }
 
 /// The value as the store remembers it; empty for one that is never implied.
@@ -110,6 +112,11 @@ std::optional<StoreError> takeDocument(const BookDocument& document, ManagedObje
                                                                 valueOf(setting.value), context);
     BookObjects::keptOfDocument(document, context);
     return std::nullopt;
+}
+
+std::optional<std::string_view> impliedSettingOf(std::string_view entry) {
+    if (!entry.starts_with(Mark)) return std::nullopt;
+    return entry.substr(Mark.size());
 }
 
 StoreResult<ImpliedSettings> ImpliedSettings::of(const Store& store) {

@@ -31,6 +31,9 @@ namespace estatebook {
                                                                platform::Store& store,
                                                                const platform::CommitOrigin& origin);
 
+/// Which setting an entry is about that a store keeps; none for an entry of another kind.
+[[nodiscard]] std::optional<std::string_view> impliedSettingOf(std::string_view entry);
+
 /// The settings of a store that no document gave.
 class ImpliedSettings {
 public:

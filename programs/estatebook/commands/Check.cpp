@@ -2,6 +2,7 @@
 #include "estatebook/commands/Commands.hpp"
 
 #include "estatebook/book/BookFindings.hpp"
+#include "estatebook/book/ImpliedSettings.hpp"
 #include "estatebook/book/NewBook.hpp"
 #include "estatebook/document/JsonText.hpp"
 
@@ -34,6 +35,13 @@ void salvage(const std::string& path, const std::string& to, std::ostream& out) 
     const auto salvage = platform::salvageBook(path, to, bookModel(), bookOptions("salvage"));
     if (!salvage) throw storeFailure(salvage.error().path == path ? file : saved, salvage.error());
     for (const std::string& lost : salvage->lost) print(file, lost, out);
+    for (const std::string& entry : salvage->lostEntries)
+        if (const auto setting = impliedSettingOf(entry))
+            print(
+                file,
+                fmt::format("whether a document gave the setting \"{}\" is lost; exports give it from now on",
+                            forMessage(*setting)),
+                out);
     print(saved,
           fmt::format("holds what could be read, {} {}", salvage->rows, salvage->rows == 1 ? "row" : "rows"),
           out);

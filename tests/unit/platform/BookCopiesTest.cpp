@@ -303,6 +303,50 @@ TEST_F(SalvageTest, MembersCloseRanksBehindALostOne) {
     EXPECT_THAT(*openBook(saved->path)->check(), IsEmpty());
 }
 
+TEST_F(SalvageTest, EntriesThatAreKeptWithTheBookComeAlongOrAreNamed) {
+    constexpr int Entries = 200;
+    const auto nameOf = [](int entry) { return "impliedSetting.Number" + std::to_string(entry); };
+    {
+        const auto book = makeBook();
+        fill(*book, 5);
+        auto changes = newChanges();
+        for (int entry = 0; entry < Entries; ++entry)
+            changes.metadata.push_back(
+                {nameOf(entry), "worth " + std::to_string(entry) + std::string(60, '.')});
+        ASSERT_TRUE(book->save(changes));
+    }
+    const std::size_t page = bytesOf(path).find("worth 100.") / 4096 * 4096;
+    overwrite(path, page, std::string(4096, '\0'));
+    const auto saved = salvage();
+    ASSERT_TRUE(saved) << saved.error().message;
+    EXPECT_EQ(saved->rows, 20u);
+    const auto kept = *openBook(saved->path)->metadata();
+    EXPECT_GT(kept.size(), 100u);
+    EXPECT_LT(kept.size(), std::size_t{Entries});
+    std::vector<std::string> lost;
+    for (int entry = 0; entry < Entries; ++entry)
+        if (!kept.contains(nameOf(entry))) lost.push_back(nameOf(entry));
+    EXPECT_THAT(saved->lostEntries, testing::UnorderedElementsAreArray(lost));
+    for (const std::string& name : lost)
+        EXPECT_THAT(saved->lost,
+                    testing::Contains("The entry \"" + name + "\", which was kept with the book, is lost"));
+    EXPECT_THAT(*openBook(saved->path)->check(), IsEmpty());
+}
+
+TEST_F(SalvageTest, AnEntryThatDoesNotAgreeIsNamed) {
+    {
+        auto changes = newChanges();
+        changes.metadata = {{"window", "wide"}, {"zone", "Paris"}};
+        ASSERT_TRUE(makeBook()->save(changes));
+    }
+    // The name itself, where the table has it and not the index.
+    overwrite(path, bytesOf(path).find("windowwide"), "widnow");
+    const auto saved = salvage();
+    ASSERT_TRUE(saved) << saved.error().message;
+    EXPECT_THAT(saved->lostEntries, ElementsAre("window"));
+    EXPECT_THAT(*openBook(saved->path)->metadata(), ElementsAre(testing::Pair("zone", "Paris")));
+}
+
 TEST_F(SalvageTest, WhereNothingCanBeReadNothingIsMade) {
     fill(*makeBook(), 50);
     const std::size_t size = bytesOf(path).size();

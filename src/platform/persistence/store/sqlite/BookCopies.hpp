@@ -33,6 +33,8 @@ struct Salvage {
     std::size_t rows = 0;
     /// A line for each thing that did not, or that had to be changed; for many, the last one tells how many more there are.
     std::vector<std::string> lost;
+    /// The names of the entries among it that programs kept with the book (MetadataChange), as far as they can be told.
+    std::vector<std::string> lostEntries{};
 };
 
 /// A new book of all that can be read of a damaged one, which is left as it is. Links to what is lost lead nowhere in it, and

@@ -5,11 +5,14 @@
 #include "platform/persistence/store/sqlite/BookCheck.hpp"
 #include "platform/persistence/store/sqlite/GuardedWork.hpp"
 #include "platform/persistence/store/sqlite/NewFile.hpp"
+#include "platform/text/Text.hpp"
 
 #include <sqlite3.h>
 
 #include <algorithm>
 #include <limits>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 
 namespace estatebook::platform {
@@ -67,6 +70,7 @@ void BookSalvage::read(const std::string& path) {
             readTable(connection, *table);
             compareCount(connection, *table);
         }
+    nameLostEntries(connection);
     if (std::ranges::all_of(rows_, [](const auto& each) { return each.second.empty(); }) && !lost_.empty())
         damaged("nothing in it can be read");
 }
@@ -187,6 +191,25 @@ void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std:
     }
 }
 
+// The index holds every name a second time, on pages of its own.
+void BookSalvage::nameLostEntries(Connection& connection) {
+    std::unordered_set<std::string_view> kept;
+    for (const auto& [number, cells] : rows_[&tables_.metadata]) kept.insert(cells.front().bytes);
+    try {
+        Statement::Use names(connection.statement(
+            R"(SELECT "name" FROM "book_metadata" INDEXED BY "book_metadata.name" ORDER BY "name")"));
+        while (names.next()) {
+            const Cell name = names.cell(0);
+            if (name.type != Cell::Type::Text || !isWellFormedUtf8(name.bytes) || kept.contains(name.bytes))
+                continue;
+            lose("The entry \"" + std::string(name.bytes) + "\", which was kept with the book, is lost");
+            lostEntries_.emplace_back(name.bytes);
+        }
+    } catch (const StoreFailure& failure) {
+        requireDamage(failure); // that some are lost was told
+    }
+}
+
 // Making it agree
 
 // A key names one row in a book, whatever its table.
@@ -200,6 +223,16 @@ void BookSalvage::dropDoubles() {
                      ": its key is that of a row of " + owner->second->name + ", which is kept");
             return !isFirst;
         });
+    // What must differ beside the rows: tokens, and the names of entries.
+    for (const auto& [table, place] : {std::pair(&tables_.commits, 1), {&tables_.metadata, 0}}) {
+        std::unordered_set<std::string_view> found;
+        std::erase_if(rows_[table], [&](const auto& each) {
+            const bool isFirst = found.insert(each.second[static_cast<std::size_t>(place)].bytes).second;
+            if (!isFirst)
+                lose("The table " + table->name + ": " + rowName(*table, each.first) + " is there twice");
+            return !isFirst;
+        });
+    }
 }
 
 void BookSalvage::cutLinks() {
@@ -291,7 +324,8 @@ void BookSalvage::write(const std::string& path) {
 }
 
 Salvage BookSalvage::result(std::string path) && {
-    Salvage salvage{.path = std::move(path), .lost = std::move(lost_)};
+    Salvage salvage{
+        .path = std::move(path), .lost = std::move(lost_), .lostEntries = std::move(lostEntries_)};
     for (const EntityTable& table : tables_.entityTables()) salvage.rows += rows_[&table].size();
     if (unlisted_ > 0) salvage.lost.push_back("and " + std::to_string(unlisted_) + " more");
     return salvage;

@@ -46,6 +46,8 @@ private:
                                                                 const SealedTable& table, std::int64_t first);
     void take(const SealedTable& table, const SealedTable& stored, std::int64_t number,
               const Statement::Use& row);
+    /// Names the entries of the metadata that are lost, as far as the index over their names tells.
+    void nameLostEntries(Connection& connection);
     void dropDoubles();
     void cutLinks();
     void countPlaces();
@@ -63,6 +65,7 @@ private:
     CellRoom room_;
     std::unordered_map<const SealedTable*, Rows> rows_;
     std::vector<std::string> lost_;
+    std::vector<std::string> lostEntries_;
     std::size_t unlisted_ = 0;
 };
 
