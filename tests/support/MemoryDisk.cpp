@@ -293,6 +293,7 @@ DiskContent MemoryDisk::content() const {
 
 void MemoryDisk::load(DiskContent content) {
     files_.clear();
+    folders_.clear();
     fileCount_ = 0;
     for (const auto& [name, bytes] : content) folders_.insert(folderOf(name));
     for (auto& [name, bytes] : content)
@@ -328,6 +329,7 @@ std::uintmax_t MemoryDisk::sizeOf(const std::string& path) const {
 void MemoryDisk::remove(const std::string& path) const {
     if (faultOf(Call::Remove) != Fault::None) return;
     if (files_.erase(path) != 0) tell({.kind = Kind::Remove, .name = path});
+    if (namesIn(path).empty()) folders_.erase(path);
 }
 
 std::error_code MemoryDisk::rename(const std::string& from, const std::string& to) const {

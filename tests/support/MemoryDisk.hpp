@@ -92,7 +92,9 @@ public:
     [[nodiscard]] const char* name() const noexcept override { return name_.c_str(); }
     [[nodiscard]] std::string resolved(const std::string& path, std::error_code& error) const override;
     [[nodiscard]] bool isFile(const std::string& path) const override { return files_.contains(path); }
-    [[nodiscard]] bool isTaken(const std::string& path) const override { return files_.contains(path); }
+    [[nodiscard]] bool isTaken(const std::string& path) const override {
+        return files_.contains(path) || folders_.contains(path);
+    }
     [[nodiscard]] bool isWritable(const std::string&) const override { return true; }
     [[nodiscard]] std::uintmax_t sizeOf(const std::string& path) const override;
     void remove(const std::string& path) const override;

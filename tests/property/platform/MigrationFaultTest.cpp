@@ -195,6 +195,10 @@ TEST_F(MigrationFaultTest, ACallThatFailsIsToldAndTheBookIsThere) {
             disk.fault = nullptr;
             if (opened) {
                 ASSERT_EQ(test::contentAs(*model, **opened), content);
+            } else if (!isSticky && !disk.content().contains(Path + ".new")) {
+                // Whoever cannot be told of a failure may fail to tidy up; else there is the copy, or nothing.
+                const bool isKept = !disk.namesIn("/book.copies").empty();
+                ASSERT_EQ(disk.isTaken("/book.copies"), isKept) << opened.error().message;
             }
         }
         ASSERT_EQ(contentNow(), content);
@@ -242,6 +246,7 @@ TEST_F(MigrationFaultTest, DamageIsToldOrWhatTheBookHeldIsThere) {
         ASSERT_EQ(disk.content().at(Path), book) << "it is left as it is: " << opened.error().message;
         for (const auto& [name, bytes] : disk.content())
             ASSERT_FALSE(name.starts_with("/book.copies/") || name.ends_with(".new")) << name;
+        ASSERT_FALSE(disk.isTaken("/book.copies"));
     }
     EXPECT_GT(told, 0u);
     std::printf("%llu damaged books on their way up to date, %llu refused (seed %llu)\n",
@@ -267,6 +272,7 @@ TEST_F(MigrationFaultTest, WithoutRoomTheBookStaysAndNothingFillsTheDisk) {
             if (opened) break;
             ASSERT_EQ(opened.error().code, StoreErrorCode::Full) << opened.error().message;
             ASSERT_EQ(disk.content(), earlier);
+            ASSERT_FALSE(disk.isTaken("/book.copies"));
         }
         disk.capacity = SIZE_MAX;
         expectUpToDate(content);

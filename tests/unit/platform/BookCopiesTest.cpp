@@ -153,6 +153,21 @@ TEST_F(BookCopiesTest, ADamagedBookIsNotCopiedAndNoGoodCopyGoesForIt) {
     EXPECT_EQ(namesIn(copies.folder()), kept);
 }
 
+TEST_F(BookCopiesTest, WhereNoCopyIsMadeNoFolderIsLeft) {
+    fill(*makeBook(), 50);
+    const std::string bytes = bytesOf(path);
+    overwrite(path, bytes.rfind("Elm 41"), "Oak");
+    BookCopies copies(path, bookModel(), options);
+    EXPECT_FALSE(copies.makeForToday());
+    EXPECT_FALSE(copies.makeBefore(BookCopies::Occasion::Import));
+    EXPECT_FALSE(std::filesystem::exists(copies.folder()));
+    // It may lead to another disk.
+    std::filesystem::create_directory(folder.file("elsewhere"));
+    std::filesystem::create_directory_symlink(folder.file("elsewhere"), copies.folder());
+    EXPECT_FALSE(copies.makeForToday());
+    EXPECT_TRUE(std::filesystem::is_symlink(copies.folder())) << "what others made stays";
+}
+
 TEST_F(BookCopiesTest, ADayHasOneCopyInItsFolder) {
     const auto book = makeBook();
     fill(*book, 1);

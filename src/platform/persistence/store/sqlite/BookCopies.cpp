@@ -7,6 +7,7 @@
 #include "platform/persistence/store/sqlite/BookFile.hpp"
 #include "platform/persistence/store/sqlite/GuardedWork.hpp"
 #include "platform/persistence/store/sqlite/NewFile.hpp"
+#include "platform/persistence/store/sqlite/NewFolder.hpp"
 #include "platform/system/Clock.hpp"
 
 #include <algorithm>
@@ -32,8 +33,6 @@ std::string wordsFor(BookCopies::Occasion occasion) {
     switch (occasion) {
     case BookCopies::Occasion::Import:
         return "before import";
-    case BookCopies::Occasion::Repair:
-        return "before repair";
     case BookCopies::Occasion::Migration:
         return "before migration";
     case BookCopies::Occasion::Day:
@@ -135,7 +134,8 @@ std::vector<CivilDay> BookCopies::days() const {
 }
 
 StoreResult<std::string> BookCopies::copyTo(const std::string& name) {
-    if (const std::error_code error = filesOf(options_).makeFolder(folder_))
+    const NewFolder folder(filesOf(options_), folder_);
+    if (const std::error_code error = folder.make())
         return errorOf(unreadable("the folder for copies, " + folder_ + ", cannot be made", error), book_);
     return copyBook(book_, (std::filesystem::path(folder_) / name).string(), model_, options_);
 }

@@ -46,7 +46,7 @@ struct Salvage {
 class ESTATEBOOK_API BookCopies {
 public:
     /// What a copy is made for, which also tells how long it is kept.
-    enum class Occasion : std::uint8_t { Day, Import, Repair, Migration };
+    enum class Occasion : std::uint8_t { Day, Import, Migration };
 
     static constexpr std::size_t KeptDays = 10;
     static constexpr std::size_t KeptWeeks = 8;

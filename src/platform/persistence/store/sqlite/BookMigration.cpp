@@ -6,6 +6,7 @@
 #include "platform/persistence/store/sqlite/BookCopies.hpp"
 #include "platform/persistence/store/sqlite/EarlierForm.hpp"
 #include "platform/persistence/store/sqlite/NewFile.hpp"
+#include "platform/persistence/store/sqlite/NewFolder.hpp"
 
 #include <sqlite3.h>
 
@@ -141,6 +142,7 @@ std::unique_ptr<Connection> readEarlier(const FileSystem& files, const std::stri
 std::string migrate(const FileSystem& files, const std::string& path, const BookTables& tables,
                     const RowShapes& shapes, const Ref<ManagedObjectModel>& model,
                     const SQLiteStore::Options& options) {
+    const NewFolder folder(files, BookCopies(path, model, options).folder());
     Copy copy(files, copyOf(path, model, options));
     NewFile made(files, path, NewFile::Makers::Replacer);
     made.removeDraft();

@@ -35,7 +35,7 @@ public:
     [[nodiscard]] virtual bool isWritable(const std::string& path) const = 0;
     /// In bytes; 0 when there is no such file.
     [[nodiscard]] virtual std::uintmax_t sizeOf(const std::string& path) const = 0;
-    /// What is not there, or cannot be removed, is left at that.
+    /// What is not there, or cannot be removed, is left at that; so is a folder with something in it.
     virtual void remove(const std::string& path) const = 0;
     /// Makes an empty file that those may read who may read the other one. Where files have no rights nothing need be made.
     [[nodiscard]] virtual std::error_code makeLike(const std::string& path,
