@@ -2,6 +2,7 @@
 #include "estatebook/CommandLine.hpp"
 
 #include "estatebook/Failure.hpp"
+#include "estatebook/HeldOutput.hpp"
 #include "estatebook/Reckoned.hpp"
 #include "estatebook/book/StoredBook.hpp"
 #include "estatebook/commands/Commands.hpp"
@@ -16,7 +17,6 @@
 #include <initializer_list>
 #include <iostream>
 #include <new>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -190,8 +190,8 @@ private:
     /// the book meanwhile.
     static void runHeld(const std::function<void()>& action) {
         std::streambuf* const out = std::cout.rdbuf();
-        std::stringbuf text;
-        std::cout.rdbuf(&text);
+        HeldOutput held;
+        std::cout.rdbuf(&held);
         try {
             action();
         } catch (...) {
@@ -199,7 +199,7 @@ private:
             throw;
         }
         std::cout.rdbuf(out);
-        std::cout << text.view();
+        held.release(std::cout);
     }
 
     CLI::App* add(const char* name, const char* description, std::function<void()> action) {

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cassert>
 #include <ostream>
+#include <span>
+#include <utility>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -47,14 +49,6 @@ std::string_view withoutBlanksBefore(std::string_view text) noexcept {
     return text;
 }
 
-void appendPadded(std::string& line, std::string_view text, std::size_t width, bool right) {
-    const std::size_t own = columnWidth(text);
-    const std::size_t blanks = width > own ? width - own : 0;
-    if (right) line.append(blanks, ' ');
-    line += text;
-    if (!right) line.append(blanks, ' ');
-}
-
 std::size_t placesBeforePoint(std::string_view number) noexcept {
     return std::min(number.find('.'), number.size());
 }
@@ -92,24 +86,31 @@ std::size_t TextTable::widthOfOutput() noexcept {
     return std::clamp<std::size_t>(size.ws_col, NarrowestTerminal, WidestTerminal);
 }
 
+TextTable::Widths TextTable::widthsOf(std::string_view text, Align align) {
+    if (align != Align::Decimal || !isNumber(text)) return {.whole = columnWidth(text)};
+    const std::size_t before = placesBeforePoint(text);
+    return {.whole = text.size(), .before = before, .after = text.size() - before};
+}
+
+void TextTable::addRow(std::vector<std::string> cells) {
+    assert(cells.size() == columns_.size());
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        const Widths widths = widthsOf(cells[i], columns_[i].align);
+        cells_.push_back({std::move(cells[i]), widths});
+    }
+}
+
 std::vector<TextTable::Widths> TextTable::measure(std::size_t width) const {
     std::vector<Widths> widths(columns_.size());
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-        Widths& own = widths[i];
-        own.whole = columnWidth(columns_[i].title);
-        for (const auto& row : rows_) {
-            if (row.empty()) continue;
-            const std::string& cell = row[i];
-            if (columns_[i].align == Align::Decimal && isNumber(cell)) {
-                const std::size_t before = placesBeforePoint(cell);
-                own.before = std::max(own.before, before);
-                own.after = std::max(own.after, cell.size() - before);
-            } else {
-                own.whole = std::max(own.whole, columnWidth(cell));
-            }
-        }
-        own.whole = std::max(own.whole, own.before + own.after);
+    for (std::size_t i = 0; i < columns_.size(); ++i) widths[i].whole = columnWidth(columns_[i].title);
+    for (std::size_t place = 0; place < cells_.size(); ++place) {
+        const Widths& cell = cells_[place].widths;
+        Widths& own = widths[place % columns_.size()];
+        own.whole = std::max(own.whole, cell.whole);
+        own.before = std::max(own.before, cell.before);
+        own.after = std::max(own.after, cell.after);
     }
+    for (Widths& own : widths) own.whole = std::max(own.whole, own.before + own.after);
 
     std::size_t others = 0;
     std::size_t flexible = columns_.size();
@@ -128,53 +129,93 @@ std::vector<TextTable::Widths> TextTable::measure(std::size_t width) const {
     return widths;
 }
 
-void TextTable::print(std::ostream& out, std::size_t width) const {
-    const std::vector<Widths> widths = measure(width);
-    std::size_t whole = 0;
-    for (std::size_t i = 0; i < columns_.size(); ++i)
-        whole += widths[i].whole + (i > 0 ? columns_[i].gap : 0);
-    const std::string rule(whole, '-');
+/// Puts lines together, many at a time: there may be millions.
+class TextTable::Printer {
+public:
+    Printer(const std::vector<Column>& columns, const std::vector<Widths>& widths, std::ostream& out)
+        : columns_(columns), widths_(widths), out_(out) {
+        std::size_t whole = 0;
+        for (std::size_t i = 0; i < columns.size(); ++i)
+            whole += widths[i].whole + (i > 0 ? columns[i].gap : 0);
+        rule_ = std::string(whole, '-') + '\n';
+    }
+    ~Printer() { flush(); }
+    Printer(const Printer&) = delete;
+    Printer& operator=(const Printer&) = delete;
 
-    const auto printLine = [&](const std::vector<std::string_view>& cells, bool isTitle) {
-        std::string line;
-        for (std::size_t i = 0; i < columns_.size(); ++i) {
-            if (i > 0) line.append(columns_[i].gap, ' ');
-            const Align align = columns_[i].align;
-            std::string cell(cells[i]);
-            if (align == Align::Decimal && !isTitle && isNumber(cell))
-                cell.append(widths[i].after - (cell.size() - placesBeforePoint(cell)), ' ');
-            appendPadded(line, cell, widths[i].whole, align == Align::Right || align == Align::Decimal);
-        }
-        line.erase(line.find_last_not_of(' ') + 1);
-        out << line << '\n';
-    };
+    void rule() { text_ += rule_; }
 
-    std::vector<std::string_view> cells;
-    cells.reserve(columns_.size());
-    for (const Column& column : columns_) cells.emplace_back(column.title);
-    printLine(cells, true);
-    out << rule << '\n';
-    for (const auto& row : rows_) {
-        if (row.empty()) {
-            out << rule << '\n';
-            continue;
-        }
-        cells.assign(row.begin(), row.end());
+    /// A row takes further lines when its flexible text is too wide for one.
+    void row(std::span<const Cell> cells) {
         std::vector<std::string> broken;
-        std::size_t flexible = columns_.size();
         for (std::size_t i = 0; i < columns_.size(); ++i)
-            if (columns_[i].align == Align::Flexible && columnWidth(row[i]) > widths[i].whole) {
-                broken = wrapText(row[i], widths[i].whole, columns_[i].lines);
-                flexible = i;
-                cells[i] = broken.front();
-            }
-        printLine(cells, false);
+            if (columns_[i].align == Align::Flexible && cells[i].widths.whole > widths_[i].whole)
+                broken = wrapText(cells[i].text, widths_[i].whole, columns_[i].lines);
+        for (std::size_t i = 0; i < columns_.size(); ++i) {
+            if (columns_[i].align == Align::Flexible && !broken.empty())
+                add(i, broken.front(), {.whole = columnWidth(broken.front())});
+            else
+                add(i, cells[i].text, cells[i].widths);
+        }
+        endLine();
         for (std::size_t next = 1; next < broken.size(); ++next) {
-            cells.assign(columns_.size(), {});
-            cells[flexible] = broken[next];
-            printLine(cells, false);
+            for (std::size_t i = 0; i < columns_.size(); ++i) {
+                const std::string_view text =
+                    columns_[i].align == Align::Flexible ? broken[next] : std::string_view();
+                add(i, text, {.whole = columnWidth(text)});
+            }
+            endLine();
         }
     }
+    void titles() {
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            add(i, columns_[i].title, {.whole = columnWidth(columns_[i].title)});
+        endLine();
+    }
+
+private:
+    static constexpr std::size_t Enough = std::size_t{1} << 16;
+
+    void add(std::size_t column, std::string_view text, const Widths& widths) {
+        if (column > 0) text_.append(columns_[column].gap, ' ');
+        const bool isNumber = widths.before + widths.after > 0;
+        const std::size_t behind = isNumber ? widths_[column].after - widths.after : 0;
+        const std::size_t own = widths.whole + behind;
+        const std::size_t blanks = widths_[column].whole > own ? widths_[column].whole - own : 0;
+        const Align align = columns_[column].align;
+        const bool isRight = align == Align::Right || align == Align::Decimal;
+        if (isRight) text_.append(blanks, ' ');
+        text_ += text;
+        text_.append(isRight ? behind : blanks, ' ');
+    }
+    void endLine() {
+        while (!text_.empty() && text_.back() == ' ') text_.pop_back();
+        text_ += '\n';
+        if (text_.size() >= Enough) flush();
+    }
+    void flush() {
+        out_.write(text_.data(), static_cast<std::streamsize>(text_.size()));
+        text_.clear();
+    }
+
+    const std::vector<Column>& columns_;
+    const std::vector<Widths>& widths_;
+    std::ostream& out_;
+    std::string rule_;
+    std::string text_;
+};
+
+void TextTable::print(std::ostream& out, std::size_t width) const {
+    const std::vector<Widths> widths = measure(width);
+    Printer printer(columns_, widths, out);
+    printer.titles();
+    printer.rule();
+    auto rule = rules_.begin();
+    for (std::size_t row = 0; row < rowCount(); ++row) {
+        for (; rule != rules_.end() && *rule == row; ++rule) printer.rule();
+        printer.row(std::span(cells_).subspan(row * columns_.size(), columns_.size()));
+    }
+    for (; rule != rules_.end(); ++rule) printer.rule();
 }
 
 } // namespace estatebook

@@ -37,9 +37,9 @@ public:
     explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
     /// REQUIRES: a cell for each column.
-    void addRow(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+    void addRow(std::vector<std::string> cells);
     /// A line across the table.
-    void addRule() { rows_.emplace_back(); }
+    void addRule() { rules_.push_back(rowCount()); }
 
     /// Titles, a rule and the rows. Without any row just titles and rule.
     void print(std::ostream& out, std::size_t width) const;
@@ -50,15 +50,26 @@ public:
 private:
     struct Widths {
         std::size_t whole = 0;
-        /// The places before the point, and from the point on.
+        /// Of numbers: the places before the point, and from the point on.
         std::size_t before = 0;
         std::size_t after = 0;
     };
+    /// A text and how wide it is. Numbers are told apart in the columns that align them.
+    struct Cell {
+        std::string text;
+        Widths widths;
+    };
+    class Printer;
 
+    [[nodiscard]] static Widths widthsOf(std::string_view text, Align align);
+    [[nodiscard]] std::size_t rowCount() const noexcept { return cells_.size() / columns_.size(); }
     [[nodiscard]] std::vector<Widths> measure(std::size_t width) const;
 
     std::vector<Column> columns_;
-    std::vector<std::vector<std::string>> rows_;
+    /// Row after row.
+    std::vector<Cell> cells_;
+    /// The rows before which they stand.
+    std::vector<std::size_t> rules_;
 };
 
 /// Breaks a text between words into lines of at most so many columns; a word that is too long is broken, too.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/document/JsonText.hpp"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdio>
@@ -81,6 +82,8 @@ void appendJsonText(std::string& out, std::string_view text) {
 }
 
 std::string forMessage(std::string_view text, std::size_t limit) {
+    const bool isPlain = std::ranges::all_of(text, [](char each) { return each >= ' ' && each <= '~'; });
+    if (isPlain && text.size() <= limit) return std::string(text);
     std::string out;
     while (!text.empty()) {
         const auto [code, length] = firstCharacter(text);
