@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/observation/ClassDescription.hpp"
 
+#include "platform/observation/ObservableObject.hpp"
 #include "platform/values/Exception.hpp"
 
 #include <algorithm>
@@ -12,6 +13,15 @@
 namespace estatebook::platform {
 
 constinit std::uint64_t ClassDescription::additionsMade = 0;
+
+namespace {
+constexpr ClassDescription rootDescription("ObservableObject", nullptr, {}, {}, noDependents, false);
+}
+
+// Here, as the callers would otherwise try this one first.
+const ClassDescription& ObservableObject::classDescription() const noexcept {
+    return rootDescription;
+}
 
 struct ClassDescription::Additions {
     std::vector<Property> properties;

@@ -53,8 +53,9 @@ public:
 
     /// The property of the key, of this class or the nearest above; null for a key the class does not know.
     [[nodiscard]] const Property* property(Key key) const {
-        const bool isAtHand = indexMadeAt_ == additionsMade && key.number() < SmallKeys;
-        return isAtHand ? propertiesByNumber_[key.number()] : findProperty(key);
+        if (indexMadeAt_ == additionsMade && key.number() < SmallKeys) [[likely]]
+            return propertiesByNumber_[key.number()];
+        return findProperty(key);
     }
 
     /// The keys whose values depend on this key within the same object: nearest first, each once.

@@ -12,8 +12,6 @@ namespace estatebook::platform {
 
 namespace {
 
-constexpr ClassDescription rootDescription("ObservableObject", nullptr, {}, {}, noDependents, false);
-
 std::vector<Key> stepsOf(std::string_view keyPath) {
     std::vector<Key> steps;
     for (std::string_view rest = keyPath;;) {
@@ -33,10 +31,6 @@ void ObservableObject::dispose() const noexcept {
 
 void ObservableObject::forgetObservers() const noexcept {
     ObservationEngine::objectEnds(const_cast<ObservableObject&>(*this));
-}
-
-const ClassDescription& ObservableObject::classDescription() const noexcept {
-    return rootDescription;
 }
 
 bool ObservableObject::findAnnouncing() const noexcept {
@@ -64,8 +58,10 @@ bool ObservableObject::hasValueForKey(Key key) const {
 
 void ObservableObject::setValueForKey(const Value& value, Key key) {
     const Property* property = classDescription().property(key);
-    if (!property || !property->set) return setValueForUndefinedKey(value, key);
-    if (property->isScalar && (value.isAbsent() || value.isNullObject())) return setNilValueForKey(key);
+    if (!property || !property->set) [[unlikely]]
+        return setValueForUndefinedKey(value, key);
+    if (property->isScalar && (value.isAbsent() || value.isNullObject())) [[unlikely]]
+        return setNilValueForKey(key);
     property->set(*this, value);
 }
 
