@@ -4,6 +4,7 @@
 #include "estatebook-desktop/screenshots/Screenshots.hpp"
 #include "estatebook-desktop/window/Appearance.hpp"
 #include "estatebook-desktop/window/MainWindow.hpp"
+#include "estatebook-desktop/window/Translations.hpp"
 
 #include "platform/toolkit/qt/QtToolkit.hpp"
 
@@ -22,6 +23,8 @@ int runDesktop(int argumentCount, char** arguments) {
     QApplication::setApplicationName(QStringLiteral("estatebook-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("EstateBook"));
     QApplication::setApplicationVersion(QStringLiteral(ESTATEBOOK_VERSION));
+
+    installTranslations(QLocale().uiLanguages());
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -52,7 +55,9 @@ int runDesktop(int argumentCount, char** arguments) {
 
     const auto appearance = appearanceNamed(parser.value(appearanceOption));
     if (!appearance) {
-        QTextStream(stderr) << "--appearance: give system, light or dark\n";
+        QTextStream(stderr) << QCoreApplication::translate("Program",
+                                                           "--appearance: give system, light or dark")
+                            << '\n';
         return 2;
     }
     if (parser.isSet(picturesOption)) return makeScreenshots(parser.value(picturesOption));

@@ -70,8 +70,11 @@ public:
         QApplication::processEvents();
         const QString path = QStringLiteral("%1/%2-%3.png").arg(folder_, name, suffix_);
         if (!withFewColours(window.grab().toImage()).save(path)) {
-            QTextStream(stderr) << path
-                                << ": it cannot be written; check the folder and the room on the disk\n";
+            QTextStream(stderr) << QCoreApplication::translate(
+                                       "Program",
+                                       "%1: it cannot be written; check the folder and the room on the disk")
+                                       .arg(path)
+                                << '\n';
             exitCode_ = 1;
         }
     }
@@ -94,7 +97,10 @@ TKTenure* tenureOf(const MainWindow& window, const char* tenant) {
 
 int makeScreenshots(const QString& folder) {
     if (!QDir().mkpath(folder)) {
-        QTextStream(stderr) << folder << ": it cannot be made; choose another folder\n";
+        QTextStream(stderr) << QCoreApplication::translate("Program",
+                                                           "%1: it cannot be made; choose another folder")
+                                   .arg(folder)
+                            << '\n';
         return 1;
     }
     for (const char* appearance : {"light", "dark"})

@@ -21,6 +21,7 @@
 #include "store/TKState.hpp"
 #include "tags/TKTag.hpp"
 
+#include <QCoreApplication>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -70,11 +71,21 @@ bool canBeRead(const std::string& path) {
     }
 }
 
+struct Words {
+    Q_DECLARE_TR_FUNCTIONS(BookSession)
+};
+
+/// A sentence with a text in the place of its "%1".
+std::string with(const QString& sentence, const std::string& text) {
+    return sentence.arg(QString::fromStdString(text)).toStdString();
+}
+
 [[noreturn]] void refuseOther(const std::string& path, const std::string& file) {
     std::error_code error;
     if (!std::filesystem::exists(path, error))
-        throw Refusal(file + ": there is no such book; choose another one", false);
-    throw Refusal(file + ": this is no book file; take a document in with Book > Import", false);
+        throw Refusal(with(Words::tr("%1: there is no such book; choose another one"), file), false);
+    throw Refusal(with(Words::tr("%1: this is no book file; take a document in with Book > Import"), file),
+                  false);
 }
 
 /// Registration of undo is on again when it ends, whatever was raised meanwhile.
@@ -134,9 +145,10 @@ void BookSession::openStore() {
     context_->setCommitOrigin(options.holder.author, options.holder.program, options.holder.command);
     TimeZone::setDefaultTimeZone(stored().timeZone());
     if (const auto& migration = store_->migration())
-        notice_ = fmt::format(
-            "An earlier version wrote this book; it is up to date now, and is kept as it was in {}",
-            forMessage(migration->copy, LongestName));
+        notice_ =
+            with(Words::tr(
+                     "An earlier version wrote this book; it is up to date now, and is kept as it was in %1"),
+                 forMessage(migration->copy, LongestName));
 }
 
 StoredBook BookSession::stored() const {
@@ -341,8 +353,8 @@ std::string BookSession::reasonOf(const platform::Error& error) const {
     const auto ends = std::ranges::find_if(
         known_, [](const auto& tenure) { return !tenure->isFault() && !tenure->validateDuration(nullptr); });
     if (ends != known_.end())
-        return fmt::format(
-            "\"{}\" ends before it starts, so that the book cannot be saved; correct its dates",
+        return with(
+            Words::tr("\"%1\" ends before it starts, so that the book cannot be saved; correct its dates"),
             forMessage((*ends)->name()->view(), 200));
     return storeFailure(file_, *store_, error).what();
 }
@@ -350,14 +362,14 @@ std::string BookSession::reasonOf(const platform::Error& error) const {
 /// What is to be added to the reason.
 std::string BookSession::putAside() {
     const std::string kept =
-        fmt::format(". Until then the edits are kept in {}", forMessage(side_.path(), LongestName));
+        with(Words::tr(". Until then the edits are kept in %1"), forMessage(side_.path(), LongestName));
     if (!isAheadOfSideFile_) return kept;
     try {
         side_.write(document::BookWriter::write(liveDocument(*context_)).text);
     } catch (const Failure& failure) {
-        return fmt::format(". The edits are only in memory: {}", failure.what());
+        return with(Words::tr(". The edits are only in memory: %1"), failure.what());
     } catch (const platform::Exception& exception) {
-        return fmt::format(". The edits are only in memory: {}", lineOfStore(exception.reason()));
+        return with(Words::tr(". The edits are only in memory: %1"), lineOfStore(exception.reason()));
     }
     isAheadOfSideFile_ = false;
     return kept;

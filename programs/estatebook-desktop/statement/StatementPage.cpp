@@ -144,9 +144,8 @@ void StatementPage::refresh() {
     if (!parts) {
         parts_ = {};
         model_.clear();
-        const std::string_view words = parts.error().words;
         subtitle_->setText(tr("The rent cannot be reckoned (%1); check the terms, the dates and the amounts.")
-                               .arg(QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()))));
+                               .arg(textOf(parts.error())));
         return;
     }
     parts_ = *parts;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/window/Dialogs.hpp"
 
+#include <QCoreApplication>
 #include <QFileDialog>
 #include <QMessageBox>
 #include <QPrintDialog>
@@ -24,9 +25,11 @@ public:
         return QPrintDialog(&printer, &parent).exec() == QDialog::Accepted;
     }
     bool confirm(QWidget& parent, const Question& question) override {
-        QMessageBox box(QMessageBox::Question, question.title, question.words, QMessageBox::Cancel, &parent);
+        QMessageBox box(QMessageBox::Question, question.title, question.words, QMessageBox::NoButton,
+                        &parent);
         const QPushButton* yes = box.addButton(question.yes, QMessageBox::AcceptRole);
-        box.setDefaultButton(QMessageBox::Cancel);
+        box.setDefaultButton(
+            box.addButton(QCoreApplication::translate("Dialogs", "Cancel"), QMessageBox::RejectRole));
         box.exec();
         return box.clickedButton() == yes;
     }

@@ -19,6 +19,10 @@ using platform::String;
 
 namespace {
 
+/// What ReckoningError says, so that it is translated.
+[[maybe_unused]] constexpr const char* ReckoningWords[] = {
+    QT_TRANSLATE_NOOP("Figures", "division by zero"), QT_TRANSLATE_NOOP("Figures", "overflow"),
+    QT_TRANSLATE_NOOP("Figures", "underflow"), QT_TRANSLATE_NOOP("Figures", "invalid argument")};
 constexpr qsizetype DigitsOfThousands = 3;
 constexpr QChar MinusSign(0x2212);
 
@@ -62,9 +66,7 @@ QString Figures::amount(const std::optional<Decimal>& amount) const {
 }
 
 QString Figures::amount(const Reckoned<Decimal>& amount) const {
-    if (amount) return this->amount(*amount);
-    const std::string_view words = amount.error().words;
-    return QString::fromUtf8(words.data(), static_cast<qsizetype>(words.size()));
+    return amount ? this->amount(*amount) : textOf(amount.error());
 }
 
 std::optional<Decimal> Figures::amountOf(const QString& text) const {
@@ -112,6 +114,10 @@ Date Figures::instantOf(const QDate& date) const {
 QString Figures::titled(const QString& title) const {
     return currency_.isEmpty() ? title
                                : QCoreApplication::translate("Figures", "%1, %2").arg(title, currency_);
+}
+
+QString textOf(const ReckoningError& error) {
+    return QCoreApplication::translate("Figures", std::string(error.words).c_str());
 }
 
 QString textOf(const Ref<String>& text) {

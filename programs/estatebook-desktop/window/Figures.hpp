@@ -67,6 +67,8 @@ private:
     QString currency_;
 };
 
+/// Why something cannot be reckoned.
+[[nodiscard]] QString textOf(const ReckoningError& error);
 /// The text of the model as Qt has it; empty for null.
 [[nodiscard]] QString textOf(const platform::Ref<platform::String>& text);
 /// Null for an empty text; blanks at the ends are taken off.

@@ -204,7 +204,8 @@ bool MainWindow::openExample(const QString& path) {
     QFile example(QStringLiteral(":/examples/harbour-street.json"));
     try {
         if (!example.open(QIODevice::ReadOnly))
-            throw Failure(ExitCode::CannotRead, "the example book is not there; install the program anew");
+            throw Failure(ExitCode::CannotRead,
+                          tr("the example book is not there; install the program anew").toStdString());
         BookSession::makeOfDocument(path.toStdString(), example.readAll().toStdString(),
                                     "harbour-street.json");
     } catch (const Failure& failure) {

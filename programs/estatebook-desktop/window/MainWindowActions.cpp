@@ -177,13 +177,12 @@ void MainWindow::updateActions() {
     today_->setEnabled(isOpen && session_->asOf().has_value());
     save_->setEnabled(isOpen && isWindowModified());
 
-    const auto label = [](const QString& verb, const std::string& name) {
-        return name.empty() ? verb : QStringLiteral("%1 %2").arg(verb, QString::fromStdString(name));
-    };
     undo_->setEnabled(canEdit && session_->canUndo());
     redo_->setEnabled(canEdit && session_->canRedo());
-    undo_->setText(label(tr("&Undo"), canEdit ? session_->undoName() : std::string()));
-    redo_->setText(label(tr("&Redo"), canEdit ? session_->redoName() : std::string()));
+    const QString undone = canEdit ? QString::fromStdString(session_->undoName()) : QString();
+    const QString redone = canEdit ? QString::fromStdString(session_->redoName()) : QString();
+    undo_->setText(undone.isEmpty() ? tr("&Undo") : tr("&Undo %1").arg(undone));
+    redo_->setText(redone.isEmpty() ? tr("&Redo") : tr("&Redo %1").arg(redone));
 }
 
 platform::ManagedObject* MainWindow::selected() const {
