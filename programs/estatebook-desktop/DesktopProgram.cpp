@@ -36,7 +36,8 @@ int runDesktop(int argumentCount, char** arguments) {
                                  QStringLiteral("[book]"));
     const QCommandLineOption appearanceOption(
         QStringLiteral("appearance"),
-        QCoreApplication::translate("Program", "system, light or dark; else what the desktop says."),
+        QCoreApplication::translate("Program",
+                                    "system, light, dark or contrast; else what the desktop says."),
         QStringLiteral("name"), QStringLiteral("system"));
     const QCommandLineOption exampleOption(
         QStringLiteral("example"),
@@ -55,8 +56,8 @@ int runDesktop(int argumentCount, char** arguments) {
 
     const auto appearance = appearanceNamed(parser.value(appearanceOption));
     if (!appearance) {
-        QTextStream(stderr) << QCoreApplication::translate("Program",
-                                                           "--appearance: give system, light or dark")
+        QTextStream(stderr) << QCoreApplication::translate(
+                                   "Program", "--appearance: give system, light, dark or contrast")
                             << '\n';
         return 2;
     }

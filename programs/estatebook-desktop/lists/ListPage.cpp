@@ -127,9 +127,7 @@ void ListPage::makeTotals(const QString& name) {
     totalsView_->horizontalHeader()->hide();
     totalsView_->horizontalHeader()->setMinimumSectionSize(1);
     totalsView_->setFixedHeight(totalsView_->verticalHeader()->defaultSectionSize() + 2);
-    QPalette palette = totalsView_->palette();
-    palette.setColor(QPalette::Base, palette.color(QPalette::Window));
-    totalsView_->setPalette(palette);
+    totalsView_->viewport()->setBackgroundRole(QPalette::Window);
 
     const auto follow = [this] {
         for (int i = 0; i < totals_.columnCount(); ++i)

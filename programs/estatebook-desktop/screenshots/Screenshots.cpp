@@ -103,7 +103,7 @@ int makeScreenshots(const QString& folder) {
                             << '\n';
         return 1;
     }
-    for (const char* appearance : {"light", "dark"})
+    for (const char* appearance : {"light", "dark", "contrast"})
         for (const char* scale : {"1", "2"}) {
             QProcess process;
             QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -381,10 +381,6 @@
         <translation>Das Buch, das geöffnet wird.</translation>
     </message>
     <message>
-        <source>system, light or dark; else what the desktop says.</source>
-        <translation>system, light (hell) oder dark (dunkel); sonst wie der Schreibtisch.</translation>
-    </message>
-    <message>
         <source>Open the example book; make it there when it is not.</source>
         <translation>Das Beispielbuch öffnen; es wird dort angelegt, wenn es fehlt.</translation>
     </message>
@@ -393,16 +389,20 @@
         <translation>Ein Bild jedes Fensters in den Ordner legen und enden.</translation>
     </message>
     <message>
-        <source>--appearance: give system, light or dark</source>
-        <translation>--appearance: geben Sie system, light oder dark an</translation>
-    </message>
-    <message>
         <source>%1: it cannot be written; check the folder and the room on the disk</source>
         <translation>%1: lässt sich nicht schreiben; prüfen Sie den Ordner und den freien Platz</translation>
     </message>
     <message>
         <source>%1: it cannot be made; choose another folder</source>
         <translation>%1: lässt sich nicht anlegen; wählen Sie einen anderen Ordner</translation>
+    </message>
+    <message>
+        <source>system, light, dark or contrast; else what the desktop says.</source>
+        <translation>system, light (hell), dark (dunkel) oder contrast (starker Kontrast); sonst wie der Schreibtisch.</translation>
+    </message>
+    <message>
+        <source>--appearance: give system, light, dark or contrast</source>
+        <translation>--appearance: geben Sie system, light, dark oder contrast an</translation>
     </message>
 </context>
 <context>

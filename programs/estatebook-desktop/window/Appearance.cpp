@@ -18,6 +18,7 @@ struct Tones {
     QColor text;
     QColor faded;
     QColor accent;
+    QColor onAccent;
     QColor note;
 };
 
@@ -31,7 +32,7 @@ QPalette paletteOf(const Tones& tones) {
     palette.setColor(QPalette::ToolTipBase, tones.note);
     palette.setColor(QPalette::PlaceholderText, tones.faded);
     palette.setColor(QPalette::Highlight, tones.accent);
-    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::HighlightedText, tones.onAccent);
     palette.setColor(QPalette::Link, tones.accent);
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
         palette.setColor(QPalette::Disabled, role, tones.faded);
@@ -47,6 +48,7 @@ QPalette lightPalette() {
                       .text = QColor(0x1D1D1B),
                       .faded = QColor(0x6E6E6A),
                       .accent = QColor(0x1F5FA8),
+                      .onAccent = QColor(0xFFFFFF),
                       .note = QColor(0xFFF4D6)});
 }
 
@@ -58,7 +60,34 @@ QPalette darkPalette() {
                       .text = QColor(0xECECEA),
                       .faded = QColor(0x9A9A96),
                       .accent = QColor(0x2F74C4),
+                      .onAccent = QColor(0xFFFFFF),
                       .note = QColor(0x4A3D18)});
+}
+
+// Each text at 7 to 1 at least, also of what is disabled.
+QPalette contrastPalette() {
+    return paletteOf({.window = QColor(Qt::black),
+                      .base = QColor(Qt::black),
+                      .alternate = QColor(0x141414),
+                      .button = QColor(0x1E1E1E),
+                      .text = QColor(0xFFFFFF),
+                      .faded = QColor(0xBEBEBE),
+                      .accent = QColor(0xFFE000),
+                      .onAccent = QColor(Qt::black),
+                      .note = QColor(0x00004A)});
+}
+
+QPalette paletteOf(Appearance appearance) {
+    switch (appearance) {
+    case Appearance::Dark:
+        return darkPalette();
+    case Appearance::Contrast:
+        return contrastPalette();
+    case Appearance::Light:
+    case Appearance::System:
+        break;
+    }
+    return lightPalette();
 }
 
 } // namespace
@@ -67,6 +96,7 @@ std::optional<Appearance> appearanceNamed(const QString& name) {
     if (name == QLatin1String("system")) return Appearance::System;
     if (name == QLatin1String("light")) return Appearance::Light;
     if (name == QLatin1String("dark")) return Appearance::Dark;
+    if (name == QLatin1String("contrast")) return Appearance::Contrast;
     return std::nullopt;
 }
 
@@ -76,7 +106,7 @@ void applyAppearance(Appearance appearance) {
         return;
     }
     QApplication::setStyle(new RoomyStyle(QStyleFactory::create(QStringLiteral("Fusion"))));
-    QApplication::setPalette(appearance == Appearance::Dark ? darkPalette() : lightPalette());
+    QApplication::setPalette(paletteOf(appearance));
 }
 
 } // namespace estatebook::desktop

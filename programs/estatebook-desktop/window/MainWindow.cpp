@@ -118,9 +118,7 @@ void MainWindow::makeFrame() {
     sidebar_->setAccessibleName(tr("Lists"));
     sidebar_->setFixedWidth(SidebarWidth);
     sidebar_->setFrameShape(QFrame::NoFrame);
-    QPalette palette = sidebar_->palette();
-    palette.setColor(QPalette::Base, palette.color(QPalette::Window));
-    sidebar_->setPalette(palette);
+    sidebar_->viewport()->setBackgroundRole(QPalette::Window);
     for (const QString& name :
          {tr("Lettings"), tr("Properties"), tr("Tenants"), tr("Arrears"), tr("Settings")}) {
         auto* item = new QListWidgetItem(name, sidebar_);

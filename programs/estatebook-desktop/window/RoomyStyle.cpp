@@ -4,6 +4,9 @@
 #include <QPainter>
 #include <QStyleOption>
 
+#include <algorithm>
+#include <cmath>
+
 namespace estatebook::desktop {
 
 namespace {
@@ -11,6 +14,44 @@ namespace {
 constexpr int MarginOfItems = 7;
 constexpr int MarginOfHeaders = 8;
 constexpr int AlphaOfOutline = 130;
+constexpr double CornerOfOutline = 2;
+/// From which contrast on a palette is one of high contrast; black and white have 21, and usual ones less than 19.
+constexpr double HighContrast = 19;
+
+/// As light as people see it, from 0 to 1.
+double luminanceOf(const QColor& colour) {
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) +
+           0.0722 * linear(colour.blueF());
+}
+
+bool isOfHighContrast(const QPalette& palette) {
+    const double one = luminanceOf(palette.color(QPalette::Active, QPalette::Window));
+    const double other = luminanceOf(palette.color(QPalette::Active, QPalette::WindowText));
+    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05) >= HighContrast;
+}
+
+void drawOutline(QPainter& painter, const QRect& around, const QColor& colour, bool isRound = false) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(colour);
+    painter.setBrush(Qt::NoBrush);
+    const QRectF frame = QRectF(around).adjusted(0.5, 0.5, -0.5, -0.5);
+    if (isRound)
+        painter.drawEllipse(frame);
+    else
+        painter.drawRoundedRect(frame, CornerOfOutline, CornerOfOutline);
+    painter.restore();
+}
+
+/// What has the keyboard, and the button that the return key presses, have an outline already, in another colour.
+bool needsOutline(const QStyleOption& option) {
+    const auto* button = qstyleoption_cast<const QStyleOptionButton*>(&option);
+    const bool isDefault = button && button->features.testFlag(QStyleOptionButton::DefaultButton);
+    return isOfHighContrast(option.palette) && !isDefault && !option.state.testFlag(QStyle::State_HasFocus);
+}
 
 } // namespace
 
@@ -23,19 +64,34 @@ int RoomyStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, cons
 void RoomyStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                const QWidget* widget) const {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
-    if (element != PE_IndicatorCheckBox && element != PE_IndicatorRadioButton) return;
     QColor outline = option->palette.color(QPalette::WindowText);
-    outline.setAlpha(AlphaOfOutline);
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(outline);
-    painter->setBrush(Qt::NoBrush);
-    const QRectF frame = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
-    if (element == PE_IndicatorRadioButton)
-        painter->drawEllipse(frame);
-    else
-        painter->drawRoundedRect(frame, 2, 2);
-    painter->restore();
+    switch (element) {
+    case PE_IndicatorCheckBox:
+    case PE_IndicatorRadioButton:
+        if (!isOfHighContrast(option->palette)) outline.setAlpha(AlphaOfOutline);
+        return drawOutline(*painter, option->rect, outline, element == PE_IndicatorRadioButton);
+    case PE_Frame:
+        if (option->state.testFlag(State_HasFocus)) outline = option->palette.color(QPalette::Highlight);
+        if (isOfHighContrast(option->palette)) drawOutline(*painter, option->rect, outline);
+        return;
+    case PE_FrameLineEdit:
+    case PE_FrameMenu:
+    case PE_PanelButtonCommand:
+        if (needsOutline(*option)) drawOutline(*painter, option->rect, outline);
+        return;
+    default:
+        return;
+    }
+}
+
+void RoomyStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                    QPainter* painter, const QWidget* widget) const {
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+    if (!needsOutline(*option)) return;
+    const QColor outline = option->palette.color(QPalette::WindowText);
+    if (control == CC_ComboBox || control == CC_SpinBox) drawOutline(*painter, option->rect, outline);
+    if (control == CC_ScrollBar)
+        drawOutline(*painter, subControlRect(control, option, SC_ScrollBarSlider, widget), outline);
 }
 
 } // namespace estatebook::desktop

@@ -2,7 +2,8 @@
 #pragma once
 
 /// RoomyStyle: the style of the desktop with more room around the texts of lists, and check boxes that can be told from a dark
-/// window.
+/// window. With a palette of high contrast, whatever can be written into or pressed has an outline in the colour of texts: the
+/// styles reckon outlines from the colour of windows, so that black windows have none.
 
 #include <QProxyStyle>
 
@@ -16,6 +17,8 @@ public:
                                   const QWidget* widget) const override;
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override;
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override;
 };
 
 } // namespace estatebook::desktop
