@@ -763,7 +763,7 @@
     </message>
     <message>
         <source>What falls due shows once there is a rent</source>
-        <translation>Was fällig wird, steht hier, sobald es eine Miete gibt</translation>
+        <translation>Erscheint, sobald es eine Miete gibt</translation>
     </message>
     <message>
         <source>Nothing falls due any more</source>

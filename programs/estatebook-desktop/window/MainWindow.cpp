@@ -9,6 +9,7 @@
 
 #include "platform/system/Clock.hpp"
 #include "platform/toolkit/qt/QtWindow.hpp"
+#include "platform/toolkit/qt/WallTime.hpp"
 
 #include <QCloseEvent>
 #include <QDateEdit>
@@ -268,6 +269,10 @@ void MainWindow::leaveSession() {
     banner_->show({});
     whole_->setCurrentIndex(0);
     toolBar_->setEnabled(false);
+    {
+        const QSignalBlocker quiet(day_);
+        day_->setDate(platform::wallTimeOf(platform::Clock::now()).date());
+    }
     setWindowModified(false);
     setWindowTitle(tr("EstateBook"));
     condition_->clear();

@@ -46,11 +46,12 @@ void drawOutline(QPainter& painter, const QRect& around, const QColor& colour, b
     painter.restore();
 }
 
-/// What has the keyboard, and the button that the return key presses, have an outline already, in another colour.
-bool needsOutline(const QStyleOption& option) {
+/// The colour of texts, and another one of what has the keyboard and of the button that the return key presses.
+QColor outlineOf(const QStyleOption& option) {
     const auto* button = qstyleoption_cast<const QStyleOptionButton*>(&option);
     const bool isDefault = button && button->features.testFlag(QStyleOptionButton::DefaultButton);
-    return isOfHighContrast(option.palette) && !isDefault && !option.state.testFlag(QStyle::State_HasFocus);
+    const bool isInFront = isDefault || option.state.testFlag(QStyle::State_HasFocus);
+    return option.palette.color(isInFront ? QPalette::Highlight : QPalette::WindowText);
 }
 
 } // namespace
@@ -64,34 +65,28 @@ int RoomyStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, cons
 void RoomyStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                const QWidget* widget) const {
     QProxyStyle::drawPrimitive(element, option, painter, widget);
-    QColor outline = option->palette.color(QPalette::WindowText);
-    switch (element) {
-    case PE_IndicatorCheckBox:
-    case PE_IndicatorRadioButton:
-        if (!isOfHighContrast(option->palette)) outline.setAlpha(AlphaOfOutline);
-        return drawOutline(*painter, option->rect, outline, element == PE_IndicatorRadioButton);
-    case PE_Frame:
-        if (option->state.testFlag(State_HasFocus)) outline = option->palette.color(QPalette::Highlight);
-        if (isOfHighContrast(option->palette)) drawOutline(*painter, option->rect, outline);
-        return;
-    case PE_FrameLineEdit:
-    case PE_FrameMenu:
-    case PE_PanelButtonCommand:
-        if (needsOutline(*option)) drawOutline(*painter, option->rect, outline);
-        return;
-    default:
-        return;
+    const bool isRound = element == PE_IndicatorRadioButton;
+    const bool isMark = isRound || element == PE_IndicatorCheckBox;
+    if (isOfHighContrast(option->palette)) {
+        const bool isFrame = element == PE_Frame || element == PE_FrameLineEdit || element == PE_FrameMenu;
+        if (isMark || isFrame || element == PE_PanelButtonCommand)
+            drawOutline(*painter, option->rect, outlineOf(*option), isRound);
+    } else if (isMark) {
+        QColor outline = option->palette.color(QPalette::WindowText);
+        outline.setAlpha(AlphaOfOutline);
+        drawOutline(*painter, option->rect, outline, isRound);
     }
 }
 
 void RoomyStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                                     QPainter* painter, const QWidget* widget) const {
     QProxyStyle::drawComplexControl(control, option, painter, widget);
-    if (!needsOutline(*option)) return;
-    const QColor outline = option->palette.color(QPalette::WindowText);
-    if (control == CC_ComboBox || control == CC_SpinBox) drawOutline(*painter, option->rect, outline);
+    if (!isOfHighContrast(option->palette)) return;
+    if (control == CC_ComboBox || control == CC_SpinBox)
+        drawOutline(*painter, option->rect, outlineOf(*option));
     if (control == CC_ScrollBar)
-        drawOutline(*painter, subControlRect(control, option, SC_ScrollBarSlider, widget), outline);
+        drawOutline(*painter, subControlRect(control, option, SC_ScrollBarSlider, widget),
+                    option->palette.color(QPalette::WindowText));
 }
 
 } // namespace estatebook::desktop

@@ -84,6 +84,17 @@ TEST_F(MainWindowTest, FromANewBookToAPrintedStatement) {
     EXPECT_EQ(tenureOf(*saved, "Flat 2")->balance(), Decimal(0));
 }
 
+TEST_F(MainWindowTest, WithoutABookTheDayIsToday) {
+    const auto& day = *window_->findChild<QDateEdit*>(QStringLiteral("day"));
+    EXPECT_EQ(day.date(), QDate(2026, 6, 30));
+    openExample();
+    window_->setAsOf(QDate(2025, 1, 1));
+    settle();
+    ASSERT_EQ(day.date(), QDate(2025, 1, 1));
+    EXPECT_FALSE(window_->openBook(QString::fromStdString(path("gone.estatebook"))));
+    EXPECT_EQ(day.date(), QDate(2026, 6, 30));
+}
+
 TEST_F(MainWindowTest, AnUndoIsCalledByItsName) {
     openExample();
     selectRowOf(Page::Tenures, "M. Jones");

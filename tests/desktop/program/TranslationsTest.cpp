@@ -95,11 +95,33 @@ protected:
     void expectGerman(const QWidget& window, const char* which) const {
         const Texts texts = textsIn(window);
         EXPECT_FALSE(texts.empty());
+        expectRoom(window, which);
         for (const QString& text : texts) {
             const auto found = translations_.find(text);
             EXPECT_TRUE(found == translations_.end() || found->second.contains(text))
                 << which << ": " << text.toStdString();
         }
+    }
+    /// German words are longer than English ones.
+    static void expectRoom(const QWidget& window, const char* which) {
+        const auto widgets = window.findChildren<QWidget*>();
+        for (const QWidget* widget : widgets) {
+            const auto* label = qobject_cast<const QLabel*>(widget);
+            const auto* button = qobject_cast<const QAbstractButton*>(widget);
+            if (!widget->isVisible() || (label && label->wordWrap()) || (!label && !button)) continue;
+            EXPECT_LE(widget->sizeHint().width(), widget->width())
+                << which << ": " << (label ? label->text() : button->text()).toStdString();
+        }
+        constexpr int SpaceBesideText = 6;
+        const auto tables = window.findChildren<QTableWidget*>();
+        for (const QTableWidget* table : tables)
+            for (int row = 0; row < table->rowCount(); ++row)
+                for (int column = 0; column < table->columnCount(); ++column)
+                    if (const QTableWidgetItem* item = table->item(row, column)) {
+                        EXPECT_LE(table->fontMetrics().horizontalAdvance(item->text()),
+                                  table->columnWidth(column) - SpaceBesideText)
+                            << which << ": " << item->text().toStdString();
+                    }
     }
     void expectGermanSheet(const char* action) {
         window_->findChild<QAction*>(QLatin1String(action))->trigger();
