@@ -6,6 +6,7 @@
 #include "platform/persistence/store/sqlite/BookCopies.hpp"
 #include "support/EarlierModel.hpp"
 #include "support/HeldClock.hpp"
+#include "support/SteppedLayout.hpp"
 #include "support/StoreDescription.hpp"
 
 #include "tags/TKTagNames.hpp"
@@ -393,6 +394,173 @@ TEST_F(BookMigrationTest, AColumnOfAnotherNameIsTakenForANewerOne) {
     makeEarlier(withoutSublease());
     meddle("ALTER TABLE Account RENAME COLUMN name TO title");
     expectRefused(StoreErrorCode::Newer, "\"title\" in \"Account\"");
+}
+
+// Rows that stood otherwise
+
+class SteppedLayoutTest : public BookMigrationTest {
+protected:
+    static SQLiteStore::Options stepped(Access access) {
+        SQLiteStore::Options all = options(access);
+        all.layoutSteps = &test::SteppedLayout::steps();
+        return all;
+    }
+    StoreResult<Ref<SQLiteStore>> tryOpenStepped(Access access) {
+        return SQLiteStore::open(path, test::SteppedLayout::today(), stepped(access));
+    }
+    /// A property, two tenants and a payment, with some changes and what is kept beside them.
+    void makeFormer() {
+        const auto model = test::SteppedLayout::former();
+        const RowShapes shapes(*model);
+        const auto rowOf = [&](std::string_view entity, RowKey key, Key property, Value value) {
+            const RowShape& shape = shapes.of(*model->entityNamed(entity));
+            Row row = shape.emptyRow(key);
+            row.values[shape.attribute(property).value()] = std::move(value);
+            return row;
+        };
+        const auto placeOf = [&](std::string_view entity, Key property) {
+            return shapes.of(*model->entityNamed(entity)).attribute(property).value();
+        };
+        {
+            const auto store = *SQLiteStore::create(path, model, options(Access::Write));
+            StoreChanges changes = newChanges();
+            changes.insertions = {rowOf("Property", 1, keys::name, String::make("Elm 41")),
+                                  rowOf("Tenant", 2, keys::name, String::make("Ada #7")),
+                                  rowOf("Tenant", 3, keys::name, String::make("Grace")),
+                                  rowOf("PropertyTransaction", 4, keys::amount, Decimal(123456))};
+            changes.identifiers = {{2, model->entityNamed("Tenant"), "ada"}};
+            changes.metadata = {{"window", "wide"}, {"zone", "Paris"}};
+            ASSERT_TRUE(store->save(changes)->landed());
+            changes = newChanges();
+            changes.updates = {{1,
+                                model->entityNamed("Property"),
+                                1,
+                                {{placeOf("Property", keys::sublease), String::make("left")}},
+                                {}},
+                               {2,
+                                model->entityNamed("Tenant"),
+                                1,
+                                {{placeOf("Tenant", keys::name), String::make("Ada Field #8")}},
+                                {}},
+                               {4,
+                                model->entityNamed("PropertyTransaction"),
+                                1,
+                                {{placeOf("PropertyTransaction", keys::amount), Decimal(-50)}},
+                                {}}};
+            ASSERT_TRUE(store->save(changes)->landed());
+            former = test::contentAs(*model, *store);
+        }
+        test::SteppedLayout::age(path);
+    }
+    static Value valueIn(const Store& store, std::string_view entity, RowKey key, Key property) {
+        const EntityDescription& described = *store.model().entityNamed(entity);
+        const auto rows = *store.rows(described, {&key, 1});
+        return rows.at(0).values[store.shapes().of(described).attribute(property).value()];
+    }
+    static void expectBrought(const SQLiteStore& store) {
+        EXPECT_THAT(*store.check(), IsEmpty());
+        EXPECT_EQ(valueIn(store, "Property", 1, keys::name), Value(String::make("Elm 41, sublet left")));
+        EXPECT_EQ(valueIn(store, "Tenant", 2, keys::name), Value(String::make("Ada Field")));
+        EXPECT_EQ(valueIn(store, "Tenant", 2, keys::addressBookID), Value(String::make("8")));
+        EXPECT_EQ(valueIn(store, "Tenant", 3, keys::name), Value(String::make("Grace")));
+        EXPECT_TRUE(valueIn(store, "Tenant", 3, keys::addressBookID).isAbsent());
+        EXPECT_EQ(valueIn(store, "PropertyTransaction", 4, keys::amount), Value(Decimal::parse("-0.5")));
+        EXPECT_THAT(*store.metadata(), ElementsAre(testing::Pair("zone", "Paris")));
+        const RowKey ada = 2;
+        EXPECT_THAT(*store.identifiers({&ada, 1}), ElementsAre("ada"));
+        const auto entries = *store.journalOfCommit(2);
+        ASSERT_EQ(entries.size(), 2u) << "that of the sublease is gone with it";
+        EXPECT_EQ(entries[0].former, Value(String::make("Ada")));
+        EXPECT_EQ(entries[0].current, Value(String::make("Ada Field")));
+        EXPECT_EQ(entries[1].former, Value(Decimal::parse("1234.56")));
+        EXPECT_EQ(entries[1].current, Value(Decimal::parse("-0.5")));
+        const RowKey key = 4;
+        EXPECT_EQ(store.rows(*store.model().entityNamed("Transaction"), {&key, 1})->at(0).version, 2);
+    }
+};
+
+TEST_F(SteppedLayoutTest, RowsAreWhatTheStepMakesOfThem) {
+    makeFormer();
+    {
+        const auto opened = tryOpenStepped(Access::Write);
+        ASSERT_TRUE(opened) << opened.error().message;
+        ASSERT_TRUE((*opened)->migration());
+        EXPECT_EQ((*opened)->migration()->fromLayout, 1u);
+        expectBrought(**opened);
+        StoreChanges changes = newChanges();
+        changes.insertions = {RowOf("Advertisement", 5)};
+        changes.insertions[0].entity = test::SteppedLayout::today()->entityNamed("Advertisement");
+        EXPECT_TRUE((*opened)->save(changes)->landed());
+    }
+    const auto again = tryOpenStepped(Access::Write);
+    ASSERT_TRUE(again) << again.error().message;
+    EXPECT_FALSE((*again)->migration()) << "no step is made twice";
+    expectBrought(**again);
+}
+
+TEST_F(SteppedLayoutTest, TheBookIsKeptAsTheFormerProgramWroteIt) {
+    makeFormer();
+    const auto opened = tryOpenStepped(Access::Write);
+    ASSERT_TRUE(opened) << opened.error().message;
+    const auto kept =
+        SQLiteStore::open((*opened)->migration()->copy, test::SteppedLayout::former(), options(Access::Read));
+    ASSERT_TRUE(kept) << kept.error().message;
+    EXPECT_EQ(test::contentAs(*test::SteppedLayout::former(), **kept), former);
+}
+
+TEST_F(SteppedLayoutTest, WhoeverReadsOrSalvagesSeesTheSame) {
+    makeFormer();
+    const std::string before = bytesOf(path);
+    expectBrought(**tryOpenStepped(Access::Read));
+    EXPECT_EQ(bytesOf(path), before);
+    const std::string to = folder.file("saved.estatebook");
+    const auto saved = salvageBook(path, to, test::SteppedLayout::today(), stepped(Access::Write));
+    ASSERT_TRUE(saved) << saved.error().message;
+    EXPECT_THAT(saved->lost, IsEmpty()) << "what is dropped on purpose is not lost";
+    expectBrought(**SQLiteStore::open(to, test::SteppedLayout::today(), stepped(Access::Read)));
+}
+
+TEST_F(SteppedLayoutTest, WithoutItsStepTheBookIsRefused) {
+    makeFormer();
+    const std::string before = bytesOf(path);
+    const auto opened = SQLiteStore::open(path, test::SteppedLayout::today(), options(Access::Write));
+    ASSERT_FALSE(opened);
+    EXPECT_EQ(opened.error().code, StoreErrorCode::Newer);
+    EXPECT_EQ(bytesOf(path), before);
+    EXPECT_FALSE(files::exists(copies));
+}
+
+TEST_F(SteppedLayoutTest, AStepThatLeavesWhatNoBookHoldsIsRefused) {
+    using sqlite::Cell;
+    using sqlite::SteppedRow;
+    static constexpr sqlite::FormerAttribute Gone[] = {{"Account", "sublease", AttributeType::String}};
+    const auto refusalOf = [&](void (*bring)(SteppedRow&)) {
+        files::remove(path);
+        makeFormer();
+        const std::string before = bytesOf(path);
+        const sqlite::LayoutStep step{.from = 1, .attributes = Gone, .bring = bring};
+        const sqlite::LayoutSteps steps{{&step, 1}};
+        SQLiteStore::Options all = options(Access::Write);
+        all.layoutSteps = &steps;
+        const auto opened = SQLiteStore::open(path, test::SteppedLayout::today(), all);
+        EXPECT_EQ(bytesOf(path), before);
+        EXPECT_FALSE(files::exists(copies));
+        return opened ? std::string("it is taken") : opened.error().message;
+    };
+    EXPECT_THAT(refusalOf([](SteppedRow&) {}), HasSubstr("holds what its entity does not have"));
+    EXPECT_THAT(refusalOf([](SteppedRow& row) {
+                    row.take("sublease");
+                    if (row.table() == "book_journal" && row.cell("property").bytes == "sublease") row.drop();
+                    if (row.table() == "Account") row.set("name", Cell::blob("x"));
+                }),
+                HasSubstr("it holds something else where a text stands"));
+    EXPECT_THAT(refusalOf([](SteppedRow& row) { row.take("sublease"); }),
+                HasSubstr("it names a property that there is not"));
+    EXPECT_THAT(refusalOf([](SteppedRow& row) {
+                    row.take("sublease");
+                    if (row.table() == "book_journal" || row.table() == "Account") row.drop();
+                }),
+                HasSubstr("An identifier is that of the row 2, which is not there"));
 }
 
 // Beside opening

@@ -74,7 +74,8 @@ std::string copyChecked(const std::string& from, const std::string& to, const Re
     const SQLiteStore::Options reading{.access = SQLiteStore::Access::Read,
                                        .classes = options.classes,
                                        .patience = options.patience,
-                                       .fileSystem = options.fileSystem};
+                                       .fileSystem = options.fileSystem,
+                                       .layoutSteps = options.layoutSteps};
     NewFile copy(files, to);
     // As a book it is looked at first: nothing else is copied.
     const std::string source = BookFile::open(from, model, reading)->path();

@@ -97,6 +97,10 @@ std::uint32_t requireHead(const FileSystem& files, const std::string& path) {
     return layout;
 }
 
+LayoutSteps stepsOf(const SQLiteStore::Options& options) noexcept {
+    return options.layoutSteps ? *options.layoutSteps : LayoutSteps();
+}
+
 void requireSize(const FileSystem& files, const std::string& path) {
     constexpr std::size_t PageSize = 16;
     constexpr std::size_t PageCount = 28;
@@ -146,7 +150,7 @@ void insertSealed(Connection& connection, const SealedTable& table, std::span<co
 BookFile::BookFile(std::string path, Ref<ManagedObjectModel> model, const SQLiteStore::Options& options)
     : path_(std::move(path)), model_(std::move(model)), shapes_(model_->derived<RowShapes>()),
       tables_(model_->derived<BookTables>()), classes_(options.classes), coding_(classes_),
-      files_(options.fileSystem ? *options.fileSystem : FileSystem::ofTheMachine()),
+      files_(options.fileSystem ? *options.fileSystem : FileSystem::ofTheMachine()), steps_(stepsOf(options)),
       patience_(options.patience) {}
 
 std::unique_ptr<BookFile> BookFile::create(const std::string& path, Ref<ManagedObjectModel> model,
@@ -183,7 +187,7 @@ void BookFile::bringUp(std::uint32_t layout, const SQLiteStore::Options& options
                       .copy = migrate(files_, path_, tables_, shapes_, model_, options)};
         return requireConnected(requireHead(files_, path_));
     }
-    auto memory = readEarlier(files_, path_, tables_, shapes_, *model_, patience_);
+    auto memory = readEarlier(files_, path_, tables_, shapes_, *model_, steps_, patience_);
     auto snapshot = std::make_unique<Transaction>(*memory, "BEGIN");
     adopt(std::move(memory), std::move(snapshot));
 }
@@ -217,7 +221,7 @@ bool BookFile::connect(std::uint32_t layout) {
     auto snapshot = std::make_unique<Transaction>(*connection, "BEGIN");
     if (layout != Layout || !isOfToday(*connection)) {
         // It is one of an earlier form, or none.
-        static_cast<void>(EarlierForm(*connection, layout, tables_, shapes_, *model_));
+        static_cast<void>(EarlierForm(*connection, layout, tables_, shapes_, *model_, steps_));
         return false;
     }
     requireSize(files_, path_);

@@ -8,6 +8,7 @@
 #include "platform/persistence/store/sqlite/BookTables.hpp"
 #include "platform/persistence/store/sqlite/CellCoding.hpp"
 #include "platform/persistence/store/sqlite/Connection.hpp"
+#include "platform/persistence/store/sqlite/LayoutSteps.hpp"
 #include "platform/persistence/store/sqlite/SQLiteStore.hpp"
 
 #include <chrono>
@@ -24,6 +25,9 @@ using Cells = std::vector<Cell>;
 [[nodiscard]] std::int64_t digestOf(std::span<const Cell> cells) noexcept;
 
 void insertSealed(Connection& connection, const SealedTable& table, std::span<const Cell> cells);
+
+/// What the options say of them.
+[[nodiscard]] LayoutSteps stepsOf(const SQLiteStore::Options& options) noexcept;
 
 /// The layout of a book. Throws a StoreFailure unless the file begins as one of this or an earlier layout does.
 [[nodiscard]] std::uint32_t requireHead(const FileSystem& files, const std::string& path);
@@ -119,6 +123,7 @@ private:
     std::vector<ArchivedClass> classes_;
     CellCoding coding_;
     const FileSystem& files_;
+    LayoutSteps steps_;
     std::chrono::milliseconds patience_;
     std::optional<WriterLock> lock_;
     std::optional<SQLiteStore::Migration> migration_;

@@ -20,10 +20,11 @@ namespace {
 class EarlierBook {
 public:
     EarlierBook(const FileSystem& files, const std::string& path, const BookTables& tables,
-                const RowShapes& shapes, const ManagedObjectModel& model, std::chrono::milliseconds patience)
+                const RowShapes& shapes, const ManagedObjectModel& model, LayoutSteps steps,
+                std::chrono::milliseconds patience)
         : layout_(requireHead(files, path)), tables_(tables), model_(model),
           connection_(files, path, Connection::Access::Read, patience), snapshot_(connection_, "BEGIN"),
-          form_(connection_, layout_, tables, shapes, model) {
+          form_(connection_, layout_, tables, shapes, model, steps) {
         requireSize(files, path);
         requireSound("PRAGMA integrity_check(1)", "ok");
         requireSound("PRAGMA foreign_key_check", "");
@@ -65,12 +66,14 @@ private:
         Sum today;
         Cells cells;
         Cells brought;
+        CellRoom room;
         Statement::Use rows(connection_.statement(stored->select));
         while (rows.next()) {
             BookFile::read(rows, *stored, cells);
             former.add(cells);
             if (!to) continue;
-            form_.bring(table, cells, brought);
+            room.clear();
+            if (!form_.bring(table, cells, brought, room)) continue;
             insertSealed(*to, table, brought);
             today.add(brought);
         }
@@ -131,10 +134,11 @@ std::string copyOf(const std::string& path, const Ref<ManagedObjectModel>& model
 
 std::unique_ptr<Connection> readEarlier(const FileSystem& files, const std::string& path,
                                         const BookTables& tables, const RowShapes& shapes,
-                                        const ManagedObjectModel& model, std::chrono::milliseconds patience) {
+                                        const ManagedObjectModel& model, LayoutSteps steps,
+                                        std::chrono::milliseconds patience) {
     auto memory = std::make_unique<Connection>(files, std::string(Connection::InMemory),
                                                Connection::Access::Create, patience);
-    EarlierBook(files, path, tables, shapes, model, patience).writeInto(*memory);
+    EarlierBook(files, path, tables, shapes, model, steps, patience).writeInto(*memory);
     memory->run("PRAGMA query_only=ON");
     return memory;
 }
@@ -148,7 +152,7 @@ std::string migrate(const FileSystem& files, const std::string& path, const Book
     made.removeDraft();
     made.makeLike(path);
     {
-        EarlierBook book(files, path, tables, shapes, *model, options.patience);
+        EarlierBook book(files, path, tables, shapes, *model, stepsOf(options), options.patience);
         Connection draft(files, made.draft(), Connection::Access::Create, options.patience);
         book.writeInto(draft);
     }

@@ -16,7 +16,7 @@ namespace estatebook::platform::sqlite {
 /// the size of the book.
 [[nodiscard]] std::unique_ptr<Connection> readEarlier(const FileSystem& files, const std::string& path,
                                                       const BookTables& tables, const RowShapes& shapes,
-                                                      const ManagedObjectModel& model,
+                                                      const ManagedObjectModel& model, LayoutSteps steps,
                                                       std::chrono::milliseconds patience);
 
 /// Puts such a book in the place of that of the earlier form, of which a copy is kept; gives the path of the copy. Whatever

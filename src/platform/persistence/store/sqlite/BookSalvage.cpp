@@ -77,7 +77,8 @@ void BookSalvage::read(const std::string& path) {
 
 void BookSalvage::learnForm(Connection& connection, std::uint32_t layout) {
     try {
-        stored_ = std::make_unique<EarlierForm>(connection, layout, tables_, form_->shapes(), *model_);
+        stored_ = std::make_unique<EarlierForm>(connection, layout, tables_, form_->shapes(), *model_,
+                                                stepsOf(options_));
     } catch (const StoreFailure& failure) {
         requireDamage(failure);
         if (failure.code == StoreErrorCode::Newer) throw;
@@ -108,7 +109,7 @@ void BookSalvage::compareCount(Connection& connection, const SealedTable& table)
         Statement::Use row(connection.statement("SELECT \"rows\" FROM \"book_sum\" WHERE \"name\" = ?1"));
         if (!row.bind(1, Cell::text(table.name)).next()) return;
         const std::int64_t before = row.integer(0);
-        const std::int64_t read = std::ssize(rows_[&table]);
+        const std::int64_t read = std::ssize(rows_[&table]) + dropped_[&table];
         if (before > read)
             lose("The table " + table.name + ": " + std::to_string(before - read) + " of its " +
                  std::to_string(before) + " rows are lost");
@@ -180,11 +181,18 @@ void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std:
     try {
         Cells cells;
         BookFile::read(row, stored, cells);
-        if (stored_) stored_->bring(table, Cells(cells), cells);
+        const std::string entry(&table == &tables_.metadata ? cells.front().bytes : std::string_view());
+        CellRoom room;
+        if (stored_ && !stored_->bring(table, Cells(cells), cells, room)) {
+            ++dropped_[&table];
+            readEntries_.insert(entry);
+            return;
+        }
         form_->requireForm(table, cells);
         for (Cell& cell : cells)
             if (!cell.bytes.empty()) cell.bytes = room_.keep(cell.bytes);
         rows_[&table].insert_or_assign(number, std::move(cells));
+        readEntries_.insert(entry);
     } catch (const StoreFailure& failure) {
         requireDamage(failure);
         lose("The table " + table.name + ": " + rowName(table, number) + " is not sound: " + failure.reason);
@@ -193,14 +201,13 @@ void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std:
 
 // The index holds every name a second time, on pages of its own.
 void BookSalvage::nameLostEntries(Connection& connection) {
-    std::unordered_set<std::string_view> kept;
-    for (const auto& [number, cells] : rows_[&tables_.metadata]) kept.insert(cells.front().bytes);
     try {
         Statement::Use names(connection.statement(
             R"(SELECT "name" FROM "book_metadata" INDEXED BY "book_metadata.name" ORDER BY "name")"));
         while (names.next()) {
             const Cell name = names.cell(0);
-            if (name.type != Cell::Type::Text || !isWellFormedUtf8(name.bytes) || kept.contains(name.bytes))
+            if (name.type != Cell::Type::Text || !isWellFormedUtf8(name.bytes) ||
+                readEntries_.contains(name.bytes))
                 continue;
             lose("The entry \"" + std::string(name.bytes) + "\", which was kept with the book, is lost");
             lostEntries_.emplace_back(name.bytes);

@@ -8,8 +8,10 @@
 #include "platform/persistence/store/sqlite/EarlierForm.hpp"
 #include "platform/persistence/store/sqlite/SalvagedHistory.hpp"
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -64,8 +66,12 @@ private:
     const BookTables& tables_;
     CellRoom room_;
     std::unordered_map<const SealedTable*, Rows> rows_;
+    /// How many rows are none any more in today's layout.
+    std::unordered_map<const SealedTable*, std::int64_t> dropped_;
     std::vector<std::string> lost_;
     std::vector<std::string> lostEntries_;
+    /// The names of entries of the metadata that were read, as they stand in the book.
+    std::set<std::string, std::less<>> readEntries_;
     std::size_t unlisted_ = 0;
 };
 

@@ -3,7 +3,6 @@
 
 #include "platform/persistence/ManagedObjectModel.hpp"
 #include "platform/persistence/store/StoreRules.hpp"
-#include "platform/persistence/store/sqlite/LayoutSteps.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -19,6 +18,17 @@ namespace {
 [[noreturn]] void newer(const std::string& what) {
     throw StoreFailure{StoreErrorCode::Newer, "it holds " + what + ", which this program does not know yet"};
 }
+
+[[noreturn]] void misplaced(const SealedTable& table) {
+    damaged("a row of its table \"" + table.name + "\" is of an entity that does not belong there");
+}
+
+[[noreturn]] void superfluous(const SealedTable& table) {
+    damaged("a row of its table \"" + table.name + "\" holds what its entity does not have");
+}
+
+/// Where an entry of the journal names the entity of its row.
+constexpr std::size_t EntityOfEntry = 3;
 
 struct Definition {
     std::string_view name;
@@ -71,8 +81,10 @@ placesOf(const EntityDescription& entity, const EntityColumns& columns, const Ro
 } // namespace
 
 EarlierForm::EarlierForm(Connection& connection, std::uint32_t layout, const BookTables& tables,
-                         const RowShapes& shapes, const ManagedObjectModel& model)
+                         const RowShapes& shapes, const ManagedObjectModel& model, LayoutSteps steps)
     : layout_(layout), tables_(tables) {
+    for (const LayoutStep& step : steps.steps)
+        if (step.from >= layout) steps_.push_back(step);
     const Schema schema = schemaOf(connection);
     for (const std::string& sql : tables.schemaBesideRows())
         if (std::ranges::none_of(schema, [&](const auto& each) { return each.second == sql; }))
@@ -111,7 +123,7 @@ void EarlierForm::learnEntities(Connection& connection, const ManagedObjectModel
 }
 
 std::optional<Column> EarlierForm::columnOf(const EntityTable& today, std::string_view name,
-                                            std::string_view type, const RowShapes& shapes) {
+                                            std::string_view type, const RowShapes& shapes) const {
     const auto isNamed = [&](const Column& column) {
         if (name == column.property) return true;
         return name.ends_with("." + column.property) &&
@@ -126,6 +138,12 @@ std::optional<Column> EarlierForm::columnOf(const EntityTable& today, std::strin
         column.name = name;
         return column;
     }
+    for (const LayoutStep& step : steps_)
+        for (const FormerAttribute& former : step.attributes) {
+            Column column{
+                .name = std::string(name), .property = std::string(former.name), .type = former.type};
+            if (former.table == today.name && former.name == name && typeOf(column) == type) return column;
+        }
     return std::nullopt;
 }
 
@@ -144,7 +162,8 @@ void EarlierForm::learnTable(const EntityTable& today, const std::string& sql, c
     if (rows.table.sql != sql) foreignTables(layout_);
     for (const EntityDescription* entity : entities_) {
         if (&tables_.tableOf(*entity) != &today) continue;
-        const auto places = placesOf(*entity, tables_.columnsOf(*entity), shapes.of(*entity));
+        const auto& places = rows.names[entity] =
+            placesOf(*entity, tables_.columnsOf(*entity), shapes.of(*entity));
         auto& ofEntity = rows.places[entity];
         for (const Column& column : rows.table.properties) {
             const auto place = places.find(column.property);
@@ -183,36 +202,78 @@ const SealedTable* EarlierForm::stored(const SealedTable& today) const noexcept 
     return isOfRows ? nullptr : &today;
 }
 
-std::int64_t EarlierForm::numberOf(std::int64_t stored) const {
+const EntityDescription& EarlierForm::entityOf(std::int64_t stored) const {
     if (stored < 1 || stored > std::ssize(entities_)) damaged("it names an entity that there is not");
-    return BookTables::numberOf(*entities_[static_cast<std::size_t>(stored) - 1]);
+    return *entities_[static_cast<std::size_t>(stored) - 1];
 }
 
-void EarlierForm::bring(const SealedTable& today, const Cells& stored, Cells& cells) const {
-    cells = stored;
-    for (const LayoutStep& step : LayoutSteps)
-        if (step.from >= layout_) step.bring(*this->stored(today), cells);
-    if (&today == &tables_.journal) {
-        constexpr std::size_t Entity = 3;
-        cells[Entity] = Cell::of(numberOf(cells[Entity].integer));
-        return;
+bool EarlierForm::bring(const SealedTable& today, const Cells& stored, Cells& cells, CellRoom& room) const {
+    if (std::ranges::any_of(steps_, [](const LayoutStep& each) { return each.bring != nullptr; }))
+        return step(today, stored, cells, room);
+    if (const auto rows = rows_.find(&today); rows != rows_.end()) {
+        bringRow(today, rows->second, stored, cells);
+        return true;
     }
-    const auto found = rows_.find(&today);
-    if (found == rows_.end()) return;
-    const Cells former = std::exchange(cells, Cells(today.columns.size()));
-    std::copy_n(former.begin(), EntityTable::FirstProperty, cells.begin());
-    cells[EntityTable::Entity] = Cell::of(numberOf(former[EntityTable::Entity].integer));
-    const auto* entity = entities_[static_cast<std::size_t>(former[EntityTable::Entity].integer) - 1];
-    const auto places = found->second.places.find(entity);
-    if (places == found->second.places.end())
-        damaged("a row of its table \"" + today.name + "\" is of an entity that does not belong there");
+    cells = stored;
+    if (&today == &tables_.journal)
+        cells[EntityOfEntry] = Cell::of(BookTables::numberOf(entityOf(stored[EntityOfEntry].integer)));
+    return true;
+}
+
+void EarlierForm::bringRow(const SealedTable& today, const StoredRows& rows, const Cells& stored,
+                           Cells& cells) const {
+    const EntityDescription& entity = entityOf(stored[EntityTable::Entity].integer);
+    const auto places = rows.places.find(&entity);
+    if (places == rows.places.end()) misplaced(today);
+    cells.assign(today.columns.size(), Cell());
+    std::copy_n(stored.begin(), EntityTable::FirstProperty, cells.begin());
+    cells[EntityTable::Entity] = Cell::of(BookTables::numberOf(entity));
     for (std::size_t index = 0; index < places->second.size(); ++index) {
-        const Cell& cell = former[EntityTable::FirstProperty + index];
+        const Cell& cell = stored[EntityTable::FirstProperty + index];
         if (cell.type == Cell::Type::Null) continue;
-        if (!places->second[index])
-            damaged("a row of its table \"" + today.name + "\" holds what its entity does not have");
+        if (!places->second[index]) superfluous(today);
         cells[*places->second[index]] = cell;
     }
+}
+
+bool EarlierForm::step(const SealedTable& today, const Cells& stored, Cells& cells, CellRoom& room) const {
+    const auto rows = rows_.find(&today);
+    const bool isOfRows = rows != rows_.end();
+    const EntityDescription* entity = nullptr;
+    if (isOfRows) entity = &entityOf(stored[EntityTable::Entity].integer);
+    if (&today == &tables_.journal) entity = &entityOf(stored[EntityOfEntry].integer);
+    SteppedRow::CellsByName named;
+    const std::size_t first = isOfRows ? EntityTable::FirstProperty : 0;
+    for (std::size_t place = first; place < stored.size(); ++place)
+        if (stored[place].type != Cell::Type::Null)
+            named.emplace(isOfRows ? rows->second.table.properties[place - first].property
+                                   : today.columns[place],
+                          stored[place]);
+    SteppedRow row(today.name, entity ? entity->name() : std::string_view(), named, room);
+    for (const LayoutStep& each : steps_) {
+        if (each.bring) each.bring(row);
+        if (row.isDropped()) return false;
+    }
+    cells.assign(today.columns.size(), Cell());
+    std::copy_n(stored.begin(), first, cells.begin());
+    if (isOfRows) {
+        const auto names = rows->second.names.find(entity);
+        if (names == rows->second.names.end()) misplaced(today);
+        cells[EntityTable::Entity] = Cell::of(BookTables::numberOf(*entity));
+        for (const auto& [name, cell] : named) {
+            const auto place = names->second.find(name);
+            if (place == names->second.end()) superfluous(today);
+            cells[place->second] = cell;
+        }
+        return true;
+    }
+    for (const auto& [name, cell] : named) {
+        const auto place = std::ranges::find(today.columns, name);
+        if (place == today.columns.end()) superfluous(today);
+        cells[static_cast<std::size_t>(place - today.columns.begin())] = cell;
+    }
+    if (&today == &tables_.journal) cells[EntityOfEntry] = Cell::of(BookTables::numberOf(*entity));
+    return true;
 }
 
 } // namespace estatebook::platform::sqlite

@@ -35,6 +35,7 @@ namespace estatebook::platform {
 namespace sqlite {
 class BookFile;
 class FileSystem;
+struct LayoutSteps;
 } // namespace sqlite
 
 class ESTATEBOOK_API SQLiteStore final : public Store {
@@ -51,6 +52,8 @@ public:
         std::chrono::milliseconds patience{10'000};
         /// Where books lie; null for the machine's own files, and anything else is for tests. It outlives the store.
         const sqlite::FileSystem* fileSystem = nullptr;
+        /// What became of rows from layout to layout; null for what did, and anything else is for tests. It outlives the store.
+        const sqlite::LayoutSteps* layoutSteps = nullptr;
     };
 
     /// How an earlier book was brought up to date.
