@@ -7,6 +7,7 @@
 #include "estatebook/document/DateText.hpp"
 #include "estatebook/document/JsonText.hpp"
 
+#include "model/Keys.hpp"
 #include "platform/system/Clock.hpp"
 #include "platform/text/DateFormatter.hpp"
 #include "platform/text/Text.hpp"
@@ -191,6 +192,10 @@ const std::vector<OpenBook::Entry<TKTenant>>& OpenBook::tenants() const {
 
 const std::vector<OpenBook::Letting>& OpenBook::lettings() const {
     return all().lettings;
+}
+
+void OpenBook::forgetTransactions(const Letting& letting) const {
+    if (!isDocument_) context_->forgetMembers(*letting.object, keys::transactions);
 }
 
 Date OpenBook::asOf() const {

@@ -74,6 +74,9 @@ public:
         return all().identifierOf(object);
     }
 
+    /// Lets go of a letting's transactions, if they were read from a book file and nobody needs them.
+    void forgetTransactions(const Letting& letting) const;
+
     /// The letting with that identifier, or else that name, or else with a name of which the text is a part.
     /// Throws Failure when there is not just one. Of a book file no other letting is read when it is the identifier.
     /// It then holds until the next call.

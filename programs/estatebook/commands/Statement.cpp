@@ -362,21 +362,24 @@ void printStatements(const StatementOptions& options, std::ostream& out) {
     const bool isCsv = options.list.format == Format::Csv;
     if (isCsv) writeCsvHeader(options, "tenure", out);
     bool isFirst = true;
-    for (const OpenBook::Letting& letting : book.lettings()) {
+    const auto print = [&](const OpenBook::Letting& letting) {
         const Schedule schedule(*letting.object);
         const auto statement = schedule.row() ? statementOf(book, letting, options)
                                               : Reckoned<Statement>(schedule.row().error());
         if (isCsv) {
             // Whoever reads a record misses what has none.
             if (!statement) throw book.unreckonable(letting, statement.error());
-            writeCsvLines(*statement, letting.id, out);
-            continue;
+            return writeCsvLines(*statement, letting.id, out);
         }
         if (!std::exchange(isFirst, false)) out << '\n';
         if (statement)
             printText(*statement, out);
         else
             out << book.unreckonable(letting, statement.error()).what() << '\n';
+    };
+    for (const OpenBook::Letting& letting : book.lettings()) {
+        print(letting);
+        book.forgetTransactions(letting);
     }
 }
 

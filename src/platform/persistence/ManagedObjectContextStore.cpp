@@ -6,6 +6,7 @@
 #include "platform/persistence/StoreSave.hpp"
 #include "platform/persistence/StoredObjects.hpp"
 #include "platform/values/Exception.hpp"
+#include "platform/values/FirstException.hpp"
 
 #include <algorithm>
 #include <utility>
@@ -274,6 +275,48 @@ void ManagedObjectContext::forgetUnchangedMembers(ManagedObject& object) {
         if (std::ranges::none_of(slot.members(), &ManagedObject::hasChanges))
             RelationshipUpkeep::forgetMembers(slot);
     }
+}
+
+/// Whether there is nothing of the member but what was read, and it leads to nobody but its owner.
+bool ManagedObjectContext::isReadAlone(ManagedObject& member, const ManagedObject& owner) const {
+    if (!member.has(ManagedObject::Awake) || !member.isStored() || member.hasChanges() || member.isLinked())
+        return false;
+    const StoredProperties& properties = stored_->properties(member.entity());
+    return std::ranges::all_of(properties.toMany,
+                               [&](const ModelledProperty* each) {
+                                   const ToManySlot& slot = each->toMany(member);
+                                   return !slot.isUnknown() && slot.members().empty();
+                               }) &&
+           std::ranges::all_of(properties.links, [&](const ModelledProperty* each) {
+               const ManagedObject* target = each->toOne(member).target;
+               return !target || target == &owner;
+           });
+}
+
+void ManagedObjectContext::forgetMembers(ManagedObject& owner, Key toMany) {
+    assertThread();
+    const ModelledProperty* property = owner.modelledProperty(toMany);
+    if (!owns(owner) || !property || !property->isRelationship() || property->kind == PropertyKind::ToOne)
+        throw InvalidArgumentException("\"" + std::string(toMany.name()) + "\" leads from " +
+                                       owner.description() + " to no members of this context");
+    processPendingChanges();
+    ToManySlot& slot = property->toMany(owner);
+    if (!owner.isStored() || slot.isUnknown()) return;
+    const auto known = slot.members();
+    const std::vector<Ref<ManagedObject>> members(known.begin(), known.end());
+    constexpr std::uint32_t OursAlone = 2; // the context's hold, and this one
+    const bool isWanted = std::ranges::any_of(members, [&](const Ref<ManagedObject>& member) {
+        return member->referenceCount() > OursAlone || !isReadAlone(*member, owner);
+    });
+    if (isWanted) return;
+    FirstException exceptions;
+    for (const auto& member : members) {
+        member->clear(ManagedObject::Awake);
+        exceptions.keep([&] { member->willTurnIntoFault(); });
+    }
+    RelationshipUpkeep::forgetMembers(slot);
+    for (const auto& member : members) leave(*member);
+    exceptions.rethrow();
 }
 
 // Fetching

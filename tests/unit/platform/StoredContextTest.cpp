@@ -545,6 +545,60 @@ TEST_P(StoredContextTest, ARefreshedOwnerReadsItsMembersAnew) {
     EXPECT_THAT(amounts(*mine), ElementsAre(Decimal(7)));
 }
 
+TEST_P(StoredContextTest, MembersThatNobodyNeedsAreForgottenAndReadAgain) {
+    pay(*letting(), {1, 2, 3});
+    pay(*letting(), {4});
+    saveAndReopen();
+    const auto tenures = book->fetchAll<TKTenure>("Tenure");
+    for (const auto& tenure : tenures) static_cast<void>(tenure->startDate());
+    const std::size_t withoutMembers = book->objectCount();
+    EXPECT_THAT(amounts(*tenures[0]), SizeIs(3));
+    EXPECT_THAT(amounts(*tenures[1]), SizeIs(1));
+    book->forgetMembers(*tenures[0], keys::transactions);
+    EXPECT_EQ(book->objectCount(), withoutMembers + 1) << "the other letting's payment";
+    EXPECT_FALSE(book->hasChanges());
+    store->reads = {};
+    EXPECT_THAT(amounts(*tenures[0]), ElementsAre(Decimal(1), Decimal(2), Decimal(3)));
+    EXPECT_EQ(store->reads.memberBatches, 2u) << "of the letting, and the tags of its payments";
+    EXPECT_EQ(tenures[0]->totalIncome(), Decimal(6));
+    tenures[0]->createTransaction()->setAmount(Decimal(5));
+    book->forgetMembers(*tenures[0], keys::transactions);
+    EXPECT_THAT(amounts(*tenures[0]), SizeIs(4)) << "one is not saved yet";
+    saveAndReopen();
+    EXPECT_THAT(amounts(*book->fetchAll<TKTenure>("Tenure").front()), SizeIs(4));
+}
+
+TEST_P(StoredContextTest, MembersThatSomebodyNeedsAreNotForgotten) {
+    const auto tenure = letting();
+    pay(*tenure, {1, 2});
+    save();
+    const auto requireKept = [&](const char* why) {
+        const std::size_t before = book->objectCount();
+        book->forgetMembers(*tenure, keys::transactions);
+        EXPECT_EQ(book->objectCount(), before) << why;
+    };
+    static_cast<void>(amounts(*tenure));
+    auto held = Ref<ManagedObject>(&*tenure->transactions().begin());
+    requireKept("one is held");
+    dynamic_cast<TKTransaction&>(*held).setAmount(Decimal(9));
+    held = nullptr;
+    requireKept("one is changed");
+    save();
+    auto& tagged = *tenure->transactions().begin();
+    tagged.setTagNames(TKTagNames::initWithArray(Array::make({Value(text("Rent"))})));
+    save();
+    requireKept("one has tags");
+    EXPECT_THAT(tags(tagged), ElementsAre("Rent"));
+}
+
+TEST_P(StoredContextTest, OnlyMembersOfItsOwnObjectsAreForgotten) {
+    const auto tenure = letting();
+    EXPECT_THROW(book->forgetMembers(*tenure, keys::property), InvalidArgumentException);
+    EXPECT_THROW(book->forgetMembers(*tenure, keys::name), InvalidArgumentException);
+    EXPECT_THROW(contextOn(store)->forgetMembers(*tenure, keys::transactions), InvalidArgumentException);
+    EXPECT_NO_THROW(book->forgetMembers(*tenure, keys::transactions)) << "it is not even saved";
+}
+
 TEST_P(StoredContextTest, ATenureWhoseAwakeningRaisedHalfWayIsLetGo) {
     const auto tenure = letting();
     tenure->setStartDate(Date{794000000});
