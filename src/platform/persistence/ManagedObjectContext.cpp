@@ -341,4 +341,12 @@ ManagedObjectContext::executeFetchRequest(const FetchRequest& request, Ref<Error
     return found;
 }
 
+std::vector<Ref<ManagedObject>> ManagedObjectContext::fetchAllObjects(std::string_view entityName) {
+    if (!EntityDescription::entityForNameInManagedObjectContext(entityName, *this)) return {};
+    Ref<Error> error;
+    auto found = executeFetchRequest({std::string(entityName)}, &error);
+    if (!found) throw ObjectInaccessibleException(error->localizedDescription());
+    return *std::move(found);
+}
+
 } // namespace estatebook::platform

@@ -136,14 +136,14 @@ public:
     /// for a stored attribute itself.
     [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>>
     executeFetchRequest(const FetchRequest& request, Ref<Error>* error = nullptr);
-    /// All objects of an entity, typed; empty when there is no such entity.
+    /// All objects of an entity, typed; empty when there is no such entity. Raises ObjectInaccessibleException when the store cannot
+    /// be read, as reading an object does.
     template <class T>
     [[nodiscard]] std::vector<Ref<T>> fetchAll(std::string_view entityName) {
         std::vector<Ref<T>> all;
-        const auto found = executeFetchRequest({std::string(entityName)});
-        if (!found) return all;
-        all.reserve(found->size());
-        for (const auto& object : *found)
+        const auto found = fetchAllObjects(entityName);
+        all.reserve(found.size());
+        for (const auto& object : found)
             if (auto typed = refCast<T>(object)) all.push_back(std::move(typed));
         return all;
     }
@@ -286,6 +286,7 @@ private:
     [[nodiscard]] Store& readableStore();
     [[nodiscard]] std::optional<std::vector<Ref<ManagedObject>>>
     fetchFromStore(const FetchRequest& request, const EntityDescription& entity, Ref<Error>* error);
+    [[nodiscard]] std::vector<Ref<ManagedObject>> fetchAllObjects(std::string_view entityName);
     [[nodiscard]] std::vector<Ref<ManagedObject>> changedOfEntity(const EntityDescription& entity) const;
     ManagedObject& makeFault(const EntityDescription& entity, RowKey key);
     /// The object that stands for the row, a fault if there was none. Raises ObjectInaccessibleException when it is of another

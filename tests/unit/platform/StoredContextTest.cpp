@@ -456,6 +456,23 @@ TEST_P(StoredContextTest, AStoreThatCannotBeReadIsTold) {
     EXPECT_EQ(flat->notes().count(), 1u);
 }
 
+TEST_P(StoredContextTest, WhoeverFetchesAllIsToldWhenTheyCannotBeRead) {
+    property("Elm");
+    property("Ash");
+    saveAndReopen();
+    store->unreadable = StoreError{StoreErrorCode::Unreadable, "", "The disk does not answer"};
+    try {
+        const auto all = book->fetchAll<TKProperty>("Property");
+        ADD_FAILURE() << all.size() << " are no answer";
+    } catch (const ObjectInaccessibleException& exception) {
+        EXPECT_EQ(exception.reason(), "The disk does not answer");
+    }
+    EXPECT_THAT(book->fetchAll<TKProperty>("Castle"), IsEmpty()) << "nothing is asked";
+    store->unreadable.reset();
+    EXPECT_THAT(book->fetchAll<TKProperty>("Property"), SizeIs(2));
+    EXPECT_THAT(book->fetchAll<TKProperty>("Castle"), IsEmpty());
+}
+
 TEST_P(StoredContextTest, ARefreshReadsWhatOthersSaved) {
     property("Elm");
     save();
