@@ -111,7 +111,8 @@ public:
     [[nodiscard]] const Ref<UndoManager>& undoManager() const noexcept { return undoManager_; }
     /// What the former one remembers of this context is forgotten.
     void setUndoManager(Ref<UndoManager> manager);
-    /// undo, redo: of the undo manager; nothing happens without one. All that was one step changes at once: nobody is told before
+    /// undo, redo: of the undo manager; nothing happens without one. What they need is read first: when the store cannot be read, they
+    /// raise ObjectInaccessibleException, change nothing, and can be tried again. All that was one step changes at once: nobody is told before
     /// every value is restored. Objects that return are awakened anew, with `awakeFromFetch` and then
     /// `awakeFromSnapshotEvents`; those that go are deleted.
     void undo();
@@ -188,7 +189,7 @@ public:
     identifiers(std::span<const Ref<ManagedObject>> objects, Ref<Error>* error = nullptr);
 
     /// Takes back everything since the last save: inserted objects go, deleted ones return, values are what they
-    /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more.
+    /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more. What cannot be read is as for undoing.
     void rollback();
 
     /// Forgets every object, every unsaved change and what could be undone. Awake objects are told as at the end of the context.
@@ -270,6 +271,12 @@ private:
     void registerChanges();
     [[nodiscard]] std::vector<FormerValue> allFormerValues(ManagedObject& object,
                                                            FormerValues ObjectJournal::*since);
+    /// Reads all that restoring needs, so that what cannot be read leaves nothing half restored.
+    void readyToRestore(const ChangeSet& set);
+    void readyToRestore(ManagedObject& object, std::span<const FormerValue> former);
+    /// What a link leads to, or is to lead to, with the side that follows.
+    void readOtherSide(const ModelledProperty& link, ManagedObject* other);
+    void readyToRollBack();
     void restore(const ChangeSet& set, RestoringEvents events);
     void takeBack(ManagedObject& object);
     void awakeReturned(const ObjectChange& change);

@@ -7,8 +7,10 @@
 #include "platform/values/FirstException.hpp"
 #include "platform/values/Set.hpp"
 
+#include <memory>
 #include <ranges>
 #include <utility>
+#include <vector>
 
 namespace estatebook::platform {
 
@@ -100,15 +102,17 @@ void ManagedObjectContext::registerChanges() {
         object->clear(ManagedObject::DeletedInBatch);
     }
     if (set.changes.empty()) return;
-    undoManager_->registerUndo(this, [this, changes = std::move(set)] {
+    const auto changes = std::make_shared<const ChangeSet>(std::move(set));
+    const auto takeBackAll = [this, changes] {
         FirstException exceptions;
         exceptions.keep([&] {
-            restore(changes, {undoManager_->isRedoing() ? SnapshotUndoInsertion : SnapshotUndoDeletion,
-                              SnapshotUndoUpdate});
+            restore(*changes, {undoManager_->isRedoing() ? SnapshotUndoInsertion : SnapshotUndoDeletion,
+                               SnapshotUndoUpdate});
         });
         exceptions.keep([&] { processPendingChanges(); });
         exceptions.rethrow();
-    });
+    };
+    undoManager_->registerUndo(this, takeBackAll, [this, changes] { readyToRestore(*changes); });
 }
 
 /// Every value that is kept, as it was before the changes that a part of the journal tells of.
@@ -194,6 +198,60 @@ void arrange(ManagedObject& owner, const ModelledProperty& ordered, const Value&
 
 } // namespace
 
+void ManagedObjectContext::readOtherSide(const ModelledProperty& link, ManagedObject* other) {
+    if (!other || !isWithin(*other)) return;
+    other->access();
+    other->knowMembersOf(link.inverse);
+}
+
+void ManagedObjectContext::readyToRestore(ManagedObject& object, std::span<const FormerValue> former) {
+    object.access();
+    for (const FormerValue& each : former) {
+        if (each.property->kind == PropertyKind::OrderedToMany) object.knownMembers(*each.property);
+        if (each.property->kind != PropertyKind::ToOne) continue;
+        readOtherSide(*each.property, each.property->toOne(object).target);
+        readOtherSide(*each.property, each.value.as<ManagedObject>().get());
+    }
+}
+
+void ManagedObjectContext::readyToRestore(const ChangeSet& set) {
+    for (const ObjectChange& change : set.changes) {
+        ManagedObject& object = *change.object;
+        if (isWithin(object)) {
+            if (change.kind != ObjectChange::Kind::Insertion) {
+                readyToRestore(object, change.former);
+                continue;
+            }
+            object.access();
+            readAround(object);
+            continue;
+        }
+        // It comes back from outside.
+        for (const FormerValue& each : change.former)
+            if (each.property->kind == PropertyKind::ToOne)
+                readOtherSide(*each.property, each.value.as<ManagedObject>().get());
+    }
+}
+
+void ManagedObjectContext::readyToRollBack() {
+    for (const auto& object : std::vector(changed_)) {
+        if (!isWithin(*object)) continue;
+        if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem)) {
+            readAround(*object);
+            continue;
+        }
+        if (const ObjectJournal* journal = journalOf(*object))
+            readyToRestore(*object, std::vector(journal->sinceSave.all()));
+        if (!object->isDeleted()) continue;
+        object->forEachModelledProperty([&](const ModelledProperty& property) {
+            if (property.kind == PropertyKind::ToOne)
+                readOtherSide(property, property.toOne(*object).target);
+            else if (property.kind == PropertyKind::OrderedToMany)
+                object->knownMembers(property);
+        });
+    }
+}
+
 void ManagedObjectContext::restore(const ChangeSet& set, RestoringEvents events) {
     FirstException exceptions;
     std::vector<Ref<ManagedObject>> leaving;
@@ -273,6 +331,7 @@ void ManagedObjectContext::restore(const ChangeSet& set, RestoringEvents events)
 void ManagedObjectContext::rollback() {
     assertThread();
     const Raised unrecorded(recordingOff_);
+    readyToRollBack();
     FirstException exceptions;
     exceptions.keep([&] { processPendingChanges(); });
     ChangeSet set;
@@ -311,6 +370,8 @@ void ManagedObjectContext::refreshObjectMergeChanges(ManagedObject& object, bool
     if (object.has(ManagedObject::Fault) || object.has(ManagedObject::Inserted) || object.isDeleted()) return;
     if (mergeChanges) return mergeFromStore(object);
 
+    if (const ObjectJournal* journal = journalOf(object))
+        readyToRestore(object, std::vector(journal->sinceSave.all()));
     FirstException exceptions;
     FormerValues remaining;
     if (ObjectJournal* journal = journalOf(object)) {

@@ -49,7 +49,7 @@ void UndoManager::closeGroup() {
     if (levels_ > 0 && groups.size() > levels_) groups.pop_front();
 }
 
-void UndoManager::registerUndo(const void* target, Action action) {
+void UndoManager::registerUndo(const void* target, Action action, Action ready) {
     if (!isUndoRegistrationEnabled()) return;
     if (level_ == 0) {
         if (!groupsByEvent_)
@@ -59,7 +59,7 @@ void UndoManager::registerUndo(const void* target, Action action) {
         level_ = 1;
     }
     if (work_ == Work::None) redo_.clear();
-    open_.steps.push_back({target, std::move(action)});
+    open_.steps.push_back({target, std::move(action), std::move(ready)});
 }
 
 // Undoing
@@ -81,18 +81,35 @@ void UndoManager::perform(std::deque<Group>& from, Work work) {
     endEvent();
     if (from.empty()) return;
 
-    const Group group = std::move(from.back());
+    Group group = std::move(from.back());
     from.pop_back();
-    open_.name = group.name;
     level_ = 1;
     work_ = work;
+    bool isReady = false;
+    FirstException exceptions;
+    exceptions.keep([&] {
+        for (const Step& step : group.steps)
+            if (step.ready) step.ready();
+        isReady = true;
+    });
+    if (isReady) {
+        open_.name = group.name;
+        exceptions.keep([&] { carryOut(group); });
+    } else {
+        from.push_back(std::move(group));
+        work_ = Work::None;
+    }
+    level_ = 0;
+    closeGroup();
+    work_ = Work::None;
+    exceptions.rethrow();
+}
+
+void UndoManager::carryOut(const Group& group) {
     FirstException exceptions;
     for (auto step = group.steps.rbegin(); step != group.steps.rend(); ++step)
         exceptions.keep([&] { step->action(); });
     exceptions.keep([&] { checkpoint(); });
-    level_ = 0;
-    closeGroup();
-    work_ = Work::None;
     exceptions.rethrow();
 }
 

@@ -53,10 +53,11 @@ public:
     /// Remembers how to take back what was just done. While undoing or redoing it becomes part of the opposite; else
     /// nothing can be redone any more. Nothing is remembered while registration is disabled. The target only serves
     /// to take the action away again. Raises InternalInconsistencyException outside a group, when none opens by itself.
-    void registerUndo(const void* target, Action action);
+    /// What it needs is readied before any action of its group is carried out; if that raises, the group stays where it is.
+    void registerUndo(const void* target, Action action, Action ready = {});
 
-    /// Takes the last group back, after the event's own is closed. Every action is carried out; the first exception of one leaves
-    /// at the end. Does nothing when there is no group. Raises InternalInconsistencyException within a group begun by hand,
+    /// Takes the last group back, after the event's own is closed. When all that it needs is ready, every action is carried out; the
+    /// first exception of one leaves at the end. Does nothing when there is no group. Raises InternalInconsistencyException within a group begun by hand,
     /// or while undoing or redoing.
     void undo();
     /// The same for the group that was undone last.
@@ -91,6 +92,7 @@ private:
     struct Step {
         const void* target;
         Action action;
+        Action ready{};
     };
     struct Group {
         std::string name;
@@ -101,6 +103,7 @@ private:
     void checkpoint();
     void closeGroup();
     void perform(std::deque<Group>& from, Work work);
+    void carryOut(const Group& group);
 
     std::size_t disabled_ = 0;
     std::size_t levels_ = 0;
