@@ -54,7 +54,7 @@ FOREIGN = {
     "sys/stat.h": ["src/platform/persistence/store"],
     "sys/timerfd.h": ["src/platform/system"],
     "syslog.h": ["src/platform/system"],
-    "fcntl.h": ["programs", "src/platform/persistence/store"],
+    "fcntl.h": ["programs", "src/platform/persistence/store", "src/platform/system"],
     "locale.h": ["programs"],
     "signal.h": ["programs"],
     "sys/inotify.h": ["programs"],

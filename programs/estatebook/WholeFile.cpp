@@ -6,10 +6,11 @@
 #include "estatebook/book/StoredBook.hpp"
 #include "estatebook/document/JsonText.hpp"
 
+#include "platform/system/FileNames.hpp"
+
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <system_error>
 
@@ -68,7 +69,7 @@ public:
 
     void finish() {
         if (fsync(descriptor_) != 0) refuse(errno);
-        if (std::rename(name_.c_str(), path_.c_str()) != 0) refuse(errno);
+        if (const std::error_code error = platform::renameOver(name_, path_)) refuse(error.value());
         close(descriptor_);
         descriptor_ = -1;
     }

@@ -3,16 +3,14 @@
 
 #include "estatebook/document/JsonText.hpp"
 
+#include "platform/system/FileNames.hpp"
+
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace estatebook {
 
@@ -24,23 +22,6 @@ namespace files = std::filesystem;
     throw Failure(ExitCode::CannotRead,
                   fmt::format("{}: {}: {}; check its name, the permissions and the room on the disk", file,
                               what, std::generic_category().message(error)));
-}
-
-/// Gives the file its name unless something has it already.
-int renameToFree(const std::string& from, const std::string& to) noexcept {
-    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return 0;
-    if (errno != EINVAL && errno != ENOSYS) return errno;
-    // A link is never put over another file either.
-    return link(from.c_str(), to.c_str()) == 0 ? 0 : errno;
-}
-
-/// Has the folder remember its names when the power fails.
-int syncFolder(const files::path& folder) noexcept {
-    const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return errno;
-    const int error = fsync(descriptor) == 0 ? 0 : errno;
-    close(descriptor);
-    return error;
 }
 
 files::path folderOf(const std::string& path) {
@@ -99,11 +80,12 @@ void NewBook::finish() {
     draft_->save();
     draft_.reset();
     requireRoom();
-    if (const int error = renameToFree(draftPath(), path_)) {
-        if (error == EEXIST) requireRoom();
-        refuse(file_, "it cannot be given its name", error);
+    if (const std::error_code error = platform::renameToFree(draftPath(), path_)) {
+        if (error == std::errc::file_exists) requireRoom();
+        refuse(file_, "it cannot be given its name", error.value());
     }
-    if (const int error = syncFolder(folderOf(path_))) refuse(file_, "its folder cannot be written", error);
+    if (const std::error_code error = platform::syncFolderOf(path_))
+        refuse(file_, "its folder cannot be written", error.value());
 }
 
 } // namespace estatebook

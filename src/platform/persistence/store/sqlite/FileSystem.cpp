@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/store/sqlite/FileSystem.hpp"
 
+#include "platform/system/FileNames.hpp"
+
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -16,14 +17,6 @@ namespace files = std::filesystem;
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
-}
-
-std::error_code sync(const std::string& path, int flags) {
-    const int descriptor = open(path.c_str(), flags | O_CLOEXEC);
-    if (descriptor < 0) return lastError();
-    const std::error_code error = fsync(descriptor) == 0 ? std::error_code() : lastError();
-    close(descriptor);
-    return error;
 }
 
 class Machine final : public FileSystem {
@@ -72,15 +65,10 @@ public:
         return error;
     }
     std::error_code rename(const std::string& from, const std::string& to) const override {
-        int result = renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE);
-        if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-            if (isTaken(to)) return std::make_error_code(std::errc::file_exists);
-            result = std::rename(from.c_str(), to.c_str());
-        }
-        return result == 0 ? std::error_code() : lastError();
+        return renameToFree(from, to);
     }
     std::error_code replace(const std::string& from, const std::string& to) const override {
-        return std::rename(from.c_str(), to.c_str()) == 0 ? std::error_code() : lastError();
+        return renameOver(from, to);
     }
     std::error_code makeFolder(const std::string& path) const override {
         std::error_code error;
@@ -94,10 +82,9 @@ public:
             names.push_back(each->path().filename().string());
         return names;
     }
-    std::error_code syncFile(const std::string& path) const override { return sync(path, O_RDWR); }
+    std::error_code syncFile(const std::string& path) const override { return platform::syncFile(path); }
     std::error_code syncFolderOf(const std::string& path) const override {
-        const files::path folder = files::path(path).parent_path();
-        return sync(folder.empty() ? "." : folder.string(), O_RDONLY | O_DIRECTORY);
+        return platform::syncFolderOf(path);
     }
     StoreResult<WriterLock> lock(const std::string& path, const CommitOrigin& holder) const override {
         return WriterLock::take(path, holder);
