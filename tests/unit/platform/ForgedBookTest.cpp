@@ -233,6 +233,15 @@ TEST_F(ForgedBookTest, CellsOfAnotherTypeAreNotTakenForText) {
     }
 }
 
+TEST_F(ForgedBookTest, ANumberInAnotherFormIsRefused) {
+    forge("UPDATE Account SET rentalBillingCycle = -0.0, _entity = (SELECT number FROM book_entity WHERE "
+          "name = "
+          "'Property') WHERE _key = 2");
+    EXPECT_THAT(*open()->check(), Contains(HasSubstr("(2) at \"rentalBillingCycle\"")));
+    EXPECT_FALSE(test::contentOf(*open()));
+    EXPECT_THAT(lostBySalvage(), Contains(HasSubstr("the row 2 of Account is not sound")));
+}
+
 TEST_F(ForgedBookTest, WhatAnEntityDoesNotHaveIsTold) {
     EXPECT_THAT(findingsAfter("UPDATE Account SET sublease = 'yes' WHERE _key = 1"),
                 ElementsAre(HasSubstr("(1): it holds \"sublease\", which no Tenant has")));

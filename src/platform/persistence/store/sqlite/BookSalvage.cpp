@@ -189,6 +189,7 @@ void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std:
             return;
         }
         form_->requireForm(table, cells);
+        writeAnew(table, cells);
         for (Cell& cell : cells)
             if (!cell.bytes.empty()) cell.bytes = room_.keep(cell.bytes);
         rows_[&table].insert_or_assign(number, std::move(cells));
@@ -196,6 +197,23 @@ void BookSalvage::take(const SealedTable& table, const SealedTable& stored, std:
     } catch (const StoreFailure& failure) {
         requireDamage(failure);
         lose("The table " + table.name + ": " + rowName(table, number) + " is not sound: " + failure.reason);
+    }
+}
+
+// What can be read may stand there in another form than it is written in.
+void BookSalvage::writeAnew(const SealedTable& table, Cells& cells) {
+    for (const EntityTable& each : tables_.entityTables()) {
+        if (&table != &each) continue;
+        Row row;
+        form_->decode(each, cells, row);
+        const auto attributes = row.entity->attributes();
+        const EntityColumns& columns = tables_.columnsOf(*row.entity);
+        for (std::size_t index = 0; index < attributes.size(); ++index)
+            if (const auto place = columns.values[index]) {
+                const Cell cell = form_->coding().encode(row.values[index], attributes[index].type, room_);
+                cells[*place] = cell;
+                if (!cell.bytes.empty()) cells[*place].bytes = room_.keep(cell.bytes);
+            }
     }
 }
 

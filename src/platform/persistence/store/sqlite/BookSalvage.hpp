@@ -48,6 +48,8 @@ private:
                                                                 const SealedTable& table, std::int64_t first);
     void take(const SealedTable& table, const SealedTable& stored, std::int64_t number,
               const Statement::Use& row);
+    /// Has each value stand in the form in which it is written.
+    void writeAnew(const SealedTable& table, Cells& cells);
     /// Names the entries of the metadata that are lost, as far as the index over their names tells.
     void nameLostEntries(Connection& connection);
     void dropDoubles();

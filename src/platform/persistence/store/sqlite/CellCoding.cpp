@@ -52,7 +52,7 @@ Cell encodeDouble(double number, CellRoom& room) {
 }
 
 double decodeDouble(const Cell& cell) {
-    if (cell.type == Cell::Type::Real) return cell.real;
+    if (cell.type == Cell::Type::Real && isKept(cell.real)) return cell.real;
     if (cell.type != Cell::Type::Blob || cell.bytes.size() != sizeof(double)) foreignCell();
     const auto number = std::bit_cast<double>(bitsOf<std::uint64_t>(cell.bytes));
     if (isKept(number)) foreignCell();
@@ -133,7 +133,7 @@ Value decodeNumber(const Cell& cell) {
     case Cell::Type::Integer:
         return cell.integer;
     case Cell::Type::Real:
-        return cell.real;
+        return decodeDouble(cell);
     case Cell::Type::Blob:
         if (cell.bytes.size() != sizeof(float)) return decodeDouble(cell);
         return std::bit_cast<float>(bitsOf<std::uint32_t>(cell.bytes));
