@@ -13,7 +13,6 @@ namespace estatebook::desktop {
 
 using platform::Date;
 using platform::Decimal;
-using platform::Ref;
 
 namespace {
 

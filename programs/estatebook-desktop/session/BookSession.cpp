@@ -41,7 +41,6 @@ using platform::ManagedObject;
 using platform::NotificationCentre;
 using platform::Ref;
 using platform::SQLiteStore;
-using platform::StoreErrorCode;
 using platform::String;
 using platform::TimeZone;
 using platform::UndoManager;
@@ -361,7 +360,7 @@ std::string BookSession::reasonOf(const platform::Error& error) const {
 
 /// What is to be added to the reason.
 std::string BookSession::putAside() {
-    const std::string kept =
+    std::string kept =
         with(Words::tr(". Until then the edits are kept in %1"), forMessage(side_.path(), LongestName));
     if (!isAheadOfSideFile_) return kept;
     try {

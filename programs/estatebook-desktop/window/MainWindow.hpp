@@ -66,7 +66,7 @@ public:
     bool openExample(const QString& path);
     /// Null as long as no book is open.
     [[nodiscard]] BookSession* session() const noexcept { return session_.get(); }
-    [[nodiscard]] const Figures& figures() const { return *figures_; }
+    [[nodiscard]] const Figures& figures() const { return figures_.value(); }
 
     void showPage(Page page);
     [[nodiscard]] Page page() const;
