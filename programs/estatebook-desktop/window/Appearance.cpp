@@ -101,12 +101,10 @@ std::optional<Appearance> appearanceNamed(const QString& name) {
 }
 
 void applyAppearance(Appearance appearance) {
-    if (appearance == Appearance::System) {
-        QApplication::setStyle(new RoomyStyle);
-        return;
-    }
-    QApplication::setStyle(new RoomyStyle(QStyleFactory::create(QStringLiteral("Fusion"))));
-    QApplication::setPalette(paletteOf(appearance));
+    const bool isSystem = appearance == Appearance::System;
+    auto* style = new RoomyStyle(isSystem ? nullptr : QStyleFactory::create(QStringLiteral("Fusion")));
+    style->giveToApplication();
+    if (!isSystem) QApplication::setPalette(paletteOf(appearance));
 }
 
 } // namespace estatebook::desktop

@@ -65,6 +65,8 @@ private:
 
 MainWindow::MainWindow(DesktopLoop& loop, Dialogs& dialogs) : loop_(loop), dialogs_(dialogs) {
     resize(UsualSize);
+    turn_.setSingleShot(true);
+    connect(&turn_, &QTimer::timeout, this, &MainWindow::refresh);
     makeActions();
     makeLists();
     makeFrame();
@@ -84,7 +86,7 @@ MainWindow::~MainWindow() {
 // -- The frame ------------------------------------------------------------------------------------------------
 
 void MainWindow::makeLists() {
-    const FiguresSource figures = [this]() -> const Figures& { return *figures_; };
+    const FiguresSource figures = [this]() -> const Figures& { return this->figures(); };
     const auto add = [&](Page page, const QString& name, std::unique_ptr<ListModel> model,
                          const ListPage::WhenEmpty& whenEmpty) {
         auto* list = new ListPage(name, std::move(model), whenEmpty, figures);
@@ -226,9 +228,9 @@ void MainWindow::takeSession(std::unique_ptr<BookSession> session) {
     controller_->setDocument(document_.get());
     figures_ = Figures::of(*session_);
     scan_ = std::make_unique<ArrearsScan>(*session_, lists_[static_cast<std::size_t>(Page::Arrears)]->model(),
-                                          [this]() -> const Figures& { return *figures_; });
+                                          [this]() -> const Figures& { return figures(); });
     settings_ = new SettingsPage(*session_);
-    statement_ = new StatementPage(*session_, dialogs_, [this]() -> const Figures& { return *figures_; });
+    statement_ = new StatementPage(*session_, dialogs_, [this]() -> const Figures& { return figures(); });
     pages_->addWidget(settings_);
     pages_->addWidget(statement_);
     connect(statement_, &StatementPage::leaving, this, &MainWindow::leaveStatement);
@@ -317,19 +319,13 @@ void MainWindow::search(const QString& text) {
 
 void MainWindow::setAsOf(const std::optional<QDate>& day) {
     if (!session_) return;
-    const bool isToday = day && *day == figures_->dateOf(platform::Clock::now());
-    session_->setAsOf(day && !isToday ? std::optional(figures_->instantOf(*day)) : std::nullopt);
+    const bool isToday = day && *day == figures().dateOf(platform::Clock::now());
+    session_->setAsOf(day && !isToday ? std::optional(figures().instantOf(*day)) : std::nullopt);
 }
 
 void MainWindow::refreshLater() {
     isFresh_ = {};
-    if (std::exchange(isRefreshDue_, true)) return;
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (isRefreshDue_) refresh();
-        },
-        Qt::QueuedConnection);
+    if (!turn_.isActive()) turn_.start(0);
 }
 
 void MainWindow::refreshNow() {
@@ -341,7 +337,7 @@ void MainWindow::refreshNow() {
 }
 
 void MainWindow::refresh() {
-    isRefreshDue_ = false;
+    turn_.stop();
     if (!session_) return;
     ++refreshes_;
     figures_ = Figures::of(*session_);
@@ -375,10 +371,10 @@ void MainWindow::refreshPage(Page page) {
 
 void MainWindow::showDay() {
     const QSignalBlocker quiet(day_);
-    day_->setDate(figures_->dateOf(session_->today()));
+    day_->setDate(figures().dateOf(session_->today()));
     today_->setEnabled(session_->asOf().has_value());
-    currency_->setText(figures_->currency().isEmpty() ? QString()
-                                                      : tr("Amounts in %1").arg(figures_->currency()));
+    currency_->setText(figures().currency().isEmpty() ? QString()
+                                                      : tr("Amounts in %1").arg(figures().currency()));
 }
 
 void MainWindow::showCondition() {
@@ -422,7 +418,7 @@ void MainWindow::showOffer() {
         return;
     }
     offered_ =
-        tr("Edits of %1 could not be saved then, and are kept beside the book.").arg(figures_->day(*when));
+        tr("Edits of %1 could not be saved then, and are kept beside the book.").arg(figures().day(*when));
     const auto take = [this] {
         try {
             session_->takePutAside();

@@ -21,8 +21,10 @@
 #include "platform/toolkit/WindowController.hpp"
 
 #include <QMainWindow>
+#include <QTimer>
 
 #include <array>
+#include <cassert>
 #include <memory>
 #include <optional>
 
@@ -66,7 +68,11 @@ public:
     bool openExample(const QString& path);
     /// Null as long as no book is open.
     [[nodiscard]] BookSession* session() const noexcept { return session_.get(); }
-    [[nodiscard]] const Figures& figures() const { return figures_.value(); }
+    /// REQUIRES: a book is open.
+    [[nodiscard]] const Figures& figures() const noexcept {
+        assert(figures_);
+        return *figures_;
+    }
 
     void showPage(Page page);
     [[nodiscard]] Page page() const;
@@ -152,7 +158,8 @@ private:
     std::function<platform::ManagedObject*()> whenConfirmed_;
     std::optional<Figures> figures_;
     std::unique_ptr<ArrearsScan> scan_;
-    bool isRefreshDue_ = false;
+    /// Comes round in the next turn of the event loop when there is something to be read anew.
+    QTimer turn_;
     std::size_t refreshes_ = 0;
     /// Of each page: whether it shows the book as it is.
     std::array<bool, Lists + 1> isFresh_{};

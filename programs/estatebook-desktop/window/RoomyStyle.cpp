@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/window/RoomyStyle.hpp"
 
+#include <QApplication>
 #include <QPainter>
 #include <QStyleOption>
 
@@ -55,6 +56,10 @@ QColor outlineOf(const QStyleOption& option) {
 }
 
 } // namespace
+
+void RoomyStyle::giveToApplication() {
+    QApplication::setStyle(this);
+}
 
 int RoomyStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {
     if (metric == PM_FocusFrameHMargin) return MarginOfItems;

@@ -13,6 +13,9 @@ class RoomyStyle : public QProxyStyle {
 public:
     using QProxyStyle::QProxyStyle;
 
+    /// Has everything drawn by it. The application owns it from then on.
+    void giveToApplication();
+
     [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption* option,
                                   const QWidget* widget) const override;
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
