@@ -201,10 +201,11 @@ public:
     /// there is nothing to read it from. Raises InvalidArgumentException for an object of another context.
     void refreshObjectMergeChanges(ManagedObject& object, bool mergeChanges);
 
-    /// Lets go of the members of a to-many relationship that were read, so that who walks through a large book needs no room for
-    /// all of it. They are read again when they are next asked for; those that are awake get `willTurnIntoFault` now. Nothing
-    /// happens while one of them is changed, held by somebody, not read or an owner of others. Linear in the members. Raises
-    /// InvalidArgumentException for an object of another context and for a key that is no to-many relationship.
+    /// Lets go of the members of a to-many relationship that were read, and of their own, so that who walks through a large book
+    /// needs no room for all of it. They are read again when they are next asked for; those that are awake get `willTurnIntoFault`
+    /// now. Nothing happens while one of them is changed, held by somebody or linked with others, or has members that are
+    /// not read. Linear in the members. Raises InvalidArgumentException for an object of another context and for a key that
+    /// is no to-many relationship.
     void forgetMembers(ManagedObject& owner, Key toMany);
 
     [[nodiscard]] std::string_view runtimeClassName() const noexcept override {
@@ -330,7 +331,8 @@ private:
     /// objects. REQUIRES: those that left still live.
     void forgetLinksToThoseGone() noexcept;
     void forgetUnchanged(std::size_t from);
-    [[nodiscard]] bool isReadAlone(ManagedObject& member, const ManagedObject& owner) const;
+    [[nodiscard]] bool findReadAlone(ManagedObject& member, const ManagedObject& owner,
+                                     std::vector<Ref<ManagedObject>>& found) const;
     /// Has members read again, but for those whose changes are not saved.
     void forgetUnchangedMembers(ManagedObject& object);
     bool resolveUnknownSave(Ref<Error>* error);

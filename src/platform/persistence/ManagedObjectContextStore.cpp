@@ -9,6 +9,7 @@
 #include "platform/values/FirstException.hpp"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace estatebook::platform {
@@ -277,20 +278,25 @@ void ManagedObjectContext::forgetUnchangedMembers(ManagedObject& object) {
     }
 }
 
-/// Whether there is nothing of the member but what was read, and it leads to nobody but its owner.
-bool ManagedObjectContext::isReadAlone(ManagedObject& member, const ManagedObject& owner) const {
-    if (!member.has(ManagedObject::Awake) || !member.isStored() || member.hasChanges() || member.isLinked())
+/// Finds the member and all that it owns; false when there is more of one of them than what was read, or somebody else
+/// holds it or is led to by it.
+bool ManagedObjectContext::findReadAlone(ManagedObject& member, const ManagedObject& owner,
+                                         std::vector<Ref<ManagedObject>>& found) const {
+    found.emplace_back(&member);
+    constexpr std::uint32_t OursAlone = 2; // the context's hold, and this one
+    if (!member.isStored() || member.hasChanges() || member.isLinked() || member.referenceCount() > OursAlone)
         return false;
     const StoredProperties& properties = stored_->properties(member.entity());
-    return std::ranges::all_of(properties.toMany,
-                               [&](const ModelledProperty* each) {
-                                   const ToManySlot& slot = each->toMany(member);
-                                   return !slot.isUnknown() && slot.members().empty();
-                               }) &&
-           std::ranges::all_of(properties.links, [&](const ModelledProperty* each) {
-               const ManagedObject* target = each->toOne(member).target;
-               return !target || target == &owner;
-           });
+    for (const ModelledProperty* link : properties.links)
+        if (const ManagedObject* target = link->toOne(member).target; target && target != &owner)
+            return false;
+    for (const ModelledProperty* toMany : properties.toMany) {
+        const ToManySlot& slot = toMany->toMany(member);
+        if (slot.isUnknown()) return false;
+        for (ManagedObject* each : slot.members())
+            if (!findReadAlone(*each, member, found)) return false;
+    }
+    return true;
 }
 
 void ManagedObjectContext::forgetMembers(ManagedObject& owner, Key toMany) {
@@ -302,20 +308,18 @@ void ManagedObjectContext::forgetMembers(ManagedObject& owner, Key toMany) {
     processPendingChanges();
     ToManySlot& slot = property->toMany(owner);
     if (!owner.isStored() || slot.isUnknown()) return;
-    const auto known = slot.members();
-    const std::vector<Ref<ManagedObject>> members(known.begin(), known.end());
-    constexpr std::uint32_t OursAlone = 2; // the context's hold, and this one
-    const bool isWanted = std::ranges::any_of(members, [&](const Ref<ManagedObject>& member) {
-        return member->referenceCount() > OursAlone || !isReadAlone(*member, owner);
-    });
-    if (isWanted) return;
+    std::vector<Ref<ManagedObject>> found;
+    for (ManagedObject* member : slot.members())
+        if (!findReadAlone(*member, owner, found)) return;
     FirstException exceptions;
-    for (const auto& member : members) {
-        member->clear(ManagedObject::Awake);
-        exceptions.keep([&] { member->willTurnIntoFault(); });
+    for (const auto& each : found) {
+        if (!each->has(ManagedObject::Awake)) continue;
+        each->clear(ManagedObject::Awake);
+        exceptions.keep([&] { each->willTurnIntoFault(); });
     }
     RelationshipUpkeep::forgetMembers(slot);
-    for (const auto& member : members) leave(*member);
+    // Whoever is owned goes before its owner.
+    for (const auto& each : std::ranges::reverse_view(found)) leave(*each);
     exceptions.rethrow();
 }
 

@@ -600,12 +600,32 @@ TEST_P(StoredContextTest, MembersThatSomebodyNeedsAreNotForgotten) {
     dynamic_cast<TKTransaction&>(*held).setAmount(Decimal(9));
     held = nullptr;
     requireKept("one is changed");
-    save();
-    auto& tagged = *tenure->transactions().begin();
-    tagged.setTagNames(TKTagNames::initWithArray(Array::make({Value(text("Rent"))})));
-    save();
-    requireKept("one has tags");
-    EXPECT_THAT(tags(tagged), ElementsAre("Rent"));
+}
+
+TEST_P(StoredContextTest, TagsAreForgottenWithTheirOwner) {
+    {
+        const auto tenure = letting();
+        pay(*tenure, {1, 2});
+        (*tenure->transactions().begin())
+            .setTagNames(TKTagNames::initWithArray(Array::make({Value(text("Rent")), Value(text("Bank"))})));
+    }
+    saveAndReopen();
+    const auto tenure = theLetting();
+    const auto tagged = [&]() -> TKTransaction& { return *tenure->transactions().begin(); };
+    const auto readAll = [&] {
+        EXPECT_THAT(amounts(*tenure), SizeIs(2));
+        EXPECT_THAT(tags(tagged()), ElementsAre("Rent", "Bank"));
+    };
+    readAll();
+    const std::size_t before = book->objectCount();
+    book->forgetMembers(*tenure, keys::transactions);
+    EXPECT_EQ(book->objectCount(), before - 4);
+    readAll();
+    EXPECT_EQ(book->objectCount(), before);
+    const auto held = Ref<ManagedObject>(&*tagged().tags().begin());
+    book->forgetMembers(*tenure, keys::transactions);
+    EXPECT_EQ(book->objectCount(), before) << "a tag is held";
+    EXPECT_TRUE(held->managedObjectContext());
 }
 
 TEST_P(StoredContextTest, OnlyMembersOfItsOwnObjectsAreForgotten) {
