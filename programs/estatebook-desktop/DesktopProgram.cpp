@@ -3,12 +3,12 @@
 
 #include "estatebook-desktop/screenshots/Screenshots.hpp"
 #include "estatebook-desktop/window/Appearance.hpp"
+#include "estatebook-desktop/window/DesktopApplication.hpp"
 #include "estatebook-desktop/window/MainWindow.hpp"
 #include "estatebook-desktop/window/Translations.hpp"
 
 #include "platform/toolkit/qt/QtToolkit.hpp"
 
-#include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QSettings>
@@ -18,7 +18,7 @@
 namespace estatebook::desktop {
 
 int runDesktop(int argumentCount, char** arguments) {
-    QApplication application(argumentCount, arguments);
+    const DesktopApplication application(argumentCount, arguments);
     QApplication::setOrganizationName(QStringLiteral("EstateBook"));
     QApplication::setApplicationName(QStringLiteral("estatebook-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("EstateBook"));

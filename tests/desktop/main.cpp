@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include <gtest/gtest.h>
+#include "estatebook-desktop/window/DesktopApplication.hpp"
 
-#include <QApplication>
+#include <gtest/gtest.h>
 
 /// Leaks that are not ours:
 ///   - QUiLoader keeps parts of a file that it gives up on in the middle, as of the damaged ones of the tests;
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     // Nobody's screen is used by accident.
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
+    const estatebook::desktop::DesktopApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     return RUN_ALL_TESTS();
 }

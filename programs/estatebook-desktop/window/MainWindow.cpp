@@ -4,9 +4,11 @@
 #include "estatebook-desktop/sheets/BookSheet.hpp"
 #include "estatebook-desktop/statement/StatementPage.hpp"
 #include "estatebook-desktop/window/Banner.hpp"
+#include "estatebook-desktop/window/DesktopApplication.hpp"
 #include "estatebook-desktop/window/SettingsPage.hpp"
 #include "estatebook-desktop/window/WelcomePage.hpp"
 
+#include "estatebook/book/StoredBook.hpp"
 #include "platform/system/Clock.hpp"
 #include "platform/toolkit/qt/QtWindow.hpp"
 #include "platform/toolkit/qt/WallTime.hpp"
@@ -76,11 +78,13 @@ MainWindow::MainWindow(DesktopLoop& loop, Dialogs& dialogs) : loop_(loop), dialo
     controller_->setWindow(platform::QtWindow::around(*this));
     leaveSession();
     restoreState();
+    if (auto* application = qobject_cast<DesktopApplication*>(QCoreApplication::instance()))
+        connect(application, &DesktopApplication::raised, this, &MainWindow::giveUpBook);
 }
 
 MainWindow::~MainWindow() {
     controller_->close();
-    leaveSession();
+    endSession();
 }
 
 // -- The frame ------------------------------------------------------------------------------------------------
@@ -173,8 +177,10 @@ bool MainWindow::openBook(const QString& path) {
         return true;
     } catch (const Refusal& refusal) {
         refuse(whole, QString::fromUtf8(refusal.what()), refusal.canBeRead());
-        return false;
+    } catch (const platform::Exception& exception) {
+        giveUp(whole, QString::fromStdString(lineOfStore(exception.reason())));
     }
+    return false;
 }
 
 bool MainWindow::lookAtBook(const QString& path) {
@@ -184,8 +190,10 @@ bool MainWindow::lookAtBook(const QString& path) {
         return true;
     } catch (const Refusal& refusal) {
         refuse(path, QString::fromUtf8(refusal.what()), refusal.canBeRead());
-        return false;
+    } catch (const platform::Exception& exception) {
+        giveUp(path, QString::fromStdString(lineOfStore(exception.reason())));
     }
+    return false;
 }
 
 bool MainWindow::makeBook(const QString& path) {
@@ -261,6 +269,28 @@ void MainWindow::leaveSession() {
         session_->save();
         session_->setAsOf(std::nullopt);
     }
+    dropSession();
+}
+
+void MainWindow::giveUpBook(const QString& sentence) {
+    if (session_) giveUp(QString::fromStdString(session_->path()), sentence);
+}
+
+void MainWindow::giveUp(const QString& path, const QString& sentence) {
+    endSession();
+    refuse(path, sentence, false);
+}
+
+// Even one that cannot be read any more.
+void MainWindow::endSession() noexcept {
+    try {
+        leaveSession();
+    } catch (const platform::Exception&) {
+        dropSession();
+    }
+}
+
+void MainWindow::dropSession() {
     for (ListPage* list : lists_) list->model().take({});
     delete std::exchange(settings_, nullptr);
     delete std::exchange(statement_, nullptr);

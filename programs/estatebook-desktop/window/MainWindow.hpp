@@ -68,6 +68,8 @@ public:
     bool openExample(const QString& path);
     /// Null as long as no book is open.
     [[nodiscard]] BookSession* session() const noexcept { return session_.get(); }
+    /// Closes a book that cannot be read any further, after saving what can be, and says why.
+    void giveUpBook(const QString& sentence);
     /// REQUIRES: a book is open.
     [[nodiscard]] const Figures& figures() const noexcept {
         assert(figures_);
@@ -111,6 +113,9 @@ private:
     void makeFrame();
     void takeSession(std::unique_ptr<BookSession> session);
     void leaveSession();
+    void dropSession();
+    void endSession() noexcept;
+    void giveUp(const QString& path, const QString& sentence);
     void refuse(const QString& path, const QString& sentence, bool canBeRead);
     void refresh();
     void refreshPage(Page page);

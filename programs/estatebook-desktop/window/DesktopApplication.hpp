@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+/// DesktopApplication: the application of the program, which outlives what is raised amid an event.
+///
+/// Rows are read when they are shown: a book may turn out to be damaged, or its disk gone, wherever one is painted or clicked.
+/// Nothing may pass through the event loop then. It is told in the next turn.
+
+#include <QApplication>
+
+#include <string>
+
+namespace estatebook::desktop {
+
+class DesktopApplication final : public QApplication {
+    Q_OBJECT
+
+public:
+    DesktopApplication(int& argumentCount, char** arguments) : QApplication(argumentCount, arguments) {}
+
+    bool notify(QObject* receiver, QEvent* event) override;
+
+Q_SIGNALS:
+    /// The reason in one sentence. Told once a turn, however many events fail.
+    void raised(const QString& sentence);
+
+private:
+    void tellLater(const std::string& reason);
+    bool isTelling_ = false;
+};
+
+} // namespace estatebook::desktop
