@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/lists/ListModel.hpp"
 
+#include "estatebook-desktop/window/DesktopApplication.hpp"
+#include "platform/values/Exception.hpp"
+
 #include <QGuiApplication>
 #include <QPalette>
 
@@ -101,8 +104,14 @@ int ListModel::rowOf(const platform::ManagedObject& object) const {
 const ListModel::Row& ListModel::row(int row) const {
     auto& made = rows_[static_cast<std::size_t>(row)];
     if (!made) {
-        made = makeRow_(object(row));
         ++readRows_;
+        try {
+            made = makeRow_(object(row));
+        } catch (const platform::Exception& exception) {
+            // Amid painting nothing may be raised: the row stays blank until the window is told.
+            DesktopApplication::tell(exception);
+            made.emplace().cells.resize(columns_.size());
+        }
     }
     return *made;
 }

@@ -21,6 +21,11 @@ bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     return false;
 }
 
+void DesktopApplication::tell(const platform::Exception& exception) {
+    if (auto* application = qobject_cast<DesktopApplication*>(QCoreApplication::instance()))
+        application->tellLater(lineOfStore(exception.reason()));
+}
+
 void DesktopApplication::tellLater(const std::string& reason) {
     if (isTelling_) return;
     isTelling_ = true;

@@ -10,6 +10,10 @@
 
 #include <string>
 
+namespace estatebook::platform {
+class Exception;
+}
+
 namespace estatebook::desktop {
 
 class DesktopApplication final : public QApplication {
@@ -19,6 +23,9 @@ public:
     DesktopApplication(int& argumentCount, char** arguments) : QApplication(argumentCount, arguments) {}
 
     bool notify(QObject* receiver, QEvent* event) override;
+
+    /// The same for what was caught amid an event. Without such an application nobody is told.
+    static void tell(const platform::Exception& exception);
 
 Q_SIGNALS:
     /// The reason in one sentence. Told once a turn, however many events fail.
