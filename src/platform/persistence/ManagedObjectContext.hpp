@@ -189,7 +189,7 @@ public:
     identifiers(std::span<const Ref<ManagedObject>> objects, Ref<Error>* error = nullptr);
 
     /// Takes back everything since the last save: inserted objects go, deleted ones return, values are what they
-    /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more. What cannot be read is as for undoing.
+    /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more.
     void rollback();
 
     /// Forgets every object, every unsaved change and what could be undone. Awake objects are told as at the end of the context.
@@ -277,7 +277,6 @@ private:
     void readyToRestore(ManagedObject& object, std::span<const FormerValue> former);
     /// What a link leads to, or is to lead to, with the side that follows.
     void readOtherSide(const ModelledProperty& link, ManagedObject* other);
-    void readyToRollBack();
     void restore(const ChangeSet& set, RestoringEvents events);
     void takeBack(ManagedObject& object);
     void awakeReturned(const ObjectChange& change);

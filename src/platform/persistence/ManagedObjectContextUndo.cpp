@@ -233,25 +233,6 @@ void ManagedObjectContext::readyToRestore(const ChangeSet& set) {
     }
 }
 
-void ManagedObjectContext::readyToRollBack() {
-    for (const auto& object : std::vector(changed_)) {
-        if (!isWithin(*object)) continue;
-        if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem)) {
-            readAround(*object);
-            continue;
-        }
-        if (const ObjectJournal* journal = journalOf(*object))
-            readyToRestore(*object, std::vector(journal->sinceSave.all()));
-        if (!object->isDeleted()) continue;
-        object->forEachModelledProperty([&](const ModelledProperty& property) {
-            if (property.kind == PropertyKind::ToOne)
-                readOtherSide(property, property.toOne(*object).target);
-            else if (property.kind == PropertyKind::OrderedToMany)
-                object->knownMembers(property);
-        });
-    }
-}
-
 void ManagedObjectContext::restore(const ChangeSet& set, RestoringEvents events) {
     FirstException exceptions;
     std::vector<Ref<ManagedObject>> leaving;
@@ -331,7 +312,6 @@ void ManagedObjectContext::restore(const ChangeSet& set, RestoringEvents events)
 void ManagedObjectContext::rollback() {
     assertThread();
     const Raised unrecorded(recordingOff_);
-    readyToRollBack();
     FirstException exceptions;
     exceptions.keep([&] { processPendingChanges(); });
     ChangeSet set;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Undo, redo, rollback and refresh while the disk does not answer: told once, nothing is half done, and the next try works when the
+// Undo, redo and refresh while the disk does not answer: told once, nothing is half done, and the next try works when the
 // disk answers again.
 
 #include "model/Keys.hpp"
@@ -168,22 +168,6 @@ TEST_F(UnreadableUndoTest, ADeletion) {
     forgetAll();
     expectTried([&] { book->redo(); }, [&] { expectState("Elm1 Ash0 elm"); });
     expectState("Elm0 Ash0 -");
-}
-
-TEST_F(UnreadableUndoTest, ARollback) {
-    note->setProperty(ash.get());
-    elm->setName(text("Oak"));
-    for (const auto& flat : {ash, elm}) book->refreshObjectMergeChanges(*flat, false);
-    elm->setName(text("Oak"));
-    book->refreshObjectMergeChanges(*ash, false);
-    const bool mustRead = ash->isFault();
-    if (mustRead)
-        expectTried([&] { book->rollback(); }, [&] { expectState("Oak0 Ash1 ash"); });
-    else
-        book->rollback();
-    EXPECT_TRUE(mustRead);
-    expectState("Elm1 Ash0 elm");
-    EXPECT_FALSE(book->hasChanges());
 }
 
 TEST_F(UnreadableUndoTest, ARefreshThatDropsChanges) {
