@@ -16,19 +16,19 @@ namespace estatebook::desktop {
 ListModel::ListModel(std::vector<Column> columns, RowMaker makeRow, QObject* parent)
     : QAbstractTableModel(parent), columns_(std::move(columns)), makeRow_(std::move(makeRow)) {}
 
-void ListModel::take(Objects objects) {
+void ListModel::take(const Objects& objects) {
     Rows rows(objects.size());
-    replace(std::move(objects), std::move(rows));
+    replace(objects, std::move(rows));
 }
 
-void ListModel::take(Objects objects, std::vector<Row> rows) {
+void ListModel::take(const Objects& objects, std::vector<Row> rows) {
     Rows read;
     read.reserve(rows.size());
     for (Row& row : rows) read.emplace_back(std::move(row));
-    replace(std::move(objects), std::move(read));
+    replace(objects, std::move(read));
 }
 
-void ListModel::replace(Objects objects, Rows rows) {
+void ListModel::replace(const Objects& objects, Rows rows) {
     readRows_ = 0;
     const auto numbersOf = [](const Objects& all) {
         std::unordered_map<const platform::ManagedObject*, std::size_t> numbers;

@@ -53,9 +53,9 @@ public:
     ListModel(std::vector<Column> columns, RowMaker makeRow, QObject* parent = nullptr);
 
     /// The objects of the list, in its order. Rows are read anew when they are next shown.
-    void take(Objects objects);
+    void take(const Objects& objects);
     /// The same with rows that are there already, one for each object.
-    void take(Objects objects, std::vector<Row> rows);
+    void take(const Objects& objects, std::vector<Row> rows);
     /// Names the columns anew.
     void setTitles(const std::vector<QString>& titles);
 
@@ -76,7 +76,7 @@ public:
 
 private:
     using Rows = std::vector<std::optional<Row>>;
-    void replace(Objects objects, Rows rows);
+    void replace(const Objects& objects, Rows rows);
     void removeRowsIf(const std::function<bool(const platform::ManagedObject&)>& isGone);
     void insertRowsMissing(const Objects& objects);
 

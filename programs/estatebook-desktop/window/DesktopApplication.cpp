@@ -6,6 +6,8 @@
 
 #include "platform/values/Exception.hpp"
 
+#include <QTimer>
+
 #include <string>
 
 namespace estatebook::desktop {
@@ -33,7 +35,7 @@ void DesktopApplication::tellLater(const std::string& reason) {
         isTelling_ = false;
         Q_EMIT raised(sentence);
     };
-    QMetaObject::invokeMethod(this, tell, Qt::QueuedConnection);
+    QTimer::singleShot(0, this, tell);
 }
 
 } // namespace estatebook::desktop

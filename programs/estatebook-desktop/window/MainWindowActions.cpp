@@ -330,7 +330,7 @@ void MainWindow::editSelected() {
         showSheet(platform::makeRef<PropertySheet>(*session_, property));
     else if (auto* tenant = dynamic_cast<TKTenant*>(object))
         showSheet(platform::makeRef<TenantSheet>(*session_, tenant));
-}
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): references are counted
 
 void MainWindow::recordPayment() {
     platform::ManagedObject* object = selected();
@@ -338,7 +338,7 @@ void MainWindow::recordPayment() {
         showSheet(platform::makeRef<PaymentSheet>(*session_, *tenure));
     else if (auto* property = dynamic_cast<TKProperty*>(object))
         showSheet(platform::makeRef<PaymentSheet>(*session_, *property));
-}
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): references are counted
 
 void MainWindow::editTransaction(TKTransaction& transaction) {
     if (session_->canEdit()) showSheet(platform::makeRef<PaymentSheet>(*session_, transaction));
@@ -352,7 +352,7 @@ void MainWindow::showNotes() {
         showSheet(platform::makeRef<NotesSheet>(*session_, *property, textOf(property->fullName())));
     else if (auto* tenant = dynamic_cast<TKTenant*>(object))
         showSheet(platform::makeRef<NotesSheet>(*session_, *tenant, textOf(tenant->name())));
-}
+} // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): references are counted
 
 // -- Deleting -------------------------------------------------------------------------------------------------
 
