@@ -6,11 +6,16 @@
 
 #include "platform/values/Exception.hpp"
 
-#include <QTimer>
-
 #include <string>
+#include <utility>
 
 namespace estatebook::desktop {
+
+DesktopApplication::DesktopApplication(int& argumentCount, char** arguments)
+    : QApplication(argumentCount, arguments) {
+    nextTurn_.setSingleShot(true);
+    connect(&nextTurn_, &QTimer::timeout, this, &DesktopApplication::tellNow);
+}
 
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     try {
@@ -29,13 +34,13 @@ void DesktopApplication::tell(const platform::Exception& exception) {
 }
 
 void DesktopApplication::tellLater(const std::string& reason) {
-    if (isTelling_) return;
-    isTelling_ = true;
-    const auto tell = [this, sentence = QString::fromStdString(reason)] {
-        isTelling_ = false;
-        Q_EMIT raised(sentence);
-    };
-    QTimer::singleShot(0, this, tell);
+    if (!sentence_.isEmpty()) return;
+    sentence_ = QString::fromStdString(reason);
+    nextTurn_.start();
+}
+
+void DesktopApplication::tellNow() {
+    Q_EMIT raised(std::exchange(sentence_, {}));
 }
 
 } // namespace estatebook::desktop

@@ -7,6 +7,7 @@
 /// Nothing may pass through the event loop then. It is told in the next turn.
 
 #include <QApplication>
+#include <QTimer>
 
 #include <string>
 
@@ -20,7 +21,7 @@ class DesktopApplication final : public QApplication {
     Q_OBJECT
 
 public:
-    DesktopApplication(int& argumentCount, char** arguments) : QApplication(argumentCount, arguments) {}
+    DesktopApplication(int& argumentCount, char** arguments);
 
     bool notify(QObject* receiver, QEvent* event) override;
 
@@ -33,7 +34,10 @@ Q_SIGNALS:
 
 private:
     void tellLater(const std::string& reason);
-    bool isTelling_ = false;
+    void tellNow();
+    /// To be told in the next turn; empty when there is nothing.
+    QString sentence_;
+    QTimer nextTurn_;
 };
 
 } // namespace estatebook::desktop
