@@ -35,6 +35,14 @@ protected:
             if (each->isVisible() && each->text().contains(QLatin1String(words))) return each;
         return nullptr;
     }
+    /// Another program renames a property, cannot save that, and is killed.
+    static void killWithEditsPutAside(const std::string& book) {
+        Editor other(book);
+        ASSERT_EQ(other.tell("rename Quay House"), "edited");
+        ASSERT_EQ(other.tell("break"), "edited");
+        ASSERT_EQ(other.tell("pass 2.1"), "stuck");
+        other.kill();
+    }
     [[nodiscard]] std::string firstProperty() const { return cell(Page::Properties, 0, 0); }
 };
 
@@ -104,11 +112,7 @@ TEST_F(TwoProgramsTest, AProgramThatWasKilledHoldsNoBook) {
 
 TEST_F(TwoProgramsTest, EditsThatAKilledProgramPutAsideAreOffered) {
     const auto book = makeExample();
-    Editor other(book);
-    ASSERT_EQ(other.tell("rename Quay House"), "edited");
-    ASSERT_EQ(other.tell("break"), "edited");
-    ASSERT_EQ(other.tell("pass 2.1"), "stuck");
-    other.kill();
+    killWithEditsPutAside(book);
     open(book);
     choose(Page::Properties);
     EXPECT_EQ(firstProperty(), "12 Harbour Street");
@@ -122,11 +126,7 @@ TEST_F(TwoProgramsTest, EditsThatAKilledProgramPutAsideAreOffered) {
 
 TEST_F(TwoProgramsTest, EditsThatAKilledProgramPutAsideAreDiscarded) {
     const auto book = makeExample();
-    Editor other(book);
-    ASSERT_EQ(other.tell("rename Quay House"), "edited");
-    ASSERT_EQ(other.tell("break"), "edited");
-    ASSERT_EQ(other.tell("pass 2.1"), "stuck");
-    other.kill();
+    killWithEditsPutAside(book);
     open(book);
     ASSERT_TRUE(button("Discard them"));
     click(*button("Discard them"));
