@@ -198,7 +198,10 @@ private:
             std::cout.rdbuf(out);
             throw;
         }
+        // Putting the other buffer in place forgets that there was no room in this one.
+        const bool isWhole = std::cout.good();
         std::cout.rdbuf(out);
+        if (!isWhole) throw std::bad_alloc();
         held.release(std::cout);
     }
 
