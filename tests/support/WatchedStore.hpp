@@ -86,6 +86,8 @@ public:
         if (unreadable) return *unreadable;
         return inner_->sum(toMany, owner, attribute, exceptions);
     }
+    void beginReading() noexcept override { inner_->beginReading(); }
+    void endReading() noexcept override { inner_->endReading(); }
     Result<platform::SaveOutcome> save(const platform::StoreChanges& changes) override {
         return onSave ? onSave(*inner_, changes) : inner_->save(changes);
     }

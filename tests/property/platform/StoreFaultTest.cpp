@@ -10,10 +10,13 @@
 #include "support/StoreDescription.hpp"
 #include "support/StoreScript.hpp"
 
+#include "platform/persistence/store/StoreReading.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <optional>
 #include <random>
 
 namespace estatebook::platform {
@@ -171,10 +174,19 @@ struct Tally {
     int unknown = 0;
 };
 
+/// Half of the time the book is held for reading, and has been read.
+void holdByChance(std::optional<StoreReading>& held, const Ref<SQLiteStore>& store, std::mt19937_64& random) {
+    if (random() % 2 != 0) return;
+    held.emplace(store);
+    static_cast<void>(test::contentOf(*store));
+}
+
 /// Whether the trouble came at all.
 bool saveWith(Trouble& trouble, Stage& stage, const Scene& scene, std::mt19937_64& random, Tally& tally) {
     stage.set(scene.disk);
     auto store = *stage.open();
+    std::optional<StoreReading> held;
+    holdByChance(held, store, random);
     trouble.begin(stage.disk);
     const auto outcome = store->save(scene.saves[0]);
     auto told = store->hasLanded(scene.saves[0].token);
@@ -219,7 +231,9 @@ bool readWith(Trouble& trouble, Stage& stage, const Scene& scene, std::mt19937_6
     trouble.begin(stage.disk);
     {
         const auto store = stage.open();
+        std::optional<StoreReading> held;
         if (store) {
+            holdByChance(held, *store, random);
             const auto content = test::contentOf(**store);
             if (content)
                 EXPECT_EQ(scene.contents[0], *content);

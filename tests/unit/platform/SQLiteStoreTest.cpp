@@ -6,6 +6,7 @@
 #include "support/MemoryDisk.hpp"
 #include "support/StoreKinds.hpp"
 
+#include "platform/persistence/store/StoreReading.hpp"
 #include "platform/persistence/store/WriterLock.hpp"
 #include "tags/TKTagNames.hpp"
 
@@ -418,6 +419,42 @@ TEST_F(SQLiteStoreTest, ReadersMayReadWhileAWriterHasTheBook) {
     }
     EXPECT_TRUE(writer->save(changes)->landed());
     EXPECT_EQ(6, *open(Access::Read)->lastKey());
+}
+
+TEST_F(SQLiteStoreTest, WhoReadsMuchKeepsTheLockInBetween) {
+    makeBook();
+    const auto store = open();
+    sqlite3* other = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(path_.c_str(), &other));
+    const auto isLocked = [&] {
+        const int code = sqlite3_exec(other, "BEGIN EXCLUSIVE; ROLLBACK", nullptr, nullptr, nullptr);
+        return code == SQLITE_BUSY;
+    };
+    const auto read = [&] { return store->rows(entityNamed("Tenant"), std::vector<RowKey>{2})->size(); };
+    {
+        const StoreReading reading(store);
+        EXPECT_FALSE(isLocked()) << "before anything is read";
+        EXPECT_EQ(1U, read());
+        EXPECT_TRUE(isLocked());
+        {
+            const StoreReading inner(store);
+            EXPECT_EQ(1U, read());
+        }
+        EXPECT_TRUE(isLocked());
+        StoreChanges changes = newChanges();
+        changes.updates = {UpdateOf("Tenant", 2, 2).with(keys::name, String::make("Ruth"))};
+        EXPECT_TRUE(store->save(changes)->landed());
+        EXPECT_FALSE(isLocked()) << "a save ends it";
+        EXPECT_EQ(1U, read());
+        EXPECT_FALSE(isLocked());
+    }
+    {
+        const StoreReading reading(store);
+        EXPECT_EQ(1U, read());
+        EXPECT_TRUE(isLocked()) << "it can be begun again";
+    }
+    EXPECT_FALSE(isLocked());
+    sqlite3_close(other);
 }
 
 TEST_F(SQLiteStoreTest, ReadersDoNotSave) {

@@ -103,6 +103,12 @@ public:
     /// Whether the save of this token landed.
     [[nodiscard]] virtual StoreResult<bool> hasLanded(const CommitToken& token) = 0;
 
+    /// From here to `endReading`, or to a save, reads keep their hold on what they read from, so that each of many costs less.
+    /// Calls nest. A hint: there is nothing to be told when it cannot be had. Held for long, it keeps others from saving. See
+    /// StoreReading.
+    virtual void beginReading() noexcept {}
+    virtual void endReading() noexcept {}
+
     /// What documents called the rows of these keys, each at its key's place.
     [[nodiscard]] virtual StoreResult<std::vector<std::optional<std::string>>>
     identifiers(std::span<const RowKey> keys) const = 0;

@@ -251,6 +251,24 @@ Connection& BookFile::connection() {
     return *connection_;
 }
 
+Connection& BookFile::connectionForWriting() {
+    reading_.reset();
+    return connection();
+}
+
+void BookFile::beginReading() noexcept {
+    if (++readings_ > 1 || snapshot_ || !connection_ || connection_->isInTransaction()) return;
+    try {
+        reading_.emplace(*connection_, "BEGIN");
+    } catch (...) {
+        // Each read takes the lock by itself then.
+    }
+}
+
+void BookFile::endReading() noexcept {
+    if (--readings_ == 0) reading_.reset();
+}
+
 bool BookFile::isOfToday(Connection& connection) const {
     std::vector<std::string> found;
     {
@@ -477,7 +495,7 @@ bool BookFile::hasLanded(const CommitToken& token) {
 // commit, of nothing, makes it stay: it writes over that journal, and syncs both files.
 void BookFile::confirm() {
     try {
-        Transaction transaction(connection());
+        Transaction transaction(connectionForWriting());
         connection().run("PRAGMA user_version=" + std::to_string(Layout));
         connection().run("COMMIT");
         beSure();

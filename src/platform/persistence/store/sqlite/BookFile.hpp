@@ -71,8 +71,14 @@ public:
 
     /// Opened again when it was given up.
     [[nodiscard]] Connection& connection();
+    /// The same, for somebody who begins a transaction.
+    [[nodiscard]] Connection& connectionForWriting();
+    /// Reads in between keep the file's lock from one to the next. Calls nest.
+    void beginReading() noexcept;
+    void endReading() noexcept;
     /// After trouble of which nobody knows what it left.
     void giveUp() noexcept {
+        reading_.reset();
         connection_.reset();
         isInDoubt_ = true;
     }
@@ -132,6 +138,9 @@ private:
     std::unique_ptr<Connection> connection_;
     /// A reader's one view of the book.
     std::unique_ptr<Transaction> snapshot_;
+    /// A writer's, while it reads much.
+    std::optional<Transaction> reading_;
+    std::size_t readings_ = 0;
 };
 
 } // namespace estatebook::platform::sqlite

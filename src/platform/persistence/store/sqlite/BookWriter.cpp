@@ -30,7 +30,7 @@ StoreFailure unknown(const StoreFailure& failure, std::string_view silence) noex
 /// Drops a connection whose transaction could not even be taken back.
 class Attempt {
 public:
-    explicit Attempt(BookFile& file) : file_(file), connection_(file.connection()) {}
+    explicit Attempt(BookFile& file) : file_(file), connection_(file.connectionForWriting()) {}
     ~Attempt() {
         if (connection_.isInTransaction()) file_.giveUp();
     }

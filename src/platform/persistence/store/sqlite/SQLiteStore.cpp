@@ -270,6 +270,14 @@ StoreResult<Decimal> SQLiteStore::sum(const RelationshipDescription& toMany, Row
     });
 }
 
+void SQLiteStore::beginReading() noexcept {
+    file_->beginReading();
+}
+
+void SQLiteStore::endReading() noexcept {
+    file_->endReading();
+}
+
 // Saving
 
 StoreResult<SaveOutcome> SQLiteStore::save(const StoreChanges& changes) {

@@ -91,6 +91,8 @@ public:
     [[nodiscard]] StoreResult<Decimal> sum(const RelationshipDescription& toMany, RowKey owner, Key attribute,
                                            std::span<const RowKey> exceptions = {}) const override;
     StoreResult<SaveOutcome> save(const StoreChanges& changes) override;
+    void beginReading() noexcept override;
+    void endReading() noexcept override;
     [[nodiscard]] StoreResult<bool> hasLanded(const CommitToken& token) override;
     [[nodiscard]] StoreResult<std::vector<std::optional<std::string>>>
     identifiers(std::span<const RowKey> keys) const override;
