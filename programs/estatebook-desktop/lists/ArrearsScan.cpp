@@ -56,6 +56,7 @@ bool ArrearsScan::lookAtNext() {
 
 void ArrearsScan::lookAt(TKTenure& tenure) {
     const Date today = session_.today();
+    const auto reading = session_.reading();
     const auto statement = session_.statementOf(tenure);
     const auto ageing = statement ? reckon([&] { return Ageing::ofStatement(**statement, today); })
                                   : Reckoned<Ageing>(statement.error());

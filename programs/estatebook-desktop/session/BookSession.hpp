@@ -21,6 +21,7 @@
 
 #include "platform/observation/ObservationToken.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/store/StoreReading.hpp"
 #include "platform/system/RunLoop.hpp"
 #include "statement/TKStatement.hpp"
 #include "store/TKProperty.hpp"
@@ -97,6 +98,8 @@ public:
     [[nodiscard]] std::vector<platform::Ref<TKTenant>> tenants() const;
     /// The statement of a tenure by its terms as they are, or why there is none.
     [[nodiscard]] Reckoned<platform::Ref<TKStatement>> statementOf(TKTenure& tenure) const;
+    /// To be held for a moment by whoever reads much of the book.
+    [[nodiscard]] platform::StoreReading reading() const { return platform::StoreReading(store_); }
     /// Null when there is none, or no text.
     [[nodiscard]] platform::Ref<platform::String> currencyCode() const;
     /// How amounts of the currency are rounded.
