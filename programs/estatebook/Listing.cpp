@@ -101,7 +101,7 @@ void Listing::printTable(const std::vector<std::string_view>& keys, std::ostream
             cells.push_back(isAbsent ? columns_[place].absent : textOf(row[place]));
         }
         if (!opening.empty()) cells.front() = opening;
-        table.addRow(std::move(cells));
+        table.addRow(cells);
     };
     for (const auto& row : rows_) addRow(row, {});
     const bool isSummed =

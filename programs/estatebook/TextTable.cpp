@@ -92,12 +92,20 @@ TextTable::Widths TextTable::widthsOf(std::string_view text, Align align) {
     return {.whole = text.size(), .before = before, .after = text.size() - before};
 }
 
-void TextTable::addRow(std::vector<std::string> cells) {
+void TextTable::addCell(std::string_view text) {
+    const Align align = columns_[cells_.size() % columns_.size()].align;
+    cells_.push_back({texts_.size(), text.size(), widthsOf(text, align)});
+    texts_ += text;
+}
+
+void TextTable::addRow(std::initializer_list<std::string_view> cells) {
     assert(cells.size() == columns_.size());
-    for (std::size_t i = 0; i < columns_.size(); ++i) {
-        const Widths widths = widthsOf(cells[i], columns_[i].align);
-        cells_.push_back({std::move(cells[i]), widths});
-    }
+    for (const std::string_view text : cells) addCell(text);
+}
+
+void TextTable::addRow(const std::vector<std::string>& cells) {
+    assert(cells.size() == columns_.size());
+    for (const std::string& text : cells) addCell(text);
 }
 
 std::vector<TextTable::Widths> TextTable::measure(std::size_t width) const {
@@ -132,11 +140,11 @@ std::vector<TextTable::Widths> TextTable::measure(std::size_t width) const {
 /// Puts lines together, many at a time: there may be millions.
 class TextTable::Printer {
 public:
-    Printer(const std::vector<Column>& columns, const std::vector<Widths>& widths, std::ostream& out)
-        : columns_(columns), widths_(widths), out_(out) {
+    Printer(const TextTable& table, const std::vector<Widths>& widths, std::ostream& out)
+        : table_(table), columns_(table.columns_), widths_(widths), out_(out) {
         std::size_t whole = 0;
-        for (std::size_t i = 0; i < columns.size(); ++i)
-            whole += widths[i].whole + (i > 0 ? columns[i].gap : 0);
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            whole += widths[i].whole + (i > 0 ? columns_[i].gap : 0);
         rule_ = std::string(whole, '-') + '\n';
     }
     ~Printer() { flush(); }
@@ -150,12 +158,12 @@ public:
         std::vector<std::string> broken;
         for (std::size_t i = 0; i < columns_.size(); ++i)
             if (columns_[i].align == Align::Flexible && cells[i].widths.whole > widths_[i].whole)
-                broken = wrapText(cells[i].text, widths_[i].whole, columns_[i].lines);
+                broken = wrapText(table_.textOf(cells[i]), widths_[i].whole, columns_[i].lines);
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             if (columns_[i].align == Align::Flexible && !broken.empty())
                 add(i, broken.front(), {.whole = columnWidth(broken.front())});
             else
-                add(i, cells[i].text, cells[i].widths);
+                add(i, table_.textOf(cells[i]), cells[i].widths);
         }
         endLine();
         for (std::size_t next = 1; next < broken.size(); ++next) {
@@ -198,6 +206,7 @@ private:
         text_.clear();
     }
 
+    const TextTable& table_;
     const std::vector<Column>& columns_;
     const std::vector<Widths>& widths_;
     std::ostream& out_;
@@ -207,7 +216,7 @@ private:
 
 void TextTable::print(std::ostream& out, std::size_t width) const {
     const std::vector<Widths> widths = measure(width);
-    Printer printer(columns_, widths, out);
+    Printer printer(*this, widths, out);
     printer.titles();
     printer.rule();
     auto rule = rules_.begin();

@@ -12,6 +12,7 @@
 ///     table.print(std::cout, TextTable::widthOfOutput());
 
 #include <cstddef>
+#include <initializer_list>
 #include <iosfwd>
 #include <string>
 #include <string_view>
@@ -36,8 +37,9 @@ public:
 
     explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
-    /// REQUIRES: a cell for each column.
-    void addRow(std::vector<std::string> cells);
+    /// The texts are copied. REQUIRES: a cell for each column.
+    void addRow(std::initializer_list<std::string_view> cells);
+    void addRow(const std::vector<std::string>& cells);
     /// A line across the table.
     void addRule() { rules_.push_back(rowCount()); }
 
@@ -54,20 +56,27 @@ private:
         std::size_t before = 0;
         std::size_t after = 0;
     };
-    /// A text and how wide it is. Numbers are told apart in the columns that align them.
+    /// A text, by where it stands, and how wide it is. Numbers are told apart in the columns that align them.
     struct Cell {
-        std::string text;
+        std::size_t begin;
+        std::size_t size;
         Widths widths;
     };
     class Printer;
 
     [[nodiscard]] static Widths widthsOf(std::string_view text, Align align);
+    void addCell(std::string_view text);
+    [[nodiscard]] std::string_view textOf(const Cell& cell) const noexcept {
+        return std::string_view(texts_).substr(cell.begin, cell.size);
+    }
     [[nodiscard]] std::size_t rowCount() const noexcept { return cells_.size() / columns_.size(); }
     [[nodiscard]] std::vector<Widths> measure(std::size_t width) const;
 
     std::vector<Column> columns_;
     /// Row after row.
     std::vector<Cell> cells_;
+    /// Theirs, one behind the other: there may be millions.
+    std::string texts_;
     /// The rows before which they stand.
     std::vector<std::size_t> rules_;
 };

@@ -114,7 +114,7 @@ void printInfo(const std::string& file, std::ostream& out) {
     };
     out << book.file << "\n\n";
     TextTable table({{"Book"}, {"", TextTable::Align::Flexible}});
-    for (const auto& [title, text] : facts) table.addRow({std::string(title), text});
+    for (const auto& [title, text] : facts) table.addRow({title, text});
     table.print(out, TextTable::widthOfOutput());
     out << '\n';
     printSaves(*commits, calendar, out);

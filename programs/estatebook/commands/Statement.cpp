@@ -134,8 +134,8 @@ void addLines(TextTable& table, const Statement& statement, std::span<const Line
                       statement.amount(line.balance)});
 }
 
-void addTotal(TextTable& table, const Statement& statement, std::string words, const Decimal& amount) {
-    table.addRow({"", "", std::move(words), "", statement.amount(amount)});
+void addTotal(TextTable& table, const Statement& statement, std::string_view words, const Decimal& amount) {
+    table.addRow({"", "", words, "", statement.amount(amount)});
 }
 
 void printTextOf(const Part& part, const Statement& statement, const DateFormatter& dates, std::size_t width,

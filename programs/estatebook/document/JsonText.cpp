@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/document/JsonText.hpp"
 
-#include <algorithm>
+#include "platform/text/Text.hpp"
+
 #include <array>
 #include <cstddef>
 #include <cstdio>
@@ -82,8 +83,7 @@ void appendJsonText(std::string& out, std::string_view text) {
 }
 
 std::string forMessage(std::string_view text, std::size_t limit) {
-    const bool isPlain = std::ranges::all_of(text, [](char each) { return each >= ' ' && each <= '~'; });
-    if (isPlain && text.size() <= limit) return std::string(text);
+    if (text.size() <= limit && platform::isPlainAscii(text)) return std::string(text);
     std::string out;
     while (!text.empty()) {
         const auto [code, length] = firstCharacter(text);

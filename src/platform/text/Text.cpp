@@ -238,7 +238,27 @@ std::optional<std::string> fromUtf16(std::u16string_view units) {
     return text;
 }
 
+// Eight bytes at a time: it is asked of each text of long lists.
+bool isPlainAscii(std::string_view text) noexcept {
+    constexpr std::uint64_t Each = 0x0101010101010101u;
+    constexpr std::uint64_t High = 0x80 * Each;
+    const auto isPlain = [](std::uint64_t bytes) {
+        const std::uint64_t beyond = bytes | (bytes + Each);       // above '~'
+        const std::uint64_t visible = (bytes | High) - ' ' * Each; // from ' ' on
+        return ((beyond | ~visible) & High) == 0;
+    };
+    std::uint64_t bytes = 0;
+    for (; text.size() >= sizeof bytes; text.remove_prefix(sizeof bytes)) {
+        std::memcpy(&bytes, text.data(), sizeof bytes);
+        if (!isPlain(bytes)) return false;
+    }
+    bytes = ' ' * Each;
+    if (!text.empty()) std::memcpy(&bytes, text.data(), text.size());
+    return isPlain(bytes);
+}
+
 std::size_t columnWidth(std::string_view text) noexcept {
+    if (isPlainAscii(text)) return text.size();
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     const std::size_t size = text.size();
     std::size_t columns = 0;
