@@ -54,7 +54,10 @@ std::size_t placesBeforePoint(std::string_view number) noexcept {
 }
 
 bool isNumber(std::string_view text) noexcept {
-    return !text.empty() && text.find_first_not_of("-.0123456789") == std::string_view::npos;
+    const auto isOfNumber = [](char each) {
+        return (each >= '0' && each <= '9') || each == '.' || each == '-';
+    };
+    return !text.empty() && std::ranges::all_of(text, isOfNumber);
 }
 
 } // namespace

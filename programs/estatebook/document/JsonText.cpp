@@ -65,6 +65,17 @@ bool isUnshowable(char32_t code) noexcept {
            (code >= 0x2066 && code <= 0x2069) || code == 0xFEFF;
 }
 
+/// Whether the text can be shown as it is.
+bool isShowable(std::string_view text) noexcept {
+    if (platform::isPlainAscii(text)) return true;
+    while (!text.empty()) {
+        const auto [code, length] = firstCharacter(text);
+        if (length == 0 || isUnshowable(code)) return false;
+        text.remove_prefix(length);
+    }
+    return true;
+}
+
 } // namespace
 
 void appendJsonText(std::string& out, std::string_view text) {
@@ -83,7 +94,7 @@ void appendJsonText(std::string& out, std::string_view text) {
 }
 
 std::string forMessage(std::string_view text, std::size_t limit) {
-    if (text.size() <= limit && platform::isPlainAscii(text)) return std::string(text);
+    if (text.size() <= limit && isShowable(text)) return std::string(text);
     std::string out;
     while (!text.empty()) {
         const auto [code, length] = firstCharacter(text);
