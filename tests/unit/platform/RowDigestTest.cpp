@@ -39,6 +39,19 @@ TEST(RowDigestTest, IsWhatThePageSays) {
     EXPECT_EQ(0xdcb6690b83b5b5cbu, digestOf({Cell::text("copied"), Cell::text("today")}));
 }
 
+TEST(RowDigestTest, TakesTextsOfAnyLengthInByEightBytes) {
+    std::string text;
+    for (int byte = 0; byte < 40; ++byte) {
+        std::vector<std::uint64_t> words{8 * text.size() + 3};
+        for (std::size_t place = 0; place < text.size(); ++place) {
+            if (place % 8 == 0) words.push_back(0);
+            words.back() |= std::uint64_t{static_cast<unsigned char>(text[place])} << (8 * (place % 8));
+        }
+        EXPECT_EQ(reckoned(words), digestOf({Cell::text(text)})) << text.size();
+        text += static_cast<char>(0xf7 - 5 * byte);
+    }
+}
+
 TEST(RowDigestTest, TellsCellsApartWhoseBytesAreTheSame) {
     EXPECT_NE(digestOf({Cell::text("ab"), Cell::text("c")}), digestOf({Cell::text("a"), Cell::text("bc")}));
     EXPECT_NE(digestOf({Cell::text("a")}), digestOf({Cell::blob("a")}));

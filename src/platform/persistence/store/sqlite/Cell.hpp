@@ -62,15 +62,30 @@ private:
             step(wordOf(bytes.substr(0, sizeof(std::uint64_t))));
         if (!bytes.empty()) step(wordOf(bytes));
     }
-    /// Little-endian, filled up with zeros.
+    /// Of at most eight bytes, little-endian, filled up with zeros.
     static std::uint64_t wordOf(std::string_view bytes) noexcept {
         std::uint64_t word = 0;
-        if constexpr (std::endian::native == std::endian::little)
-            std::memcpy(&word, bytes.data(), bytes.size());
-        else
-            for (std::size_t index = bytes.size(); index-- > 0;)
-                word = (word << 8) | static_cast<std::uint8_t>(bytes[index]);
+        if constexpr (std::endian::native == std::endian::little) {
+            if (bytes.size() == sizeof word) return load<std::uint64_t>(bytes.data());
+            // Two loads that overlap, since one of any length is a call.
+            if (bytes.size() >= sizeof(std::uint32_t)) return twice<std::uint32_t>(bytes);
+            if (bytes.size() >= sizeof(std::uint16_t)) return twice<std::uint16_t>(bytes);
+        }
+        for (std::size_t index = bytes.size(); index-- > 0;)
+            word = (word << 8) | static_cast<std::uint8_t>(bytes[index]);
         return word;
+    }
+    template <class Word>
+    static Word load(const char* first) noexcept {
+        Word word;
+        std::memcpy(&word, first, sizeof word);
+        return word;
+    }
+    /// REQUIRES: as many bytes as one word has, at least, and at most twice as many.
+    template <class Word>
+    static std::uint64_t twice(std::string_view bytes) noexcept {
+        const std::size_t last = bytes.size() - sizeof(Word);
+        return load<Word>(bytes.data()) | std::uint64_t{load<Word>(bytes.data() + last)} << (8 * last);
     }
 
     std::uint64_t state_ = Factor;

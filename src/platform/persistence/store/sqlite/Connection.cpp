@@ -118,7 +118,7 @@ void Statement::Use::run() {
 }
 
 // The value itself: to ask for a column takes longer than to read it, and nobody else uses the connection.
-Cell Statement::Use::cell(int column) const {
+void Statement::Use::read(int column, Cell& cell) const {
     sqlite3_value* value = sqlite3_column_value(statement_.statement_.get(), column);
     const auto bytes = [&](const void* first) -> std::string_view {
         // An empty blob stands nowhere; a text without room to end it does not either, and is not empty for that.
@@ -126,25 +126,37 @@ Cell Statement::Use::cell(int column) const {
             statement_.connection_.fail(SQLITE_NOMEM);
         return {static_cast<const char*>(first), static_cast<std::size_t>(sqlite3_value_bytes(value))};
     };
-    switch (sqlite3_value_type(value)) {
-    case SQLITE_INTEGER:
-        return Cell::of(std::int64_t{sqlite3_value_int64(value)});
-    case SQLITE_FLOAT:
-        return Cell::of(sqlite3_value_double(value));
-    case SQLITE_TEXT:
-        return Cell::text(bytes(sqlite3_value_text(value)));
-    case SQLITE_BLOB:
-        return Cell::blob(bytes(sqlite3_value_blob(value)));
-    default:
-        return {};
+    cell.type = static_cast<Cell::Type>(sqlite3_value_type(value));
+    cell.bytes = {};
+    switch (cell.type) {
+    case Cell::Type::Integer:
+        cell.integer = sqlite3_value_int64(value);
+        break;
+    case Cell::Type::Real:
+        cell.real = sqlite3_value_double(value);
+        break;
+    case Cell::Type::Text:
+        cell.bytes = bytes(sqlite3_value_text(value));
+        break;
+    case Cell::Type::Blob:
+        cell.bytes = bytes(sqlite3_value_blob(value));
+        break;
+    case Cell::Type::Null:
+        break;
     }
+}
+
+Cell Statement::Use::cell(int column) const {
+    Cell cell;
+    read(column, cell);
+    return cell;
 }
 
 std::int64_t Statement::Use::readCells(std::span<Cell> cells) const {
     RowDigest digest;
     int column = 0;
     for (Cell& each : cells) {
-        each = cell(column++);
+        read(column++, each);
         digest.add(each);
     }
     return digest.value();

@@ -48,6 +48,8 @@ public:
         [[nodiscard]] std::string_view text(int column) const;
 
     private:
+        void read(int column, Cell& cell) const;
+
         Statement& statement_;
     };
 
