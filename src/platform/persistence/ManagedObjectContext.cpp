@@ -65,8 +65,8 @@ void ManagedObjectContext::enter(ManagedObject& object) {
     auto& rows = rows_[object.entity().index()];
     if (object.creationNumber_ == 0)
         object.creationNumber_ = ManagedObject::FirstUnstoredNumber + ++lastCreationNumber_;
-    else
-        rows.inOrderOfCreation = false;
+    if (object.creationNumber_ < rows.greatestNumber) rows.inOrderOfCreation = false;
+    rows.greatestNumber = std::max(rows.greatestNumber, object.creationNumber_);
     object.place_ = static_cast<std::uint32_t>(rows.objects.size());
     rows.objects.push_back(&object);
     object.retain();

@@ -222,8 +222,10 @@ private:
     struct Rows {
         std::vector<ManagedObject*> objects;
         std::size_t holes = 0;
-        /// Lost when an object returns.
+        /// Lost when an object comes that was made before another was.
         bool inOrderOfCreation = true;
+        /// Of all that ever came.
+        std::uint64_t greatestNumber = 0;
 
         void tidy();
     };

@@ -273,7 +273,9 @@ void ManagedObjectContext::haveRow(ManagedObject& object, const StoreSave& save)
 void ManagedObjectContext::loseRow(ManagedObject& object) {
     stored_->leave(static_cast<RowKey>(object.creationNumber_));
     object.creationNumber_ = ManagedObject::FirstUnstoredNumber + ++lastCreationNumber_;
-    rows_[object.entity().index()].inOrderOfCreation = false;
+    Rows& rows = rows_[object.entity().index()];
+    rows.inOrderOfCreation = false;
+    rows.greatestNumber = object.creationNumber_;
     object.set(ManagedObject::Inserted);
     if (ObjectJournal* journal = journalOf(object)) journal->sinceSave = {};
     noteChanged(object);

@@ -315,12 +315,14 @@ void RelationshipUpkeep::sever(ManagedObject& object) noexcept {
     object.forEachModelledProperty([&](const ModelledProperty& property) {
         if (property.kind == PropertyKind::ToOne) {
             letGo(object, property);
+            property.toOne(object) = {};
         } else if (property.isRelationship() && property.toMany(object).members_) {
             for (ManagedObject* member : property.toMany(object).members_->objects)
                 if (member) member->modelledProperty(property.inverse)->toOne(*member) = {};
+            property.toMany(object).members_.reset();
         }
     });
-    forgetAll(object);
+    forgetOneWays(object);
 }
 
 } // namespace estatebook::platform
