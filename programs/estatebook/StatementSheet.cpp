@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook/StatementSheet.hpp"
 
-#include "platform/persistence/ManagedObject.hpp"
+#include "tenure/TKTenure.hpp"
 
 namespace estatebook {
 
@@ -10,11 +10,6 @@ using platform::Decimal;
 using platform::DecimalBehavior;
 
 namespace {
-
-bool isGenerated(const TKLedgerTransaction& transaction) {
-    const auto* object = dynamic_cast<const platform::ManagedObject*>(&transaction);
-    return object && !object->managedObjectContext();
-}
 
 /// Lines one after another, with the balance that their shown amounts give and the one that is exact.
 class Sum {
@@ -27,7 +22,7 @@ public:
         line.when = transaction.when();
         if (const auto what = transaction.what()) line.what = what->string();
         line.amount = transaction.amount();
-        line.isGenerated = isGenerated(transaction);
+        line.isGenerated = TKTenure::isGenerated(transaction);
         if (rounding_ && line.isGenerated && line.amount)
             line.amount = line.amount->decimalNumberByRoundingAccordingToBehavior(*rounding_);
         exact_ = item.balance();

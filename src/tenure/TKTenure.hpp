@@ -207,6 +207,8 @@ public:
     /// one first; of one instant the stored ones first, in the order of their creation, then the bond, then the rent.
     /// Generated lines belong to no context. Raises as chargablePeriods, and then leaves undo registration disabled.
     [[nodiscard]] platform::Ref<TKStatement> statement() const;
+    /// Whether a line of a statement was generated: nobody recorded it.
+    [[nodiscard]] static bool isGenerated(const TKLedgerTransaction& line) noexcept;
 
     // Observation (TKTenureObservation.cpp)
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -117,6 +118,10 @@ Ref<TKStatement> TKTenure::statement() const {
 
     if (undo) undo->enableUndoRegistration();
     return TKStatement::initWithTransactionsMetadata(std::move(lines).sorted());
+}
+
+bool TKTenure::isGenerated(const TKLedgerTransaction& line) noexcept {
+    return typeid(line) == typeid(GeneratedLine);
 }
 
 } // namespace estatebook

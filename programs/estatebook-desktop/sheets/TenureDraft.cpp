@@ -150,8 +150,7 @@ std::vector<TenureDraft::Line> TenureDraft::nextLines() const {
     const auto statement = terms_->statement();
     for (const TKStatementItem& item : *statement->items()) {
         const TKLedgerTransaction& charge = *item.transaction();
-        const auto* object = dynamic_cast<const platform::ManagedObject*>(&charge);
-        if (lines.size() == PreviewLines || (object && object->managedObjectContext())) continue;
+        if (lines.size() == PreviewLines || !TKTenure::isGenerated(charge)) continue;
         const auto when = charge.when();
         if (!when || *when <= today) continue;
         const auto what = charge.what();

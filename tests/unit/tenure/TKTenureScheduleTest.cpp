@@ -317,6 +317,7 @@ TEST_F(TKTenureScheduleTest, RecordedTransactionsAreTheVeryObjects) {
     payment->setTagNames(TKTagNames::initWithEditableString("Rent, Bank"));
     const auto statement = rebuilt();
     EXPECT_EQ(&(*statement->items())[0].transaction()->adopter(), payment);
+    EXPECT_FALSE(TKTenure::isGenerated(*(*statement->items())[0].transaction()));
     EXPECT_EQ(statement->tagNames()->editableString(), "Rent, Bank");
 }
 
@@ -329,6 +330,7 @@ TEST_F(TKTenureScheduleTest, AGeneratedLineIsATransactionOfNoContextWithFourValu
     for (const TKStatementItem& item : *statement->items()) {
         const auto line = refCast<TKTenureTransaction>(item.transaction());
         ASSERT_TRUE(line);
+        EXPECT_TRUE(TKTenure::isGenerated(*line));
         EXPECT_EQ(line->entity().name(), "TenureTransaction");
         EXPECT_EQ(line->runtimeClassName(), "TKTenureTransaction");
         EXPECT_FALSE(line->managedObjectContext());
