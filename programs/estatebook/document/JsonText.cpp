@@ -67,13 +67,13 @@ bool isUnshowable(char32_t code) noexcept {
 
 /// Whether the text can be shown as it is.
 bool isShowable(std::string_view text) noexcept {
-    if (platform::isPlainAscii(text)) return true;
-    while (!text.empty()) {
+    for (;;) {
+        text.remove_prefix(platform::plainAsciiPrefix(text));
+        if (text.empty()) return true;
         const auto [code, length] = firstCharacter(text);
         if (length == 0 || isUnshowable(code)) return false;
         text.remove_prefix(length);
     }
-    return true;
 }
 
 } // namespace

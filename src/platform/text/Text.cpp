@@ -239,7 +239,7 @@ std::optional<std::string> fromUtf16(std::u16string_view units) {
 }
 
 // Eight bytes at a time: it is asked of each text of long lists.
-bool isPlainAscii(std::string_view text) noexcept {
+std::size_t plainAsciiPrefix(std::string_view text) noexcept {
     constexpr std::uint64_t Each = 0x0101010101010101u;
     constexpr std::uint64_t High = 0x80 * Each;
     const auto isPlain = [](std::uint64_t bytes) {
@@ -247,27 +247,24 @@ bool isPlainAscii(std::string_view text) noexcept {
         const std::uint64_t visible = (bytes | High) - ' ' * Each; // from ' ' on
         return ((beyond | ~visible) & High) == 0;
     };
-    std::uint64_t bytes = 0;
-    for (; text.size() >= sizeof bytes; text.remove_prefix(sizeof bytes)) {
-        std::memcpy(&bytes, text.data(), sizeof bytes);
-        if (!isPlain(bytes)) return false;
+    std::size_t at = 0;
+    for (std::uint64_t bytes = 0; text.size() - at >= sizeof bytes; at += sizeof bytes) {
+        std::memcpy(&bytes, text.data() + at, sizeof bytes);
+        if (!isPlain(bytes)) break;
     }
-    bytes = ' ' * Each;
-    if (!text.empty()) std::memcpy(&bytes, text.data(), text.size());
-    return isPlain(bytes);
+    while (at < text.size() && (text[at] == ' ' || isVisibleAscii(text[at]))) ++at;
+    return at;
 }
 
 std::size_t columnWidth(std::string_view text) noexcept {
-    if (isPlainAscii(text)) return text.size();
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
     const std::size_t size = text.size();
     std::size_t columns = 0;
     for (std::size_t at = 0; at < size;) {
-        if (bytes[at] == ' ' || isVisibleAscii(text[at])) {
-            ++columns;
-            ++at;
-            continue;
-        }
+        const std::size_t plain = plainAsciiPrefix(text.substr(at));
+        columns += plain;
+        at += plain;
+        if (at == size) break;
         const std::size_t start = at;
         UChar32 character;
         U8_NEXT(bytes, at, size, character);

@@ -70,8 +70,8 @@ struct CanonicalEqual {
 /// The text of UTF-16 code units; none when a surrogate stands alone.
 [[nodiscard]] ESTATEBOOK_API std::optional<std::string> fromUtf16(std::u16string_view units);
 
-/// Whether all that a text holds are blanks and visible characters of ASCII; true of an empty one.
-[[nodiscard]] ESTATEBOOK_API bool isPlainAscii(std::string_view text) noexcept;
+/// How many bytes a text begins with that are blanks and visible characters of ASCII.
+[[nodiscard]] ESTATEBOOK_API std::size_t plainAsciiPrefix(std::string_view text) noexcept;
 
 /// The columns that a text takes in a terminal: 2 for wide and full-width characters, 0 for marks that join
 /// the character before them, for invisible and for control characters, 1 for all others and for each byte
