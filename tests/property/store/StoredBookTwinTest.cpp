@@ -5,25 +5,14 @@
 // to one in memory, and to a third whose objects never leave it; all of them must be the same book at all times, and be the same
 // after they were closed.
 
-#include "billing/TKPeriodicBilling.hpp"
-#include "model/Advertisement.hpp"
-#include "platform/persistence/MutableOrderedSet.hpp"
-#include "platform/values/AttributedString.hpp"
 #include "store/TKCurrentDateController.hpp"
-#include "store/TKProperty.hpp"
-#include "store/TKPropertyNote.hpp"
-#include "store/TKPropertyTransaction.hpp"
-#include "store/TKTenant.hpp"
-#include "store/TKTenantNote.hpp"
-#include "store/TKTenureNote.hpp"
-#include "store/TKTenureTransaction.hpp"
 #include "support/BookDescription.hpp"
 #include "support/Effort.hpp"
 #include "support/HeldClock.hpp"
+#include "support/RandomEditor.hpp"
 #include "support/StoreKinds.hpp"
 #include "support/WatchedStore.hpp"
 #include "tags/TKTag.hpp"
-#include "tenure/TKTenure.hpp"
 
 #include <gtest/gtest.h>
 
@@ -44,7 +33,9 @@ namespace {
 
 using estatebook::test::BookDescription;
 using estatebook::test::bookModel;
+using estatebook::test::EditLicence;
 using estatebook::test::InMemoryPlace;
+using estatebook::test::RandomEditor;
 using estatebook::test::SQLitePlace;
 using estatebook::test::StorePlace;
 using estatebook::test::WatchedStore;
@@ -59,13 +50,18 @@ enum class Freedom {
     Measured,
 };
 
+EditLicence licenceOf(Freedom freedom) {
+    const bool isFull = freedom == Freedom::Full;
+    return {.unreckonableTerms = isFull, .tags = isFull};
+}
+
 /// Whether a book is ever let go of.
 enum class Ending { Closed, Kept };
 
 class BookScript {
 public:
     BookScript(std::unique_ptr<StorePlace> place, Freedom freedom, Ending ending, std::uint64_t seed)
-        : place_(std::move(place)), freedom_(freedom), ending_(ending), random_(seed) {
+        : place_(std::move(place)), freedom_(freedom), ending_(ending), editor_(seed, licenceOf(freedom)) {
         TKCurrentDateController::sharedInstance().dailyUpdate();
         open();
     }
@@ -92,6 +88,7 @@ private:
         // Tags are kept or made anew by which object their name is.
         store_->readsTextsAnew = true;
         context_ = contextOn(Ref<Store>(store_));
+        editor_.open(context_);
         makeSettings();
     }
     /// Whoever looks for a setting first makes it, and an undo leaves it.
@@ -101,6 +98,7 @@ private:
             static_cast<void>(TKState::stateForKeyInManagedObjectContext(Ref<String>(name), *context_));
     }
     void close() {
+        editor_.close();
         context_ = nullptr;
         store_ = nullptr;
     }
@@ -125,95 +123,24 @@ private:
         }
     }
 
-    // Chance
-
-    std::size_t below(std::size_t bound) {
-        return std::uniform_int_distribution<std::size_t>(0, bound - 1)(random_);
-    }
-    bool isOneIn(std::size_t bound) { return below(bound) == 0; }
-    template <class T>
-    Ref<T> any(std::string_view entity) {
-        const auto all = context_->fetchAll<T>(entity);
-        return all.empty() ? nullptr : all[below(all.size())];
-    }
-    /// Reached through its owners, who alone are fetched.
-    Ref<TKTenure> anyLetting() {
-        if (isOneIn(2)) return any<TKTenure>("Tenure");
-        const auto flat = any<TKProperty>("Property");
-        if (!flat || flat->tenures().empty()) return nullptr;
-        return Ref<TKTenure>(&flat->tenures()[below(flat->tenures().count())]);
-    }
-    Ref<TKTransaction> anyTransaction() {
-        if (isOneIn(2)) return any<TKTransaction>("Transaction");
-        const auto tenure = anyLetting();
-        if (!tenure || tenure->transactions().empty()) return nullptr;
-        return Ref<TKTransaction>(&tenure->transactions()[below(tenure->transactions().count())]);
-    }
-    Ref<ManagedObject> anything() {
-        static constexpr const char* Entities[] = {"Account",    "Tenure",         "Transaction",  "Note",
-                                                   "AccountTag", "TransactionTag", "Advertisement"};
-        return any<ManagedObject>(Entities[below(std::size(Entities))]);
-    }
-    Ref<String> someText() {
-        static constexpr const char* Texts[] = {"Elm", "Oak", "Ash", "Yew"};
-        return isOneIn(5) ? nullptr : String::make(Texts[below(4)]);
-    }
-    std::optional<Decimal> someAmount() {
-        if (isOneIn(6)) return std::nullopt;
-        return Decimal(static_cast<std::int64_t>(below(2000)) - 700);
-    }
-    std::optional<Number> someNumber(std::size_t bound) {
-        if (isOneIn(8)) return std::nullopt;
-        const std::size_t number = below(bound);
-        return isOneIn(2) ? Number(std::uint64_t{number}) : Number(static_cast<double>(number));
-    }
-    std::optional<Date> someDate(std::size_t from = 7000) {
-        if (isOneIn(6)) return std::nullopt;
-        return Date{static_cast<double>(86400 * (from + below(300)))};
-    }
-    Ref<TKTagNames> someTagNames() {
-        static constexpr const char* Pairs[] = {"Rent, Repairs", "Water, Rent", "Garden, Lift"};
-        static constexpr const char* Others[] = {"", "Rent", "Rent, Repairs, Water"};
-        return TKTagNames::initWithEditableString(freedom_ == Freedom::Full && isOneIn(2) ? Others[below(3)]
-                                                                                          : Pairs[below(3)]);
-    }
-    Value someContent() {
-        switch (below(4)) {
-        case 0:
-            return Value(AttributedString::make(String::make("A letter")));
-        case 1:
-            return Value(Array::make({Value(String::make("one")), Value(Number(2.5))}));
-        case 2:
-            return Value(Decimal(7));
-        default:
-            return {};
-        }
-    }
-    /// Who is awake raises what it cannot reckon with once, and not when it is next touched.
-    template <class T>
-    static Ref<T> awake(Ref<T> object) {
-        if (object) BookDescription::awake(*object);
-        return object;
-    }
-
     // Steps
 
     void doOnce() {
-        switch (below(14)) {
+        switch (editor_.below(14)) {
         default: {
-            const std::size_t count = 1 + below(4);
+            const std::size_t count = 1 + editor_.below(4);
             for (std::size_t each = 0; each < count; ++each) {
-                const std::size_t what = below(20);
+                const std::size_t what = editor_.below(RandomEditor::Edits);
                 // Whom a change reaches who cannot reckon with it depends on who is awake, and so on what was read by chance.
-                const std::string raised = attempt([&] { edit(what); });
+                const std::string raised = attempt([&] { editor_.edit(what); });
                 note("edit " + std::to_string(what), freedom_ == Freedom::Measured ? raised : "");
             }
-            if (!isOneIn(4)) context_->undoManager()->endEvent();
+            if (!editor_.isOneIn(4)) context_->undoManager()->endEvent();
             break;
         }
         case 5:
-            if (isOneIn(2)) return undo();
-            clock_.pass(static_cast<double>(86400 * (1 + below(40))));
+            if (editor_.isOneIn(2)) return undo();
+            clock_.pass(static_cast<double>(86400 * (1 + editor_.below(40))));
             note("days pass", attempt([] { TKCurrentDateController::sharedInstance().dailyUpdate(); }));
             break;
         case 6:
@@ -222,7 +149,7 @@ private:
             note("redo", attempt([&] { context_->redo(); }));
             break;
         case 8:
-            if (isOneIn(2)) rollback();
+            if (editor_.isOneIn(2)) rollback();
             break;
         case 9:
             refresh();
@@ -235,9 +162,9 @@ private:
             fetch();
             break;
         case 13:
-            if (isOneIn(2)) return reopen();
+            if (editor_.isOneIn(2)) return reopen();
             // A look at everything has everything read.
-            if (isOneIn(2)) note("look", description(Part::Lasting));
+            if (editor_.isOneIn(2)) note("look", description(Part::Lasting));
             break;
         }
     }
@@ -245,184 +172,13 @@ private:
         note("undo", attempt([&] { context_->undo(); }));
     }
 
-    void edit(std::size_t what) {
-        switch (what) {
-        case 0:
-            if (context_->fetchAll<TKProperty>("Property").size() < 4)
-                context_->insertNewObject<TKProperty>("Property")->setName(someText());
-            break;
-        case 1:
-            if (context_->fetchAll<TKTenant>("Tenant").size() < 3)
-                context_->insertNewObject<TKTenant>("Tenant")->setName(someText());
-            break;
-        case 2:
-            if (context_->fetchAll<TKTenure>("Tenure").size() < 5) {
-                const auto tenure = context_->insertNewObject<TKTenure>("Tenure");
-                tenure->setStartDate(someDate());
-                tenure->setRentalBillingCycle(Number(std::uint64_t{TKBillingCycleMonth}));
-                tenure->setProperty(any<TKProperty>("Property").get());
-                tenure->setTenant(any<TKTenant>("Tenant").get());
-            }
-            break;
-        case 3:
-        case 4:
-            if (const auto tenure = awake(anyLetting())) tenure->createTransaction()->setAmount(someAmount());
-            break;
-        case 5:
-            if (const auto flat = awake(any<TKProperty>("Property")))
-                flat->createTransaction()->setAmount(someAmount());
-            break;
-        case 6:
-            makeNote();
-            break;
-        case 7:
-        case 8:
-            if (const auto tenure = awake(anyLetting())) editTerms(*tenure);
-            break;
-        case 9:
-        case 10:
-            if (const auto transaction = awake(anyTransaction())) editTransaction(*transaction);
-            break;
-        case 11:
-            if (const auto tenure = awake(anyLetting())) {
-                if (isOneIn(2))
-                    tenure->setProperty(isOneIn(4) ? nullptr : any<TKProperty>("Property").get());
-                else
-                    tenure->setTenant(isOneIn(4) ? nullptr : any<TKTenant>("Tenant").get());
-            }
-            break;
-        case 12:
-            if (const auto payment = awake(any<TKTenureTransaction>("TenureTransaction")))
-                payment->setTenure(isOneIn(5) ? nullptr : any<TKTenure>("Tenure").get());
-            break;
-        case 13:
-            if (const auto account = awake(any<TKAccount>("Account"))) {
-                account->setTagNames(someTagNames());
-                account->setName(someText());
-            }
-            break;
-        case 14:
-            if (const auto note = awake(any<TKNote>("Note"))) {
-                if (isOneIn(2)) note->setTagNames(someTagNames());
-                note->setContent(someContent());
-            }
-            break;
-        case 15:
-            if (freedom_ == Freedom::Full)
-                if (const auto account = awake(any<TKAccount>("Account"))) editTags(*account);
-            break;
-        case 16:
-            TKState::updateStateWithNameValueInManagedObjectContext(
-                Ref<String>(TKCurrencyCodeStateName), Value(String::make(isOneIn(2) ? "EUR" : "JPY")),
-                *context_);
-            break;
-        case 17:
-        case 18:
-            deleteSomething();
-            break;
-        case 19:
-            if (const auto flat = awake(any<TKProperty>("Property"))) editFlat(*flat);
-            break;
-        default:
-            break;
-        }
-    }
-    void makeNote() {
-        switch (below(3)) {
-        case 0:
-            if (const auto tenure = awake(anyLetting())) tenure->createNote()->setSubject(someText());
-            break;
-        case 1:
-            if (const auto tenant = awake(any<TKTenant>("Tenant"))) tenant->createNote();
-            break;
-        default:
-            if (const auto flat = awake(any<TKProperty>("Property"))) flat->createNote();
-            break;
-        }
-    }
-    void editTerms(TKTenure& tenure) {
-        switch (below(7)) {
-        case 0:
-            return tenure.setRentalAmount(someAmount());
-        case 1:
-            return tenure.setRentalPeriod(freedom_ == Freedom::Full ? someNumber(3)
-                                                                    : Number(std::uint64_t{1 + below(3)}));
-        case 2:
-            return tenure.setStartDate(someDate());
-        case 3:
-            return tenure.setEndDate(someDate(isOneIn(8) ? 7000 : 7300));
-        case 4:
-            return tenure.setChargeBehaviour(someNumber(4));
-        case 5:
-            return tenure.setBondAmount(someAmount());
-        case 6:
-            return tenure.setAdvancePeriod(someNumber(2));
-        }
-    }
-    void editTransaction(TKTransaction& transaction) {
-        switch (below(5)) {
-        case 0:
-            return transaction.setAmount(someAmount());
-        case 1:
-            return transaction.setAdjustment(isOneIn(4) ? std::nullopt : std::optional(Number(isOneIn(2))));
-        case 2:
-            return transaction.setWhen(someDate());
-        case 3:
-            return transaction.setWhat(someText());
-        case 4:
-            return transaction.setTagNames(someTagNames());
-        }
-    }
-    void editFlat(TKProperty& flat) {
-        switch (below(4)) {
-        case 0:
-            return flat.setAdvertisement(isOneIn(2)
-                                             ? context_->insertNewObject<Advertisement>("Advertisement").get()
-                                             : any<Advertisement>("Advertisement").get());
-        case 1:
-            return flat.setRentalAmount(someAmount());
-        case 2: {
-            // Some of all costs, whoever has them now.
-            std::vector<Value> costs;
-            for (const auto& each : context_->fetchAll<TKPropertyTransaction>("PropertyTransaction"))
-                if (isOneIn(2)) costs.emplace_back(Ref<Object>(each));
-            return flat.setValueForKey(Value(Set::make(std::move(costs))), keys::transactions);
-        }
-        case 3:
-            return flat.setAvailable(isOneIn(3) ? std::nullopt : std::optional(Number(isOneIn(2))));
-        }
-    }
-    void editTags(TKAccount& account) {
-        auto tags = account.mutableOrderedSetValueForKey(keys::tags);
-        if (tags.count() > 0 && isOneIn(2)) {
-            tags.removeObjectAtIndex(below(tags.count()));
-        } else if (const auto stray = any<TKTag>("AccountTag"); stray && isOneIn(2)) {
-            if (const auto owner = stray->valueForKey(keys::owner).as<ManagedObject>()) awake(owner);
-            tags.removeObject(*stray);
-            tags.insertObjectAtIndex(*stray, below(tags.count() + 1));
-        } else {
-            tags.insertObjectAtIndex(*account.createTagWithName(String::make("Water")),
-                                     below(tags.count() + 1));
-        }
-    }
-    void deleteSomething() {
-        const auto object = awake(anything());
-        if (!object) return;
-        // A refused deletion stands in the way of every save until it is taken back.
-        if (object->modelledProperty(keys::tenures) &&
-            object->valueForKey(keys::tenures).as<Set>()->count() > 0 && !isOneIn(6))
-            return;
-        if (freedom_ == Freedom::Measured && object->modelledProperty(keys::owner)) return;
-        context_->deleteObject(*object);
-    }
-
     // The store
 
     void save() {
         enum Fate : std::size_t { Refused, LandedUnknown, LostUnknown, Landed };
-        const Fate fate = isOneIn(3) ? static_cast<Fate>(below(3)) : Landed;
+        const Fate fate = editor_.isOneIn(3) ? static_cast<Fate>(editor_.below(3)) : Landed;
         const bool isBlind =
-            freedom_ == Freedom::Full && (fate == LandedUnknown || fate == LostUnknown) && isOneIn(2);
+            freedom_ == Freedom::Full && (fate == LandedUnknown || fate == LostUnknown) && editor_.isOneIn(2);
         // What cannot be read cannot be taken back.
         if (isBlind) static_cast<void>(description(Part::Stored));
         if (fate != Landed)
@@ -441,7 +197,7 @@ private:
         const bool isInvalid = error && error->code() < 134000;
         note("save " + std::to_string(fate) + raised, isInvalid ? std::to_string(error->code()) : "valid");
         if (isSaved) expectStored("saved");
-        if (isInvalid && isOneIn(2)) rollback();
+        if (isInvalid && editor_.isOneIn(2)) rollback();
         if (isBlind) workBlindly();
     }
     static StoreError unknown() {
@@ -450,8 +206,8 @@ private:
     /// While the store cannot tell what became of the last save.
     void workBlindly() {
         store_->outcomeUnknown = unknown();
-        for (std::size_t count = 1 + below(3); count > 0; --count) {
-            switch (below(4)) {
+        for (std::size_t count = 1 + editor_.below(3); count > 0; --count) {
+            switch (editor_.below(4)) {
             default:
                 undo();
                 break;
@@ -470,10 +226,10 @@ private:
         expectStored("rolled back");
     }
     void refresh() {
-        const auto object = anything();
+        const auto object = editor_.anything();
         // The names of an owner that stays as it is would be others than those of its tags.
         if (!object || object->modelledProperty(keys::owner)) return;
-        const bool keepsChanges = isOneIn(2);
+        const bool keepsChanges = editor_.isOneIn(2);
         note("refresh " + std::to_string(keepsChanges),
              attempt([&] { context_->refreshObjectMergeChanges(*object, keepsChanges); }));
     }
@@ -482,12 +238,12 @@ private:
             {"Property", "name"},      {"Account", "name"},           {"Transaction", "amount"},
             {"Transaction", "what"},   {"TenureTransaction", "when"}, {"Tenure", "rentalPeriod"},
             {"Tenure", "totalIncome"}, {"Property", "available"},     {"TransactionTag", "name"}};
-        const auto& [entity, key] = Questions[below(std::size(Questions))];
-        const auto model = any<ManagedObject>(entity);
+        const auto& [entity, key] = Questions[editor_.below(std::size(Questions))];
+        const auto model = editor_.any<ManagedObject>(entity);
         if (!model) return;
         std::string found;
         const std::string raised = attempt([&] {
-            const Value wanted = isOneIn(5) ? Value() : model->valueForKey(std::string_view(key));
+            const Value wanted = editor_.isOneIn(5) ? Value() : model->valueForKey(std::string_view(key));
             const auto predicate = Predicate::predicateWithFormat(std::string(key) + " = %@", wanted);
             const auto objects = context_->executeFetchRequest({entity, predicate});
             const auto all = context_->fetchAll<ManagedObject>(entity);
@@ -505,7 +261,7 @@ private:
     /// Closes the book and opens it again, after a save, after a rollback or just so.
     void reopen() {
         bool isSaved = false;
-        switch (below(3)) {
+        switch (editor_.below(3)) {
         case 0:
             rollback();
             break;
@@ -532,7 +288,7 @@ private:
             beAsOpened();
         }
         note("reopen", kept);
-        if (isOneIn(2)) return; // it is read as it is needed
+        if (editor_.isOneIn(2)) return; // it is read as it is needed
         if (isSaved) {
             EXPECT_EQ(description(part), before) << "reopened";
         }
@@ -558,7 +314,7 @@ private:
     std::unique_ptr<StorePlace> place_;
     Freedom freedom_;
     Ending ending_;
-    std::mt19937_64 random_;
+    RandomEditor editor_;
     testkit::HeldClock clock_{Date{86400.0 * 7400}};
     Ref<WatchedStore> store_;
     Ref<ManagedObjectContext> context_;
