@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "store/TKPropertyTransaction.hpp"
 
+#include "store/OpenedOwners.hpp"
 #include "store/TKProperty.hpp"
 
 namespace estatebook {
@@ -27,16 +28,14 @@ Ref<String> TKPropertyTransaction::name() const {
 
 void TKPropertyTransaction::willChangeValueForKey(Key key) {
     TKTransaction::willChangeValueForKey(key);
-    TKProperty* owner = property();
-    if (owner && (key == keys::amount || key == keys::adjustment))
-        owner->willChangeValueForKey(keys::totalIncome);
+    if (key == keys::amount || key == keys::adjustment)
+        OpenedOwners::willChange(*this, property(), keys::totalIncome);
 }
 
 void TKPropertyTransaction::didChangeValueForKey(Key key) {
     TKTransaction::didChangeValueForKey(key);
-    TKProperty* owner = property();
-    if (owner && (key == keys::amount || key == keys::adjustment))
-        owner->didChangeValueForKey(keys::totalIncome);
+    if (key == keys::amount || key == keys::adjustment)
+        OpenedOwners::didChange(*this, property(), keys::totalIncome);
 }
 
 } // namespace estatebook

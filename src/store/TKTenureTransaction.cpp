@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "store/TKTenureTransaction.hpp"
 
+#include "store/OpenedOwners.hpp"
 #include "store/TKProperty.hpp"
 #include "store/TKTenant.hpp"
 #include "tenure/TKTenure.hpp"
@@ -39,18 +40,16 @@ TKProperty* TKTenureTransaction::property() const {
 
 void TKTenureTransaction::willChangeValueForKey(Key key) {
     TKTransaction::willChangeValueForKey(key);
-    TKTenure* owner = tenure();
-    if (!owner || (key != keys::amount && key != keys::adjustment)) return;
-    owner->willChangeValueForKey(keys::totalIncome);
-    owner->willChangeValueForKey(keys::totalAdjustment);
+    if (key != keys::amount && key != keys::adjustment) return;
+    for (const Key ofOwner : {keys::totalIncome, keys::totalAdjustment})
+        OpenedOwners::willChange(*this, tenure(), ofOwner);
 }
 
 void TKTenureTransaction::didChangeValueForKey(Key key) {
     TKTransaction::didChangeValueForKey(key);
-    TKTenure* owner = tenure();
-    if (!owner || (key != keys::amount && key != keys::adjustment)) return;
-    owner->didChangeValueForKey(keys::totalIncome);
-    owner->didChangeValueForKey(keys::totalAdjustment);
+    if (key != keys::amount && key != keys::adjustment) return;
+    for (const Key ofOwner : {keys::totalIncome, keys::totalAdjustment})
+        OpenedOwners::didChange(*this, tenure(), ofOwner);
 }
 
 } // namespace estatebook

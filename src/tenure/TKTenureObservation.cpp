@@ -2,12 +2,10 @@
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/values/Exception.hpp"
 #include "platform/values/FirstException.hpp"
+#include "store/OpenedOwners.hpp"
 #include "store/TKCurrentDateController.hpp"
 #include "store/TKProperty.hpp"
 #include "tenure/TKTenure.hpp"
-
-#include <utility>
-#include <vector>
 
 namespace estatebook {
 
@@ -23,25 +21,6 @@ struct PassedOn {
 };
 constexpr PassedOn passedOn[] = {{keys::balance, keys::tenureBalance},
                                  {keys::totalIncome, keys::tenureIncome}};
-
-/// What stands open on a property since a tenure's will. The tenure may have another property, or none, by its did.
-struct Opened {
-    const TKTenure* tenure;
-    Key ofProperty;
-    Ref<TKProperty> property;
-};
-thread_local std::vector<Opened> opened;
-
-/// Null when nothing of it stands open.
-Ref<TKProperty> takeOpened(const TKTenure& tenure, Key ofProperty) {
-    for (auto each = opened.rbegin(); each != opened.rend(); ++each) {
-        if (each->tenure != &tenure || each->ofProperty != ofProperty) continue;
-        Ref<TKProperty> property = std::move(each->property);
-        opened.erase(std::next(each).base());
-        return property;
-    }
-    return nullptr;
-}
 
 } // namespace
 
@@ -117,23 +96,14 @@ void TKTenure::willTurnIntoFault() {
 
 void TKTenure::willChangeValueForKey(Key key) {
     ManagedObject::willChangeValueForKey(key);
-    TKProperty* let = property();
-    if (!let) return;
-    for (const PassedOn& each : passedOn) {
-        if (key != each.key) continue;
-        opened.push_back({this, each.ofProperty, Ref<TKProperty>(let)});
-        let->willChangeValueForKey(each.ofProperty);
-    }
+    for (const PassedOn& each : passedOn)
+        if (key == each.key) OpenedOwners::willChange(*this, property(), each.ofProperty);
 }
 
 void TKTenure::didChangeValueForKey(Key key) {
     ManagedObject::didChangeValueForKey(key);
-    for (const PassedOn& each : passedOn) {
-        if (key != each.key) continue;
-        Ref<TKProperty> let = takeOpened(*this, each.ofProperty);
-        if (!let) let = Ref<TKProperty>(property());
-        if (let) let->didChangeValueForKey(each.ofProperty);
-    }
+    for (const PassedOn& each : passedOn)
+        if (key == each.key) OpenedOwners::didChange(*this, property(), each.ofProperty);
 }
 
 } // namespace estatebook

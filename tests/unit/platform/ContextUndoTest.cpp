@@ -232,6 +232,31 @@ TEST_F(ContextUndoTest, ObserversFindEverythingRestoredWhenTheyAreTold) {
     for (const auto& each : reader->seen) EXPECT_EQ(each, "30 1 100");
 }
 
+TEST_F(ContextUndoTest, BothOwnersHearOfAPaymentWhoseAmountReturnsWithItsLetting) {
+    const auto one = tenure();
+    const auto other = tenure();
+    const auto payment = Ref<TKTenureTransaction>(one->createTransaction());
+    payment->setAmount(Decimal(10));
+    step();
+    payment->setAmount(Decimal(20));
+    payment->setTenure(other.get());
+    step();
+
+    std::vector<std::string> seen;
+    const auto observe = [&](const Ref<TKTenure>& letting, std::string_view name) {
+        return letting->observe("totalIncome", [&seen, letting, name] {
+            seen.push_back(std::string(name) + " " + Value(letting->totalIncome()).description());
+        });
+    };
+    const auto ofOne = observe(one, "one");
+    const auto ofOther = observe(other, "other");
+    context->undo();
+    EXPECT_THAT(seen, testing::UnorderedElementsAre("one 10", "other 0"));
+    seen.clear();
+    context->redo();
+    EXPECT_THAT(seen, testing::UnorderedElementsAre("one 0", "other 20"));
+}
+
 TEST_F(ContextUndoTest, AnExceptionOutOfAnObserverLeavesNothingHalfRestored) {
     class Objector final : public ObservableObject {
         void observeValueForKeyPathOfObjectChangeContext(std::string_view, ObservableObject&,
