@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cassert>
 #include <string>
+#include <unordered_set>
 #include <utility>
 
 namespace estatebook::platform {
@@ -226,19 +227,31 @@ void ManagedObjectContext::deleteObject(ManagedObject& object) {
 }
 
 void ManagedObjectContext::readAround(ManagedObject& object) {
-    object.forEachModelledProperty([&](const ModelledProperty& property) {
-        if (!property.isRelationship()) return;
-        if (property.kind == PropertyKind::ToOne) {
-            ManagedObject* const target = property.toOne(object).target;
-            if (!target) return;
-            target->access();
-            target->knowMembersOf(property.inverse);
-            return;
+    std::vector<ManagedObject*> going{&object};
+    std::unordered_set<const ManagedObject*> known{&object};
+    const auto goes = [&](ManagedObject* each) {
+        if (known.insert(each).second) going.push_back(each);
+    };
+    for (std::size_t next = 0; next < going.size(); ++next) {
+        ManagedObject& each = *going[next];
+        for (const RelationshipDescription& relationship : each.entity().relationships()) {
+            const ModelledProperty& property = *each.modelledProperty(relationship.name);
+            const bool isCascade = relationship.deleteRule == DeleteRule::Cascade;
+            if (property.kind == PropertyKind::ToOne) {
+                ManagedObject* const target = property.toOne(each).target;
+                if (!target) continue;
+                target->access();
+                target->knowMembersOf(property.inverse);
+                if (isCascade) goes(target);
+                continue;
+            }
+            const auto members = each.knownMembers(property).members();
+            for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end())) {
+                member->access();
+                if (isCascade) goes(member);
+            }
         }
-        const auto members = object.knownMembers(property).members();
-        for (ManagedObject* member : std::vector<ManagedObject*>(members.begin(), members.end()))
-            member->access();
-    });
+    }
 }
 
 bool ManagedObjectContext::isDenied(ManagedObject& object) {

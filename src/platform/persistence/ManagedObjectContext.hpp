@@ -189,7 +189,7 @@ public:
     identifiers(std::span<const Ref<ManagedObject>> objects, Ref<Error>* error = nullptr);
 
     /// Takes back everything since the last save: inserted objects go, deleted ones return, values are what they
-    /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more.
+    /// were; then `awakeFromSnapshotEvents` of the restored. Nothing can be undone any more. It reads first, as undoing does.
     void rollback();
 
     /// Forgets every object, every unsaved change and what could be undone. Awake objects are told as at the end of the context.
@@ -285,6 +285,7 @@ private:
     /// Null when there is nothing to take back.
     [[nodiscard]] ObjectJournal* journalOf(const ManagedObject& object);
     void fulfilFault(ManagedObject& object);
+    static void sleepAgain(ManagedObject& object) noexcept;
     [[nodiscard]] std::vector<Ref<ManagedObject>> changed(ManagedObject::State state) const;
 
     // The store
@@ -341,7 +342,7 @@ private:
     void loseRow(ManagedObject& object);
 
     void propagateDeletion(ManagedObject& object);
-    /// Reads whatever is linked with the object.
+    /// Reads whatever is linked with the object, and with all that its deletion takes along.
     static void readAround(ManagedObject& object);
     [[nodiscard]] static bool isDenied(ManagedObject& object);
     void settleBeforeSave();

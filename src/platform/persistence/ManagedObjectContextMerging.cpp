@@ -131,6 +131,14 @@ void ManagedObjectContext::merge(ManagedObject& object, const Row& stored, Merge
         taken.push_back(side);
         targets.push_back(target && isWithin(*target) ? target : nullptr);
     }
+    // What follows is read before anything is changed.
+    for (const StoredSide& side : sidesOf(stored_->properties(object.entity()), stored))
+        static_cast<void>(targetOf(object, side));
+    std::vector<FormerValue> former;
+    for (std::size_t index = 0; index < taken.size(); ++index)
+        former.push_back(
+            {taken[index].property, taken[index].link ? Value(Ref<Object>(targets[index])) : Value()});
+    readyToRestore(object, former);
 
     for (const StoredSide& side : taken)
         exceptions.keep([&] { object.willChangeValueForKey(side.property->key); });

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "platform/observation/ObservationEngine.hpp"
 #include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/ManagedObjectContext.hpp"
 #include "platform/persistence/Raised.hpp"
@@ -9,6 +10,7 @@
 
 #include <memory>
 #include <ranges>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -82,20 +84,24 @@ void ManagedObjectContext::registerChanges() {
     if (batch_.empty()) return;
     const bool isWanted = undoManager_ && undoManager_->isUndoRegistrationEnabled();
     ChangeSet set;
-    for (const auto& object : std::exchange(batch_, {})) {
-        if (!owns(*object)) continue;
+    // What an object held may have to be read; while it cannot be, all of them wait.
+    for (const auto& object : std::vector(batch_)) {
+        if (!isWanted || !owns(*object)) continue;
         const bool isInserted = object->has(ManagedObject::InsertedInBatch);
         const bool isDeleted = object->has(ManagedObject::DeletedInBatch);
-        if (isWanted && isInserted != isDeleted) {
+        if (isInserted != isDeleted) {
             if (isInserted)
                 set.changes.push_back({ObjectChange::Kind::Insertion, object});
             else
                 set.changes.push_back({ObjectChange::Kind::Deletion, object,
                                        allFormerValues(*object, &ObjectJournal::sinceProcessing)});
-        } else if (isWanted && !isInserted) {
+        } else if (!isInserted) {
             set.changes.push_back(
-                {ObjectChange::Kind::Update, object, journalOf(*object)->sinceProcessing.take()});
+                {ObjectChange::Kind::Update, object, journalOf(*object)->sinceProcessing.all()});
         }
+    }
+    for (const auto& object : std::exchange(batch_, {})) {
+        if (!owns(*object)) continue;
         if (ObjectJournal* journal = journalOf(*object)) journal->sinceProcessing = {};
         object->clear(ManagedObject::InBatch);
         object->clear(ManagedObject::InsertedInBatch);
@@ -204,10 +210,46 @@ void ManagedObjectContext::readOtherSide(const ModelledProperty& link, ManagedOb
     other->knowMembersOf(link.inverse);
 }
 
+namespace {
+
+/// Calls for each managed object that observes the object.
+template <class Visit>
+void forEachObserver(const ManagedObject& object, Visit visit) {
+    const Observation* observation = ObservationEngine::observationIfAny(object);
+    if (!observation) return;
+    const auto visitOne = [&](const Registration& registration) {
+        if (registration.kind != Registration::Kind::Observer) return;
+        if (auto* observer = dynamic_cast<ManagedObject*>(registration.observer())) visit(observer);
+    };
+    if (const Registration* only = observation->only()) visitOne(*only);
+    if (const ObserverLists* lists = observation->lists())
+        for (const auto& list : lists->all())
+            for (std::size_t place = 0; place < list->places(); ++place) visitOne(list->at(place));
+}
+
+} // namespace
+
 void ManagedObjectContext::readyToRestore(ManagedObject& object, std::span<const FormerValue> former) {
-    object.access();
+    // The object, those who observe it, and all that these lead to, now or then: whoever hears of a change passes it on.
+    std::vector<ManagedObject*> hearers;
+    std::unordered_set<const ManagedObject*> known;
+    const auto hears = [&](ManagedObject* each) {
+        if (each && isWithin(*each) && known.insert(each).second) hearers.push_back(each);
+    };
+    hears(&object);
+    for (const FormerValue& each : former)
+        if (each.property->kind == PropertyKind::ToOne) hears(each.value.as<ManagedObject>().get());
+    for (std::size_t next = 0; next < hearers.size(); ++next) {
+        ManagedObject& hearer = *hearers[next];
+        hearer.access();
+        hearer.forEachModelledProperty([&](const ModelledProperty& property) {
+            if (property.kind == PropertyKind::ToOne) hears(property.toOne(hearer).target);
+        });
+        forEachObserver(hearer, hears);
+    }
     for (const FormerValue& each : former) {
-        if (each.property->kind == PropertyKind::OrderedToMany) object.knownMembers(*each.property);
+        if (each.property->kind == PropertyKind::OrderedToMany && isWithin(object))
+            object.knownMembers(*each.property);
         if (each.property->kind != PropertyKind::ToOne) continue;
         readOtherSide(*each.property, each.property->toOne(object).target);
         readOtherSide(*each.property, each.value.as<ManagedObject>().get());
@@ -216,20 +258,9 @@ void ManagedObjectContext::readyToRestore(ManagedObject& object, std::span<const
 
 void ManagedObjectContext::readyToRestore(const ChangeSet& set) {
     for (const ObjectChange& change : set.changes) {
-        ManagedObject& object = *change.object;
-        if (isWithin(object)) {
-            if (change.kind != ObjectChange::Kind::Insertion) {
-                readyToRestore(object, change.former);
-                continue;
-            }
-            object.access();
-            readAround(object);
-            continue;
-        }
-        // It comes back from outside.
-        for (const FormerValue& each : change.former)
-            if (each.property->kind == PropertyKind::ToOne)
-                readOtherSide(*each.property, each.value.as<ManagedObject>().get());
+        readyToRestore(*change.object, change.former);
+        if (change.kind == ObjectChange::Kind::Insertion && isWithin(*change.object))
+            readAround(*change.object);
     }
 }
 
@@ -312,20 +343,32 @@ void ManagedObjectContext::restore(const ChangeSet& set, RestoringEvents events)
 void ManagedObjectContext::rollback() {
     assertThread();
     const Raised unrecorded(recordingOff_);
-    FirstException exceptions;
-    exceptions.keep([&] { processPendingChanges(); });
+    static_cast<void>(resolveUnknownSave(nullptr)); // else asked again
+    // What deletions entail is taken back where it was carried out, and is not carried out for that.
     ChangeSet set;
-    // Reading what an object held may fetch, and so may change the list.
-    for (const auto& object : std::vector(changed_)) {
-        // One that is both is here because its deletion was refused.
-        if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem))
-            set.changes.push_back({ObjectChange::Kind::Insertion, object});
-        else if (object->isDeleted())
-            set.changes.push_back(
-                {ObjectChange::Kind::Deletion, object, allFormerValues(*object, &ObjectJournal::sinceSave)});
-        else if (ObjectJournal* journal = journalOf(*object))
-            set.changes.push_back({ObjectChange::Kind::Update, object, journal->sinceSave.take()});
-    }
+    const auto collect = [&] {
+        set.changes.clear();
+        // Reading what an object held may fetch, and so may change the list.
+        for (const auto& object : std::vector(changed_)) {
+            // One that is both is here because its deletion was refused or was not processed.
+            if (object->has(ManagedObject::Inserted) && !object->has(ManagedObject::MadeBySystem))
+                set.changes.push_back({ObjectChange::Kind::Insertion, object});
+            else if (object->isDeleted())
+                set.changes.push_back({ObjectChange::Kind::Deletion, object,
+                                       allFormerValues(*object, &ObjectJournal::sinceSave)});
+            else if (ObjectJournal* journal = journalOf(*object))
+                set.changes.push_back({ObjectChange::Kind::Update, object, journal->sinceSave.all()});
+        }
+    };
+    // What is read may have lost a link to what is deleted, which is to be taken back as well.
+    std::size_t known = 0;
+    do {
+        known = changed_.size();
+        collect();
+        readyToRestore(set);
+    } while (changed_.size() != known);
+
+    FirstException exceptions;
     exceptions.keep([&] { restore(set, {SnapshotRollback, SnapshotRollback}); });
     exceptions.keep([&] { processPendingChanges(); });
     for (const auto& object : std::exchange(changed_, {})) {
@@ -407,7 +450,21 @@ void ManagedObjectContext::fulfilFault(ManagedObject& object) {
     }
     object.set(ManagedObject::Awake);
     const Raised off(changeProcessingOff_);
-    object.awakeFromFetch();
+    try {
+        object.awakeFromFetch();
+    } catch (const ObjectInaccessibleException&) {
+        if (object.isStored()) sleepAgain(object);
+        throw;
+    }
+}
+
+/// Takes back an awakening that could not read what it needs: the next reading of the object awakens it.
+void ManagedObjectContext::sleepAgain(ManagedObject& object) noexcept {
+    FirstException exceptions; // what awakening did not come to
+    if (object.has(ManagedObject::Awake)) exceptions.keep([&] { object.willTurnIntoFault(); });
+    object.clear(ManagedObject::Awake);
+    object.set(ManagedObject::ReadAhead);
+    object.set(ManagedObject::Fault);
 }
 
 } // namespace estatebook::platform

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-// Undo, redo and refresh while the disk does not answer: told once, nothing is half done, and the next try works when the
+// Undo, redo, rollback and refresh while the disk does not answer: told once, nothing is half done, and the next try works when the
 // disk answers again.
 
 #include "model/Keys.hpp"
@@ -168,6 +168,41 @@ TEST_F(UnreadableUndoTest, ADeletion) {
     forgetAll();
     expectTried([&] { book->redo(); }, [&] { expectState("Elm1 Ash0 elm"); });
     expectState("Elm0 Ash0 -");
+}
+
+TEST_F(UnreadableUndoTest, ARollback) {
+    note->setProperty(ash.get());
+    elm->setName(text("Oak"));
+    book->refreshObjectMergeChanges(*ash, false);
+    ASSERT_TRUE(ash->isFault());
+    expectTried([&] { book->rollback(); }, [&] { expectState("Oak0 Ash1 ash"); });
+    expectState("Elm1 Ash0 elm");
+    EXPECT_FALSE(book->hasChanges());
+}
+
+TEST_F(UnreadableUndoTest, ARollbackOfADeletionThatWasNotCarriedOutYetNeedsNoReading) {
+    forgetAll();
+    EXPECT_EQ(elm->name()->view(), "Elm");
+    book->deleteObject(*elm);
+    disk.fault = [](MemoryDisk::Call) { return MemoryDisk::Fault::Fails; };
+    book->rollback();
+    disk.fault = nullptr;
+    EXPECT_FALSE(book->hasChanges());
+    expectState("Elm1 Ash0 elm");
+}
+
+TEST_F(UnreadableUndoTest, ADeletionThatCannotBeCarriedOutYetStaysAStepToUndo) {
+    forgetAll();
+    EXPECT_EQ(elm->name()->view(), "Elm");
+    book->deleteObject(*elm);
+    disk.fault = [](MemoryDisk::Call) { return MemoryDisk::Fault::Fails; };
+    for (int attempt = 0; attempt < 2; ++attempt)
+        EXPECT_THROW(book->processPendingChanges(), ObjectInaccessibleException);
+    disk.fault = nullptr;
+    done();
+    expectState("- Ash0 -");
+    book->undo();
+    expectState("Elm1 Ash0 elm");
 }
 
 TEST_F(UnreadableUndoTest, ARefreshThatDropsChanges) {
