@@ -51,6 +51,12 @@ public:
                                                                const platform::Value& value,
                                                                platform::ManagedObjectContext& context);
 
+    /// The setting of the name; null when there is none. Raises ObjectInaccessibleException when the store cannot be read, which the
+    /// operations above take for a setting that is not there.
+    [[nodiscard]] static platform::Ref<TKState>
+    readStateForNameInManagedObjectContext(const platform::Ref<platform::String>& name,
+                                           platform::ManagedObjectContext& context);
+
 private:
     ~TKState() override;
 };

@@ -32,7 +32,13 @@ Ref<TKState> TKTenure::observedState(String* name) {
     ManagedObjectContext* context = managedObjectContext();
     if (!context)
         throw InvalidArgumentException(description() + " is in no context and has no settings to follow");
-    auto state = TKState::stateForKeyInManagedObjectContext(Ref<String>(name), *context);
+    // What it had when it was last awake serves when it is taken back, which has to work without reading. A store that cannot be
+    // read must not lead to a second setting.
+    Ref<TKState> state = name == TKCurrencyCodeStateName ? currencyCodeState() : billingModeState();
+    const bool isKept = state && state->managedObjectContext() == context && !state->isDeleted() &&
+                        state->name() && state->name()->view() == name->view();
+    if (!isKept) state = TKState::readStateForNameInManagedObjectContext(Ref<String>(name), *context);
+    if (!state) state = TKState::stateForKeyInManagedObjectContext(Ref<String>(name), *context);
     state->addObserverForKeyPathOptionsContext(*this, "value", ObservingNew, name);
     return state;
 }

@@ -69,6 +69,11 @@ Names settingsOf(const BookDocument& document) {
     return names;
 }
 
+/// Null when there is none. Raises ObjectInaccessibleException: what cannot be read is not made a second time.
+platform::Ref<TKState> settingOf(ManagedObjectContext& context, const Setting& setting) {
+    return TKState::readStateForNameInManagedObjectContext(String::make(setting.name), context);
+}
+
 /// Makes room for the settings that the document has.
 void removeSettings(ManagedObjectContext& context, const Names& given) {
     for (const auto& state : context.fetchAll<TKState>("State"))
@@ -97,8 +102,7 @@ std::optional<StoreError> takeDocument(const BookDocument& document, ManagedObje
         const std::string mark = markOf(setting.name);
         if (given.contains(setting.name)) {
             if (known->contains(mark)) marks.push_back({mark, std::nullopt});
-        } else if (TKState::valueForNameInManagedObjectContext(String::make(setting.name), context)
-                       .isAbsent()) {
+        } else if (const auto state = settingOf(context, setting); !state || state->value().isAbsent()) {
             marks.push_back({mark, remembered(setting.value)});
             made.push_back(setting);
         }
@@ -108,8 +112,11 @@ std::optional<StoreError> takeDocument(const BookDocument& document, ManagedObje
         if (auto error = saveMarks(std::move(marks), store, origin)) return error;
     removeSettings(context, given);
     for (const Setting& setting : made)
-        TKState::updateStateWithNameValueInManagedObjectContext(String::make(setting.name),
-                                                                valueOf(setting.value), context);
+        if (const auto state = settingOf(context, setting))
+            state->setValue(valueOf(setting.value));
+        else
+            TKState::updateStateWithNameValueInManagedObjectContext(String::make(setting.name),
+                                                                    valueOf(setting.value), context);
     BookObjects::keptOfDocument(document, context);
     return std::nullopt;
 }

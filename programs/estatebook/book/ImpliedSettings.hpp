@@ -25,7 +25,7 @@ namespace estatebook {
 /// Makes the objects of a document, its settings and the implied ones, in a context whose store holds nothing but settings. The
 /// document's settings take the place of those of the same name; one that is there and that it does not give stays. What
 /// the store then remembers is saved at once; the objects are the context's to save. REQUIRES: the default zone is the one in which
-/// the document was read.
+/// the document was read. Raises ObjectInaccessibleException when a setting cannot be read.
 [[nodiscard]] std::optional<platform::StoreError> takeDocument(const document::BookDocument& document,
                                                                platform::ManagedObjectContext& context,
                                                                platform::Store& store,

@@ -6,15 +6,19 @@
 
 #include "estatebook/book/StoredDocument.hpp"
 
+#include "platform/values/Exception.hpp"
 #include "store/TKManagedObjectModel.hpp"
 #include "store/TKState.hpp"
 #include "support/Book.hpp"
+#include "support/StoreKinds.hpp"
+#include "support/WatchedStore.hpp"
 #include "tenure/TKTenure.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace estatebook {
 namespace {
@@ -124,6 +128,21 @@ TEST_F(ImpliedSettingsTest, ASettingThatWasOnlyLookedForIsGivenItsValue) {
     EXPECT_FALSE(value("BillingMode").isAbsent());
     EXPECT_EQ(book->fetchAll<TKState>("State").size(), 2u);
     EXPECT_EQ(stored().document, BookDocument());
+}
+
+TEST(UnreadableImpliedSettingsTest, WhatCannotBeReadIsNotMadeASecondTime) {
+    const DefaultZone zone{"Asia/Kathmandu"};
+    const auto store = platform::makeRef<test::WatchedStore>(
+        Ref<platform::Store>(platform::InMemoryStore::make(test::bookModel())));
+    auto coordinator = platform::makeRef<platform::PersistentStoreCoordinator>(test::bookModel());
+    coordinator->addPersistentStore(Ref<platform::Store>(store));
+    const auto book = platform::makeRef<platform::ManagedObjectContext>(platform::ConcurrencyType::MainQueue);
+    book->setPersistentStoreCoordinator(std::move(coordinator));
+    store->unreadable = platform::StoreError{platform::StoreErrorCode::Unreadable, "", "The disk is gone"};
+    EXPECT_THROW(static_cast<void>(takeDocument({}, *book, *store, {})),
+                 platform::ObjectInaccessibleException);
+    EXPECT_FALSE(book->hasChanges());
+    EXPECT_THAT(*store->metadata(), IsEmpty());
 }
 
 } // namespace
