@@ -36,6 +36,8 @@ public:
     mutable Reads reads;
     /// While set, reading fails with it.
     std::optional<platform::StoreError> unreadable;
+    /// Asked before each reading; null can always be read.
+    std::function<bool()> isReadable;
     /// The same for reading rows by their keys alone.
     std::optional<platform::StoreError> unreadableBatches;
     /// Asked instead of the store to save; null saves.
@@ -57,33 +59,33 @@ public:
     [[nodiscard]] Result<std::vector<RowKey>> fetchKeys(const Entity& entity,
                                                         const Condition& condition) const override {
         ++reads.fetches;
-        if (unreadable) return *unreadable;
+        if (const auto error = unreadableNow()) return *error;
         return inner_->fetchKeys(entity, condition);
     }
     Result<std::size_t> fetchRows(const Entity& entity, const Condition& condition,
                                   const RowVisitor& visitor) const override {
         ++reads.fetches;
-        if (unreadable) return *unreadable;
+        if (const auto error = unreadableNow()) return *error;
         return inner_->fetchRows(entity, condition, reading(visitor));
     }
     Result<std::size_t> visitRows(const Entity& entity, std::span<const RowKey> keys,
                                   const RowVisitor& visitor) const override {
         ++reads.batches;
-        if (unreadable) return *unreadable;
+        if (const auto error = unreadableNow()) return *error;
         if (unreadableBatches) return *unreadableBatches;
         return inner_->visitRows(entity, keys, reading(visitor));
     }
     [[nodiscard]] Result<std::vector<std::vector<RowKey>>>
     members(const platform::RelationshipDescription& toMany, std::span<const RowKey> owners) const override {
         ++reads.memberBatches;
-        if (unreadable) return *unreadable;
+        if (const auto error = unreadableNow()) return *error;
         return inner_->members(toMany, owners);
     }
     [[nodiscard]] Result<platform::Decimal> sum(const platform::RelationshipDescription& toMany, RowKey owner,
                                                 platform::Key attribute,
                                                 std::span<const RowKey> exceptions) const override {
         ++reads.sums;
-        if (unreadable) return *unreadable;
+        if (const auto error = unreadableNow()) return *error;
         return inner_->sum(toMany, owner, attribute, exceptions);
     }
     void beginReading() noexcept override { inner_->beginReading(); }
@@ -111,6 +113,10 @@ public:
     }
 
 private:
+    [[nodiscard]] std::optional<platform::StoreError> unreadableNow() const {
+        if (!isReadable || isReadable()) return unreadable;
+        return platform::StoreError{platform::StoreErrorCode::Unreadable, "", "The store cannot be read now"};
+    }
     [[nodiscard]] RowVisitor reading(const RowVisitor& visitor) const {
         if (!readsTextsAnew) return visitor;
         return [&visitor](const platform::Row& row) {
