@@ -11,18 +11,19 @@
 /// selection outlives a change.
 
 #include "platform/persistence/ManagedObject.hpp"
+#include "platform/toolkit/qt/ObjectTableModel.hpp"
 #include "platform/values/Decimal.hpp"
 
-#include <QAbstractTableModel>
 #include <QString>
 
 #include <functional>
 #include <optional>
+#include <unordered_map>
 #include <vector>
 
 namespace estatebook::desktop {
 
-class ListModel : public QAbstractTableModel {
+class ListModel : public platform::ObjectTableModel {
     Q_OBJECT
 
 public:
@@ -60,30 +61,25 @@ public:
     void setTitles(const std::vector<QString>& titles);
 
     [[nodiscard]] const std::vector<Column>& columns() const noexcept { return columns_; }
-    [[nodiscard]] platform::ManagedObject& object(int row) const {
-        return *objects_[static_cast<std::size_t>(row)];
-    }
-    /// -1 when it is not in the list.
-    [[nodiscard]] int rowOf(const platform::ManagedObject& object) const;
+    /// REQUIRES: a row that is there; so does `row`.
+    [[nodiscard]] platform::ManagedObject& object(int row) const;
     [[nodiscard]] const Row& row(int row) const;
     /// How many rows were read since the last `take`.
     [[nodiscard]] std::size_t readRows() const noexcept { return readRows_; }
 
-    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
-    [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+protected:
+    [[nodiscard]] Heading heading(int column) const override;
 
 private:
-    using Rows = std::vector<std::optional<Row>>;
-    void replace(const Objects& objects, Rows rows);
-    void removeRowsIf(const std::function<bool(const platform::ManagedObject&)>& isGone);
-    void insertRowsMissing(const Objects& objects);
+    void follow(const Objects& objects);
 
     std::vector<Column> columns_;
     RowMaker makeRow_;
-    Objects objects_;
-    mutable Rows rows_;
+    /// Those that were read.
+    mutable std::unordered_map<const platform::ObservableObject*, Row> rows_;
     mutable std::size_t readRows_ = 0;
 };
 

@@ -8,6 +8,7 @@
 
 #include <QAbstractItemModelTester>
 #include <QCoreApplication>
+#include <QSortFilterProxyModel>
 #include <QTableView>
 
 #include <algorithm>
@@ -91,6 +92,29 @@ TEST_F(ListModelTest, AnyListFollowsAnyOther) {
     }
 }
 
+TEST_F(ListModelTest, RowsThatAreThereAlreadyAreFoundByASearchAsTheyCome) {
+    ListModel model({{QStringLiteral("Name")}, {QStringLiteral("One"), true, true}},
+                    [](ManagedObject&) { return ListModel::Row(); });
+    QSortFilterProxyModel shown;
+    shown.setSourceModel(&model);
+    shown.setFilterKeyColumn(-1);
+    shown.setFilterFixedString(QStringLiteral("T1"));
+    shown.sort(0, Qt::DescendingOrder);
+    const auto take = [&](std::size_t first, std::size_t count) {
+        const auto some = objects(first, count);
+        std::vector<ListModel::Row> rows;
+        for (const auto& each : some) rows.push_back(rowOf(*each));
+        model.take(some, std::move(rows));
+    };
+    take(0, 12);
+    ASSERT_EQ(shown.rowCount(), 3);
+    EXPECT_EQ(nameIn(shown, 0), "T11");
+    EXPECT_EQ(nameIn(shown, 2), "T1");
+    take(10, 10);
+    EXPECT_EQ(shown.rowCount(), 10);
+    EXPECT_EQ(model.readRows(), 0U);
+}
+
 TEST_F(ListModelTest, TheSelectionOutlivesAChangeElsewhere) {
     platform::RunLoop loop;
     const auto session = BookSession::open(makeEmpty(), loop);
@@ -105,6 +129,10 @@ TEST_F(ListModelTest, TheSelectionOutlivesAChangeElsewhere) {
     page.model().take(fewer);
     EXPECT_EQ(page.selected(), tenants_[20].get());
     page.model().take(objects(0, 60));
+    EXPECT_EQ(page.selected(), tenants_[20].get());
+    auto reversed = objects(0, 60);
+    std::ranges::reverse(reversed);
+    page.model().take(reversed);
     EXPECT_EQ(page.selected(), tenants_[20].get());
     page.model().take(objects(30, 10));
     EXPECT_NE(page.selected(), tenants_[20].get());

@@ -17,11 +17,10 @@
 /// The trap: the model observes nothing. Some totals of the books are not announced on the object that shows them, and
 /// observing ten thousand rows would cost more than reading twenty; who shows a list says when it is to be read again.
 
-#include "platform/observation/ObservableObject.hpp"
 #include "platform/toolkit/FieldFormatter.hpp"
+#include "platform/toolkit/qt/ObjectTableModel.hpp"
 #include "platform/values/ValueTransformer.hpp"
 
-#include <QAbstractTableModel>
 #include <QString>
 #include <QTimer>
 #include <QVariant>
@@ -42,12 +41,12 @@ struct ObjectListColumn {
     std::string keyPath{};
     Ref<ValueTransformer> transformer{};
     Ref<FieldFormatter> formatter{};
-    Qt::Alignment alignment = Qt::AlignLeft | Qt::AlignVCenter;
+    Qt::Alignment alignment = ObjectTableModel::TextAlignment;
     /// What a cell has for a role beyond the value itself, such as a colour; an invalid answer leaves the role to the model.
     std::function<QVariant(const ObservableObject& object, int role)> data{};
 };
 
-class ObjectListModel : public QAbstractTableModel {
+class ObjectListModel : public ObjectTableModel {
 public:
     /// The value itself, for proxies that sort: a number, an instant in seconds, or a text.
     static constexpr int SortRole = Qt::UserRole;
@@ -67,15 +66,11 @@ public:
     /// How often the list was read.
     [[nodiscard]] std::size_t readings() const noexcept { return readings_; }
 
-    /// Null for a row that is not there.
-    [[nodiscard]] Row objectAt(int row) const;
-    /// -1 when the object is not in the list.
-    [[nodiscard]] int rowOf(const ObservableObject& object) const;
-
-    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] int columnCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
-    [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+protected:
+    [[nodiscard]] Heading heading(int column) const override;
 
 private:
     struct Cell {
@@ -84,17 +79,9 @@ private:
     };
 
     [[nodiscard]] const Cell& cell(const ObservableObject& object, int column) const;
-    void takeRows(std::vector<Row> rows);
-    void removeThoseNotIn(const std::unordered_map<const ObservableObject*, int>& places);
-    void orderBy(const std::unordered_map<const ObservableObject*, int>& places);
-    void insertThoseMissing(const std::vector<Row>& rows);
 
     std::vector<ObjectListColumn> columns_;
     Source source_;
-    std::vector<Row> rows_;
-    /// Reckoned when somebody asks after rows have come or gone.
-    mutable std::unordered_map<const ObservableObject*, int> places_;
-    mutable bool arePlacesKnown_ = false;
     mutable std::unordered_map<const ObservableObject*, std::vector<std::optional<Cell>>> cells_;
     std::size_t readings_ = 0;
     /// Comes round in the next turn of the event loop.
