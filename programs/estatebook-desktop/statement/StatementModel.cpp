@@ -5,6 +5,8 @@
 
 #include <QFont>
 
+#include <algorithm>
+
 namespace estatebook::desktop {
 
 void StatementModel::show(const StatementParts& parts, const Figures& figures, platform::Date today) {
@@ -55,6 +57,12 @@ void StatementModel::addSum(const QString& text, const QString& amount) {
 
 TKTransaction* StatementModel::transaction(int row) const {
     return row >= 0 && row < rowCount() ? rows_[static_cast<std::size_t>(row)].transaction.get() : nullptr;
+}
+
+int StatementModel::rowOf(const TKTransaction& transaction) const {
+    const auto found =
+        std::ranges::find(rows_, &transaction, [](const Row& row) { return row.transaction.get(); });
+    return found == rows_.end() ? -1 : static_cast<int>(found - rows_.begin());
 }
 
 QStringList StatementModel::texts(int row) const {

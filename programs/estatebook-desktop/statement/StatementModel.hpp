@@ -30,6 +30,8 @@ public:
 
     /// What the row was recorded as; null for one that nobody recorded.
     [[nodiscard]] TKTransaction* transaction(int row) const;
+    /// The first row that was recorded as it; -1 when there is none.
+    [[nodiscard]] int rowOf(const TKTransaction& transaction) const;
     /// The cells of a row, as texts.
     [[nodiscard]] QStringList texts(int row) const;
 

@@ -19,6 +19,7 @@
 #include <QLabel>
 #include <QPrinter>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTableView>
 #include <QTextDocument>
 #include <QToolButton>
@@ -95,9 +96,13 @@ StatementPage::StatementPage(BookSession& session, Dialogs& dialogs, std::functi
     connect(pdf, &QPushButton::clicked, this, [this] {
         save(tr("PDF documents (*.pdf)"), QStringLiteral(".pdf"), [this] { return this->pdf(); });
     });
-    connect(table_, &QTableView::doubleClicked, this, [this](const QModelIndex& index) {
+    const auto open = [this](const QModelIndex& index) {
         if (TKTransaction* transaction = model_.transaction(index.row())) Q_EMIT opened(transaction);
-    });
+    };
+    connect(table_, &QTableView::doubleClicked, this, open);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter})
+        connect(new QShortcut(QKeySequence(key), table_, nullptr, nullptr, Qt::WidgetShortcut),
+                &QShortcut::activated, this, [this, open] { open(table_->currentIndex()); });
 }
 
 void StatementPage::makeTable() {
@@ -150,7 +155,10 @@ void StatementPage::refresh() {
     }
     parts_ = *parts;
     subtitle_->setText(heading());
+    const platform::Ref<TKTransaction> current(model_.transaction(table_->currentIndex().row()));
     model_.show(parts_, figures, session_.today());
+    if (const int row = current ? model_.rowOf(*current) : -1; row >= 0)
+        table_->setCurrentIndex(model_.index(row, 0));
 }
 
 QString StatementPage::heading() const {
