@@ -2,7 +2,6 @@
 #include "estatebook-desktop/sheets/AccountSheets.hpp"
 
 #include "estatebook-desktop/sheets/Cycles.hpp"
-#include "estatebook-desktop/sheets/Tags.hpp"
 
 #include <QCheckBox>
 #include <QCoreApplication>
@@ -21,17 +20,6 @@ struct Words {
     Q_DECLARE_TR_FUNCTIONS(AccountSheets)
 };
 
-/// Sets what is another, so that nothing else counts as edited.
-template <class Value, class Set>
-void setIfOther(const Value& now, const Value& wanted, const Set& set) {
-    if (now != wanted) set(wanted);
-}
-
-template <class Set>
-void setText(const Ref<String>& now, const QString& wanted, const Set& set) {
-    if (textOf(now) != wanted.trimmed()) set(textFrom(wanted));
-}
-
 } // namespace
 
 // -- Properties -----------------------------------------------------------------------------------------------
@@ -42,26 +30,22 @@ Ref<String> PropertySheet::nibName() const {
 
 void PropertySheet::prepareControls() {
     setTitle(isNew_ ? Words::tr("New Property") : Words::tr("Property"));
-    completeTags(find<QLineEdit>("tags"));
-    find<QSpinBox>("period").setValue(1);
-    showCycle(find<QComboBox>("cycle"), std::nullopt);
-    if (isNew_) return;
-    find<QLineEdit>("name").setText(textOf(property_->name()));
-    find<QLineEdit>("sublease").setText(textOf(property_->sublease()));
-    find<QLineEdit>("rent").setText(figures().plain(property_->rentalAmount()));
-    if (const auto period = property_->rentalPeriod())
-        find<QSpinBox>("period").setValue(static_cast<int>(period->unsignedIntegerValue()));
-    showCycle(find<QComboBox>("cycle"), property_->rentalBillingCycle());
-    find<QLineEdit>("bond").setText(figures().plain(property_->bondAmount()));
-    find<QLineEdit>("tags").setText(tagsOf(*property_));
-    find<QCheckBox>("available").setChecked(isTrue(property_->available()));
+    SheetFields& fields = bindFields("Property", property_.get());
+    fields.bindText("name", "name");
+    fields.bindText("sublease", "sublease");
+    fields.bindAmount("rent", "rentalAmount",
+                      Words::tr("The usual rent is no amount; write it like 1050.00."));
+    fields.bindCount("period", "rentalPeriod");
+    fields.bindCycle("cycle", "rentalBillingCycle");
+    fields.bindAmount("bond", "bondAmount", Words::tr("The usual bond is no amount; write it like 1050.00."));
+    fields.bindFlag("available", "available");
+    showTags(property_.get());
 }
 
 QString PropertySheet::fault() {
-    if (find<QLineEdit>("name").text().trimmed().isEmpty()) return Words::tr("The property needs a name.");
-    if (!amountIn("rent").isReadable) return Words::tr("The usual rent is no amount; write it like 1050.00.");
-    if (!amountIn("bond").isReadable) return Words::tr("The usual bond is no amount; write it like 1050.00.");
-    return {};
+    const QString unreadable = fields().commit();
+    if (fields().value("name").isAbsent()) return Words::tr("The property needs a name.");
+    return unreadable;
 }
 
 QString PropertySheet::stepName() const {
@@ -70,24 +54,16 @@ QString PropertySheet::stepName() const {
 
 void PropertySheet::apply() {
     if (isNew_) property_ = session().context().insertNewObject<TKProperty>("Property");
-    TKProperty& property = *property_;
-    setText(property.name(), find<QLineEdit>("name").text(),
-            [&](const auto& text) { property.setName(text); });
-    setText(property.sublease(), find<QLineEdit>("sublease").text(),
-            [&](const auto& text) { property.setSublease(text); });
-    const auto rent = amountIn("rent").amount;
-    if (rent || property.rentalPeriod()) {
-        setIfOther(property.rentalBillingCycle(), std::optional(cycleIn(find<QComboBox>("cycle"))),
-                   [&](const auto& cycle) { property.setRentalBillingCycle(cycle); });
-        setIfOther(property.rentalPeriod(), std::optional(Number(find<QSpinBox>("period").value())),
-                   [&](const auto& period) { property.setRentalPeriod(period); });
+    // A rent is one of a period, also when the fields were left as they stood.
+    const auto fill = [this](const char* key, const Number& usual) {
+        if (fields().value(key).isAbsent()) fields().setValue(usual, key);
+    };
+    if (!fields().value("rentalAmount").isAbsent() || !fields().value("rentalPeriod").isAbsent()) {
+        fill("rentalPeriod", Number(find<QSpinBox>("period").value()));
+        fill("rentalBillingCycle", cycleIn(find<QComboBox>("cycle")));
     }
-    setIfOther(property.rentalAmount(), rent, [&](const auto& amount) { property.setRentalAmount(amount); });
-    setIfOther(property.bondAmount(), amountIn("bond").amount,
-               [&](const auto& amount) { property.setBondAmount(amount); });
-    const bool isAvailable = find<QCheckBox>("available").isChecked();
-    if (isAvailable != isTrue(property.available())) property.setAvailable(Number(isAvailable));
-    setTags(property, find<QLineEdit>("tags").text());
+    fields().applyTo(*property_);
+    setTags(*property_, find<QLineEdit>("tags").text());
 }
 
 // -- Tenants --------------------------------------------------------------------------------------------------
@@ -98,15 +74,13 @@ Ref<String> TenantSheet::nibName() const {
 
 void TenantSheet::prepareControls() {
     setTitle(isNew_ ? Words::tr("New Tenant") : Words::tr("Tenant"));
-    completeTags(find<QLineEdit>("tags"));
-    if (isNew_) return;
-    find<QLineEdit>("name").setText(textOf(tenant_->name()));
-    find<QLineEdit>("tags").setText(tagsOf(*tenant_));
+    bindFields("Tenant", tenant_.get()).bindText("name", "name");
+    showTags(tenant_.get());
 }
 
 QString TenantSheet::fault() {
-    return find<QLineEdit>("name").text().trimmed().isEmpty() ? Words::tr("The tenant needs a name.")
-                                                              : QString();
+    const QString unreadable = fields().commit();
+    return fields().value("name").isAbsent() ? Words::tr("The tenant needs a name.") : unreadable;
 }
 
 QString TenantSheet::stepName() const {
@@ -115,8 +89,7 @@ QString TenantSheet::stepName() const {
 
 void TenantSheet::apply() {
     if (isNew_) tenant_ = session().context().insertNewObject<TKTenant>("Tenant");
-    setText(tenant_->name(), find<QLineEdit>("name").text(),
-            [&](const auto& text) { tenant_->setName(text); });
+    fields().applyTo(*tenant_);
     setTags(*tenant_, find<QLineEdit>("tags").text());
 }
 

@@ -7,17 +7,19 @@
 /// sheet that cannot be confirmed says why in its own place, and stays. Escape and Ctrl+Return do what Cancel and Save do.
 
 #include "estatebook-desktop/session/BookSession.hpp"
+#include "estatebook-desktop/sheets/SheetFields.hpp"
+#include "estatebook-desktop/sheets/Tags.hpp"
 #include "estatebook-desktop/window/Figures.hpp"
 
 #include "platform/toolkit/qt/QtWindow.hpp"
 #include "ui/QBSheetController.hpp"
 #include "ui/TKDateController.hpp"
 
+#include <QLineEdit>
 #include <QString>
 
+#include <optional>
 #include <string_view>
-
-class QLineEdit;
 
 namespace estatebook::desktop {
 
@@ -56,8 +58,18 @@ protected:
     /// Couples a check box and a day of these names. Days are taken at their beginning.
     [[nodiscard]] platform::Ref<TKDateController> makeDates(std::string_view checkBox,
                                                             std::string_view day) const;
-    /// Completes tags from those of the book, one after another.
-    void completeTags(QLineEdit& line) const;
+    /// Fields on a copy of the object that is edited; null for one that is to be made. Called once.
+    SheetFields& bindFields(std::string_view entity, const platform::ManagedObject* original) {
+        return fields_.emplace(*window_, figures_, session_.context(), entity, original);
+    }
+    /// REQUIRES: bindFields was called.
+    [[nodiscard]] SheetFields& fields() { return *fields_; }
+    /// Shows the tags of the object, if there is one, in the line "tags", which completes them from those of the book.
+    template <class Owner>
+    void showTags(const Owner* owner) const {
+        completeTags(find<QLineEdit>("tags"));
+        if (owner) find<QLineEdit>("tags").setText(tagsOf(*owner));
+    }
     /// The amount of a line, whether there is one and whether it can be read.
     struct Amount {
         bool isReadable = true;
@@ -66,9 +78,13 @@ protected:
     [[nodiscard]] Amount amountIn(std::string_view line) const;
 
 private:
+    /// One after another.
+    void completeTags(QLineEdit& line) const;
+
     BookSession& session_;
     Figures figures_;
     platform::QtWindow* window_ = nullptr;
+    std::optional<SheetFields> fields_;
 };
 
 } // namespace estatebook::desktop

@@ -22,12 +22,16 @@ namespace estatebook::desktop {
 inline constexpr std::array<TKBillingCycle, 4> Cycles{TKBillingCycleDay, TKBillingCycleWeek,
                                                       TKBillingCycleMonth, TKBillingCycleYear};
 
-/// Months for a cycle that is none.
-inline void showCycle(QComboBox& list, const std::optional<platform::Number>& cycle) {
-    int shown = 2;
+/// That of months for a cycle that is none.
+[[nodiscard]] inline int placeOfCycle(const std::optional<platform::Number>& cycle) {
+    int place = 2;
     for (std::size_t i = 0; i < Cycles.size(); ++i)
-        if (cycle && cycle->unsignedIntegerValue() == Cycles[i]) shown = static_cast<int>(i);
-    list.setCurrentIndex(shown);
+        if (cycle && cycle->unsignedIntegerValue() == Cycles[i]) place = static_cast<int>(i);
+    return place;
+}
+
+inline void showCycle(QComboBox& list, const std::optional<platform::Number>& cycle) {
+    list.setCurrentIndex(placeOfCycle(cycle));
 }
 
 [[nodiscard]] inline platform::Number cycleIn(const QComboBox& list) {

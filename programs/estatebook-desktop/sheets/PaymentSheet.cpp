@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/sheets/PaymentSheet.hpp"
 
-#include "estatebook-desktop/sheets/Tags.hpp"
-
 #include "platform/calendar/Calendar.hpp"
 
 #include <QCheckBox>
@@ -13,7 +11,6 @@
 namespace estatebook::desktop {
 
 using platform::Date;
-using platform::Number;
 using platform::Ref;
 using platform::String;
 
@@ -43,24 +40,24 @@ void PaymentSheet::prepareControls() {
                                   : property_ ? textOf(property_->fullName())
                                               : QString());
     find<QCheckBox>("adjustment").setVisible(tenure_ != nullptr);
-    completeTags(find<QLineEdit>("tags"));
-    dates_ = makeDates("hasDate", "date");
+    const char* entity = tenure_ ? "TenureTransaction" : "PropertyTransaction";
+    SheetFields& fields = bindFields(entity, transaction_.get());
     const Date today = platform::Calendar::current().startOfDay(session().today());
+    dates_ = makeDates("hasDate", "date");
     dates_->setInitialDate(today);
+    fields.bindDate(*dates_, "when");
+    fields.bindText("what", "what");
+    fields.bindText("receipt", "receipt");
+    fields.bindFlag("adjustment", "adjustment");
+    if (isNew_) {
+        fields.setValue(today, "when");
+        if (tenure_) fields.setValue(tenure_->rentalAmount(), "amount");
+    }
+    fields.bindAmount("amount", "amount", Words::tr("The amount cannot be read; write it like 1050.00."));
+    showTags(transaction_.get());
 
     auto& amount = find<QLineEdit>("amount");
     QObject::connect(&amount, &QLineEdit::textChanged, &amount, [this] { showDirection(); });
-    if (isNew_) {
-        dates_->setCurrentDate(today);
-        amount.setText(tenure_ ? figures().plain(tenure_->rentalAmount()) : QString());
-    } else {
-        dates_->setCurrentDate(transaction_->when());
-        amount.setText(figures().plain(transaction_->amount()));
-        find<QLineEdit>("what").setText(textOf(transaction_->what()));
-        find<QLineEdit>("receipt").setText(textOf(transaction_->receipt()));
-        find<QLineEdit>("tags").setText(tagsOf(*transaction_));
-        find<QCheckBox>("adjustment").setChecked(transaction_->isAdjustment());
-    }
     amount.setFocus();
     amount.selectAll();
     showDirection();
@@ -76,10 +73,9 @@ void PaymentSheet::showDirection() const {
 }
 
 QString PaymentSheet::fault() {
-    const Amount amount = amountIn("amount");
-    if (!amount.isReadable) return Words::tr("The amount cannot be read; write it like 1050.00.");
-    if (!amount.amount) return Words::tr("The payment needs an amount.");
-    return {};
+    const QString unreadable = fields().commit();
+    if (!unreadable.isEmpty()) return unreadable;
+    return fields().value("amount").isAbsent() ? Words::tr("The payment needs an amount.") : QString();
 }
 
 QString PaymentSheet::stepName() const {
@@ -90,20 +86,8 @@ void PaymentSheet::apply() {
     if (isNew_)
         transaction_ = tenure_ ? Ref<TKTransaction>(tenure_->createTransaction())
                                : Ref<TKTransaction>(property_->createTransaction());
-    TKTransaction& transaction = *transaction_;
-    const auto amount = amountIn("amount").amount;
-    if (transaction.amount() != amount) transaction.setAmount(amount);
-    const auto setText = [](const Ref<String>& now, const QString& wanted, const auto& set) {
-        if (textOf(now) != wanted.trimmed()) set(textFrom(wanted));
-    };
-    setText(transaction.what(), find<QLineEdit>("what").text(),
-            [&](const auto& text) { transaction.setWhat(text); });
-    setText(transaction.receipt(), find<QLineEdit>("receipt").text(),
-            [&](const auto& text) { transaction.setReceipt(text); });
-    if (transaction.when() != dates_->currentDate()) transaction.setWhen(dates_->currentDate());
-    const bool isAdjustment = find<QCheckBox>("adjustment").isChecked();
-    if (transaction.isAdjustment() != isAdjustment) transaction.setAdjustment(Number(isAdjustment));
-    setTags(transaction, find<QLineEdit>("tags").text());
+    fields().applyTo(*transaction_);
+    setTags(*transaction_, find<QLineEdit>("tags").text());
 }
 
 } // namespace estatebook::desktop
