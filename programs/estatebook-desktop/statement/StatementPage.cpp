@@ -247,7 +247,8 @@ void StatementPage::copy() const {
 void StatementPage::save(const QString& filter, const QString& suffix,
                          const std::function<std::string()>& content) {
     const QString name = textOf(tenure_->name()).replace(QLatin1Char('/'), QLatin1Char('-')) + suffix;
-    const QString path = dialogs_.fileToSave(*this, tr("Save Statement"), name, filter);
+    const QString path = dialogs_.fileToSave(
+        *this, {tr("Save Statement"), Dialogs::usualFolder() + QLatin1Char('/') + name, filter, suffix});
     if (path.isEmpty()) return;
     try {
         writeWholeFile(path.toStdString(), content());

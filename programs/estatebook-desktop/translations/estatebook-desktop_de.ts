@@ -196,6 +196,18 @@
         <source>Cancel</source>
         <translation>Abbrechen</translation>
     </message>
+    <message>
+        <source>There is “%1” in this folder already. Choose another name.</source>
+        <translation>In diesem Ordner gibt es „%1“ schon. Wählen Sie einen anderen Namen.</translation>
+    </message>
+    <message>
+        <source>There is “%1” in this folder already. Put the new file in its place?</source>
+        <translation>In diesem Ordner gibt es „%1“ schon. Soll die neue Datei an ihre Stelle treten?</translation>
+    </message>
+    <message>
+        <source>Replace</source>
+        <translation>Ersetzen</translation>
+    </message>
 </context>
 <context>
     <name>Figures</name>
@@ -904,10 +916,6 @@
         <translation>Einstellungen</translation>
     </message>
     <message>
-        <source>the example book is not there; install the program anew</source>
-        <translation>Das Beispielbuch fehlt; installieren Sie das Programm neu</translation>
-    </message>
-    <message>
         <source>%1[*] — EstateBook</source>
         <translation>%1[*] — EstateBook</translation>
     </message>
@@ -1238,6 +1246,10 @@ Die Bücher vermieteter Objekte: wer was mietet, was geschuldet wird und was bez
     <message>
         <source>Delete “%1” with all its payments and notes? It can be undone.</source>
         <translation>„%1“ mit allen Zahlungen und Notizen löschen? Das lässt sich rückgängig machen.</translation>
+    </message>
+    <message>
+        <source>Example Book</source>
+        <translation>Beispielbuch</translation>
     </message>
 </context>
 <context>

@@ -23,13 +23,24 @@ public:
         QString yes;
     };
 
+    struct NewFile {
+        QString title;
+        /// What it is called when nobody says otherwise.
+        QString path;
+        QString filter;
+        /// ".pdf": what its name ends with, also when somebody leaves it out.
+        QString suffix;
+        /// Whether it may take the place of one that is there, after a question. Else another name is asked for.
+        bool mayReplace = true;
+    };
+
     virtual ~Dialogs() = default;
+
+    /// A file to be written; empty for none.
+    [[nodiscard]] QString fileToSave(QWidget& parent, const NewFile& file);
 
     /// A file that is there; empty for none.
     [[nodiscard]] virtual QString fileToOpen(QWidget& parent, const QString& title, const QString& folder,
-                                             const QString& filter) = 0;
-    /// A file to be written, `path` when nobody says otherwise; empty for none. Whoever chooses one that is there was asked.
-    [[nodiscard]] virtual QString fileToSave(QWidget& parent, const QString& title, const QString& path,
                                              const QString& filter) = 0;
     /// Sets the printer up. False when nothing is to be printed.
     [[nodiscard]] virtual bool choosePrinter(QWidget& parent, QPrinter& printer) = 0;
@@ -37,8 +48,15 @@ public:
     virtual void tell(QWidget& parent, const QString& title, const QString& words) = 0;
     virtual void warn(QWidget& parent, const QString& title, const QString& words) = 0;
 
+    /// Where files of the user's are when nobody says otherwise.
+    [[nodiscard]] static QString usualFolder();
     /// Those of Qt.
     [[nodiscard]] static Dialogs& usual();
+
+protected:
+    /// The name of a file to be written, whatever it ends with and whether or not it is there; empty for none.
+    [[nodiscard]] virtual QString nameToSave(QWidget& parent, const QString& title, const QString& path,
+                                             const QString& filter) = 0;
 };
 
 } // namespace estatebook::desktop

@@ -201,8 +201,11 @@ bool MainWindow::makeBook(const QString& path) {
         BookSession::makeEmpty(path.toStdString(),
                                QLocale().currencySymbol(QLocale::CurrencyIsoCode).toStdString());
     } catch (const Failure& failure) {
-        leaveSession();
-        refuse(path, QString::fromUtf8(failure.what()), false);
+        const QString sentence = QString::fromUtf8(failure.what());
+        if (session_)
+            dialogs_.warn(*this, tr("New Book"), sentence);
+        else
+            refuse(path, sentence, false);
         return false;
     }
     return openBook(path);
@@ -210,16 +213,28 @@ bool MainWindow::makeBook(const QString& path) {
 
 bool MainWindow::openExample(const QString& path) {
     if (QFileInfo::exists(path)) return openBook(path);
-    QFile example(QStringLiteral(":/examples/harbour-street.json"));
+    return makeOfDocument(tr("Example Book"), QStringLiteral(":/examples/harbour-street.json"), path);
+}
+
+// The book that is open is left before, since a process has one zone, and opened again when nothing comes of the other one.
+bool MainWindow::makeOfDocument(const QString& title, const QString& document, const QString& path) {
+    QFile file(document);
+    const QString former = session_ ? QString::fromStdString(session_->path()) : QString();
     try {
-        if (!example.open(QIODevice::ReadOnly))
+        if (!file.open(QIODevice::ReadOnly))
             throw Failure(ExitCode::CannotRead,
-                          tr("the example book is not there; install the program anew").toStdString());
-        BookSession::makeOfDocument(path.toStdString(), example.readAll().toStdString(),
-                                    "harbour-street.json");
-    } catch (const Failure& failure) {
+                          tr("%1: %2; choose another one").arg(document, file.errorString()).toStdString());
         leaveSession();
-        refuse(path, QString::fromUtf8(failure.what()), false);
+        BookSession::makeOfDocument(path.toStdString(), file.readAll().toStdString(),
+                                    QFileInfo(document).fileName().toStdString());
+    } catch (const Failure& failure) {
+        const QString sentence = QString::fromUtf8(failure.what());
+        if (former.isEmpty()) {
+            refuse(path, sentence, false);
+            return false;
+        }
+        dialogs_.warn(*this, title, sentence);
+        if (!session_) openBook(former);
         return false;
     }
     return openBook(path);

@@ -116,6 +116,7 @@ private:
     void dropSession();
     void endSession() noexcept;
     void giveUp(const QString& path, const QString& sentence);
+    bool makeOfDocument(const QString& title, const QString& document, const QString& path);
     void refuse(const QString& path, const QString& sentence, bool canBeRead);
     void refresh();
     void refreshPage(Page page);
@@ -133,11 +134,12 @@ private:
     void updateActions();
     [[nodiscard]] platform::ManagedObject* selected() const;
     [[nodiscard]] TKTenure* selectedTenure() const;
+    /// The path of a book that is to be made; empty for none.
+    [[nodiscard]] QString newBookNamed(const QString& title, const QString& name);
     void chooseNewBook();
     void chooseBook();
     void chooseExample();
     void chooseImport();
-    void importDocument(const QString& document, const QString& path);
     void undo();
     void redo();
     void addToList();

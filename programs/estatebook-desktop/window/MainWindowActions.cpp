@@ -9,7 +9,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QDateEdit>
-#include <QDir>
 #include <QFileInfo>
 #include <QKeyEvent>
 #include <QLabel>
@@ -19,7 +18,6 @@
 #include <QMessageBox>
 #include <QProcess>
 #include <QStackedWidget>
-#include <QStandardPaths>
 #include <QTableView>
 #include <QToolBar>
 
@@ -33,16 +31,6 @@ namespace {
 
 constexpr const char* BookSuffix = ".estatebook";
 constexpr int SearchWidth = 220;
-
-QString documentsFolder() {
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    return QFileInfo(folder).isDir() ? folder : QDir::homePath();
-}
-
-QString withSuffix(const QString& path) {
-    const QString suffix = QLatin1String(BookSuffix);
-    return path.isEmpty() || path.endsWith(suffix) ? path : path + suffix;
-}
 
 } // namespace
 
@@ -205,17 +193,20 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 
 // -- Books ----------------------------------------------------------------------------------------------------
 
+QString MainWindow::newBookNamed(const QString& title, const QString& name) {
+    const QString suffix = QLatin1String(BookSuffix);
+    return dialogs_.fileToSave(*this, {title, Dialogs::usualFolder() + QLatin1Char('/') + name + suffix,
+                                       tr("Books (*%1)").arg(suffix), suffix, false});
+}
+
 void MainWindow::chooseNewBook() {
-    const QString path = withSuffix(dialogs_.fileToSave(*this, tr("New Book"),
-                                                        documentsFolder() + QLatin1Char('/') +
-                                                            tr("My Properties") + QLatin1String(BookSuffix),
-                                                        tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
+    const QString path = newBookNamed(tr("New Book"), tr("My Properties"));
     if (!path.isEmpty()) makeBook(path);
 }
 
 // A process has one book, since all its days are those of the book's zone.
 void MainWindow::chooseBook() {
-    const QString path = dialogs_.fileToOpen(*this, tr("Open Book"), documentsFolder(),
+    const QString path = dialogs_.fileToOpen(*this, tr("Open Book"), Dialogs::usualFolder(),
                                              tr("Books (*%1);;All files (*)").arg(QLatin1String(BookSuffix)));
     if (path.isEmpty()) return;
     if (session_)
@@ -226,38 +217,17 @@ void MainWindow::chooseBook() {
 
 void MainWindow::chooseExample() {
     const QString path =
-        documentsFolder() + QLatin1Char('/') + tr("Harbour Street") + QLatin1String(BookSuffix);
+        Dialogs::usualFolder() + QLatin1Char('/') + tr("Harbour Street") + QLatin1String(BookSuffix);
     if (session_ && session_->path() == path.toStdString()) return;
     openExample(path);
 }
 
 void MainWindow::chooseImport() {
-    const QString document = dialogs_.fileToOpen(*this, tr("Import a Document"), documentsFolder(),
+    const QString document = dialogs_.fileToOpen(*this, tr("Import a Document"), Dialogs::usualFolder(),
                                                  tr("Book documents (*.json);;All files (*)"));
     if (document.isEmpty()) return;
-    const QString path =
-        withSuffix(dialogs_.fileToSave(*this, tr("New Book of the Document"),
-                                       documentsFolder() + QLatin1Char('/') +
-                                           QFileInfo(document).completeBaseName() + QLatin1String(BookSuffix),
-                                       tr("Books (*%1)").arg(QLatin1String(BookSuffix))));
-    if (!path.isEmpty()) importDocument(document, path);
-}
-
-void MainWindow::importDocument(const QString& document, const QString& path) {
-    QFile file(document);
-    const QString former = session_ ? QString::fromStdString(session_->path()) : QString();
-    try {
-        if (!file.open(QIODevice::ReadOnly))
-            throw Failure(ExitCode::CannotRead,
-                          tr("%1: %2; choose another one").arg(document, file.errorString()).toStdString());
-        leaveSession();
-        BookSession::makeOfDocument(path.toStdString(), file.readAll().toStdString(), document.toStdString());
-    } catch (const Failure& failure) {
-        dialogs_.warn(*this, tr("Import a Document"), QString::fromUtf8(failure.what()));
-        if (!session_ && !former.isEmpty()) openBook(former);
-        return;
-    }
-    openBook(path);
+    const QString path = newBookNamed(tr("New Book of the Document"), QFileInfo(document).completeBaseName());
+    if (!path.isEmpty()) makeOfDocument(tr("Import a Document"), document, path);
 }
 
 // -- Editing --------------------------------------------------------------------------------------------------

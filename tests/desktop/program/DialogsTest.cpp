@@ -3,10 +3,8 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QMessageBox>
 #include <QProcess>
 #include <QPushButton>
-#include <QTimer>
 
 #include <fstream>
 #include <sstream>
@@ -178,6 +176,46 @@ TEST_F(DialogsTest, ANewBookStandsWhereItIsWanted) {
     EXPECT_EQ(session().path(), path("mine.estatebook")) << "nothing was chosen";
 }
 
+TEST_F(DialogsTest, ABookThatIsThereIsNeverReplaced) {
+    openExample();
+    testkit::writeFile(path("other.estatebook"), "what somebody else wrote");
+    dialogs_.files = {file("harbour"), file("other.estatebook"), file("mine")};
+    trigger("newBook");
+    EXPECT_EQ(session().path(), path("mine.estatebook"));
+    EXPECT_THAT(dialogs_.asked, ElementsAre("New Book", HasSubstr("“harbour.estatebook”"), "New Book",
+                                            HasSubstr("“other.estatebook”"), "New Book"));
+    EXPECT_EQ(contentOf(file("other.estatebook")), "what somebody else wrote");
+}
+
+TEST_F(DialogsTest, ABookThatCannotBeMadeLeavesTheOpenOneOpen) {
+    openExample();
+    dialogs_.files = {file("no such folder/mine")};
+    trigger("newBook");
+    ASSERT_TRUE(window_->session());
+    EXPECT_EQ(session().path(), path("harbour.estatebook"));
+    EXPECT_EQ(list(Page::Tenures).shownRows(), 10);
+    ASSERT_EQ(dialogs_.asked.size(), 2U);
+    EXPECT_THAT(dialogs_.asked.back(), HasSubstr("no such folder"));
+}
+
+TEST_F(DialogsTest, AStatementIsReplacedWhenItIsMeant) {
+    showStatement();
+    testkit::writeFile(path("jones.csv"), "of last year");
+    dialogs_.files = {file("jones")};
+    dialogs_.confirmations = {false};
+    press("C&SV…");
+    EXPECT_EQ(contentOf(file("jones.csv")), "of last year");
+    EXPECT_EQ(dialogs_.asked.size(), 3U) << "another name is asked for";
+    EXPECT_EQ(dialogs_.offered, file("jones.csv"));
+    dialogs_.files = {file("jones")};
+    dialogs_.confirmations = {true};
+    press("C&SV…");
+    EXPECT_EQ(contentOf(file("jones.csv")), window_->statementPage().csv());
+    dialogs_.files = {file("JONES.CSV")};
+    press("C&SV…");
+    EXPECT_EQ(contentOf(file("JONES.CSV")), window_->statementPage().csv());
+}
+
 TEST_F(DialogsTest, ABookIsOpenedThatIsChosen) {
     const auto book = makeExample();
     trigger("openBook");
@@ -226,34 +264,6 @@ TEST_F(DialogsTest, AWindowWithoutEditsClosesUnasked) {
     openExample();
     EXPECT_TRUE(window_->close());
     EXPECT_THAT(dialogs_.asked, IsEmpty());
-}
-
-/// Presses the button of the message box that bears the text, as soon as the box is there.
-void pressInMessage(const char* text) {
-    QTimer::singleShot(0, qApp, [text] {
-        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-        ASSERT_TRUE(box);
-        settle();
-        const auto buttons = box->buttons();
-        for (QAbstractButton* button : buttons)
-            if (button->text().remove(QLatin1Char('&')) == QLatin1String(text)) return click(*button);
-        box->close();
-        FAIL() << "no button " << text;
-    });
-}
-
-TEST_F(DialogsTest, TheUsualQuestionIsAnsweredByItsButtons) {
-    const Dialogs::Question question{QStringLiteral("Delete"), QStringLiteral("Delete all?"),
-                                     QStringLiteral("Delete")};
-    pressInMessage("Delete");
-    EXPECT_TRUE(Dialogs::usual().confirm(*window_, question));
-    pressInMessage("Cancel");
-    EXPECT_FALSE(Dialogs::usual().confirm(*window_, question));
-    QTimer::singleShot(0, qApp, [] {
-        settle();
-        if (QWidget* box = QApplication::activeModalWidget()) estatebook::test::press(*box, Qt::Key_Escape);
-    });
-    EXPECT_FALSE(Dialogs::usual().confirm(*window_, question)) << "escape means no";
 }
 
 } // namespace

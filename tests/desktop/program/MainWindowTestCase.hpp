@@ -37,11 +37,6 @@ public:
         asked.push_back(title.toStdString());
         return next(files);
     }
-    QString fileToSave(QWidget&, const QString& title, const QString& path, const QString&) override {
-        asked.push_back(title.toStdString());
-        offered = path;
-        return next(files);
-    }
     bool choosePrinter(QWidget&, QPrinter& printer) override {
         asked.push_back(printer.docName().toStdString());
         printer.setOutputFormat(QPrinter::PdfFormat);
@@ -61,6 +56,13 @@ public:
 
     /// The file that was offered last.
     QString offered;
+
+protected:
+    QString nameToSave(QWidget&, const QString& title, const QString& path, const QString&) override {
+        asked.push_back(title.toStdString());
+        offered = path;
+        return next(files);
+    }
 
 private:
     template <class T>
@@ -104,10 +106,12 @@ protected:
         platform::Toolkit::setCurrent(nullptr);
     }
 
+    /// By whom the window is answered.
+    virtual Dialogs& dialogs() { return dialogs_; }
     void makeWindow() {
         window_.reset();
         loop_ = std::make_unique<DesktopLoop>();
-        window_ = std::make_unique<MainWindow>(*loop_, dialogs_);
+        window_ = std::make_unique<MainWindow>(*loop_, dialogs());
         window_->show();
         estatebook::test::settle();
     }
