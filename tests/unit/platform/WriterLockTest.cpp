@@ -38,6 +38,33 @@ TEST_F(WriterLockTest, TheSecondIsToldWhoHasItAndSinceWhen) {
                   ": it cannot be opened for writing: it is held by Ada Field with estatebook pay since " +
                   Ada.when.description() + ". Close it there first.",
               second.error().message);
+    ASSERT_TRUE(second.error().holder);
+    EXPECT_EQ("Ada Field", second.error().holder->author);
+    EXPECT_EQ("estatebook pay", second.error().holder->program);
+    EXPECT_EQ(Ada.when, second.error().holder->since);
+}
+
+TEST_F(WriterLockTest, TheHolderIsReadFromTheEnd) {
+    const auto lock = WriterLock::take(book_, {Ada.when, "Ada with Grace since May", "", ""});
+    const auto second = WriterLock::take(book_, {});
+    ASSERT_TRUE(second.error().holder);
+    EXPECT_EQ("Ada with Grace since May", second.error().holder->author);
+    EXPECT_EQ("", second.error().holder->program);
+}
+
+TEST_F(WriterLockTest, WhatTellsNoHolderIsToldAsItIs) {
+    const auto lock = WriterLock::take(book_, Ada);
+    for (const char* line :
+         {"", "Grace", "Grace since yesterday", "Grace with pen since 2026-05-08 22:13:20",
+          "Grace with pen since 2026-02-30 22:13:20 +0000", "Grace with pen since 2026-05-08 24:00:00 +0000",
+          "Grace with pen since 2026-05-08 22:13:2x +0000", "Grace with pen since 2026-05-08T22:13:20 +0000",
+          "Grace since 2026-05-08 22:13:20 +0000", " since ", " with  since "}) {
+        std::ofstream(book_ + ".lock") << line << '\n';
+        const auto second = WriterLock::take(book_, {});
+        ASSERT_FALSE(second);
+        EXPECT_FALSE(second.error().holder) << line;
+        EXPECT_THAT(second.error().message, HasSubstr(*line ? line : "another program"));
+    }
 }
 
 TEST_F(WriterLockTest, IsGivenBackAtItsEnd) {
@@ -62,6 +89,10 @@ TEST_F(WriterLockTest, AHolderWithoutANameIsStillAHolder) {
     const auto lock = WriterLock::take(book_, {});
     EXPECT_THAT(WriterLock::take(book_, {}).error().message,
                 HasSubstr("held by somebody with a program since"));
+    const auto second = WriterLock::take(book_, {});
+    ASSERT_TRUE(second.error().holder);
+    EXPECT_EQ("", second.error().holder->author);
+    EXPECT_EQ("", second.error().holder->program);
 }
 
 TEST_F(WriterLockTest, AHoldersNameStaysOnOneLine) {

@@ -7,9 +7,11 @@
 ///     if (!store) return show(store.error().message);
 ///     use(**store);
 
+#include "platform/values/Date.hpp"
 #include "platform/values/Error.hpp"
 
 #include <cassert>
+#include <optional>
 #include <string>
 #include <utility>
 #include <variant>
@@ -35,12 +37,23 @@ enum class StoreErrorCode : std::int64_t {
     OutOfMemory = 134115,    ///< nothing was changed
 };
 
+/// Who has a book open for writing, as they have told it themselves.
+struct StoreHolder {
+    /// Empty for somebody who has no name, and so is the program.
+    std::string author;
+    /// With the command that it carries out, if any.
+    std::string program;
+    Date since;
+};
+
 struct StoreError {
     StoreErrorCode code{};
     /// The book's; empty for one in memory.
     std::string path;
     /// One line: what happened, where, and what to do. Empty when there was no memory left even for that.
     std::string message;
+    /// With Locked; none when it cannot be told.
+    std::optional<StoreHolder> holder{};
 
     [[nodiscard]] ESTATEBOOK_API Ref<Error> asError() const;
 };

@@ -3,8 +3,11 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
+#include <optional>
+#include <string_view>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -12,12 +15,19 @@ namespace estatebook::platform {
 
 namespace {
 
+constexpr std::string_view Somebody = "somebody";
+constexpr std::string_view SomeProgram = "a program";
+constexpr std::string_view With = " with ";
+constexpr std::string_view Since = " since ";
+
 /// "Ada Field with estatebook pay since 2026-05-08 22:13:20 +0000", on one line.
 std::string description(const CommitOrigin& holder) {
-    std::string text = (holder.author.empty() ? "somebody" : holder.author) + " with " +
-                       (holder.program.empty() ? "a program" : holder.program);
+    std::string text(holder.author.empty() ? Somebody : holder.author);
+    text += With;
+    text += holder.program.empty() ? SomeProgram : holder.program;
     if (!holder.command.empty()) text += " " + holder.command;
-    text += " since " + holder.when.description();
+    text += Since;
+    text += holder.when.description();
     for (char& each : text)
         if (static_cast<unsigned char>(each) < ' ') each = ' ';
     return text;
@@ -30,6 +40,42 @@ std::string holderOf(int descriptor) {
     const std::string_view text(bytes.data(), count > 0 ? static_cast<std::size_t>(count) : 0);
     const std::string_view line = text.substr(0, text.find('\n'));
     return line.empty() ? "another program" : std::string(line);
+}
+
+/// "2026-05-08 22:13:20 +0000", as Date describes itself.
+std::optional<Date> instantIn(std::string_view text) {
+    constexpr std::string_view form = "0000-00-00 00:00:00 +0000";
+    if (text.size() != form.size() || !text.ends_with(" +0000")) return std::nullopt;
+    std::array<int, 6> numbers{};
+    std::size_t number = 0;
+    for (std::size_t place = 0; place + 6 < text.size(); ++place) {
+        const bool isDigit = text[place] >= '0' && text[place] <= '9';
+        if (isDigit != (form[place] == '0') || (!isDigit && text[place] != form[place])) return std::nullopt;
+        if (isDigit)
+            numbers[number] = numbers[number] * 10 + (text[place] - '0');
+        else
+            ++number;
+    }
+    const std::chrono::year_month_day day{std::chrono::year(numbers[0]),
+                                          std::chrono::month(static_cast<unsigned>(numbers[1])),
+                                          std::chrono::day(static_cast<unsigned>(numbers[2]))};
+    if (!day.ok() || numbers[3] > 23 || numbers[4] > 59 || numbers[5] > 59) return std::nullopt;
+    const auto seconds = std::chrono::sys_days(day).time_since_epoch() + std::chrono::hours(numbers[3]) +
+                         std::chrono::minutes(numbers[4]) + std::chrono::seconds(numbers[5]);
+    return Date::fromUnixSeconds(static_cast<double>(std::chrono::seconds(seconds).count()));
+}
+
+/// None when whoever holds it wrote something else, or nothing yet.
+std::optional<StoreHolder> holderIn(std::string_view line) {
+    const std::size_t since = line.rfind(Since);
+    if (since == std::string_view::npos) return std::nullopt;
+    const std::size_t with = line.substr(0, since).rfind(With);
+    const auto instant = instantIn(line.substr(since + Since.size()));
+    if (with == std::string_view::npos || !instant) return std::nullopt;
+    const std::string_view author = line.substr(0, with);
+    const std::string_view program = line.substr(with + With.size(), since - with - With.size());
+    return StoreHolder{std::string(author == Somebody ? "" : author),
+                       std::string(program == SomeProgram ? "" : program), *instant};
 }
 
 void tellHolder(int descriptor, const std::string& text) {
@@ -61,8 +107,11 @@ StoreResult<WriterLock> WriterLock::take(const std::string& bookPath, const Comm
             return refusal(StoreErrorCode::Unreadable, bookPath,
                            "the system cannot lock " + path + " (" + std::strerror(errno) +
                                "). Keep the book on another disk.");
-        return refusal(StoreErrorCode::Locked, bookPath,
-                       "it is held by " + holderOf(descriptor) + ". Close it there first.");
+        const std::string told = holderOf(descriptor);
+        StoreError error =
+            refusal(StoreErrorCode::Locked, bookPath, "it is held by " + told + ". Close it there first.");
+        error.holder = holderIn(told);
+        return error;
     }
     tellHolder(descriptor, description(holder));
     return lock;
