@@ -5,8 +5,10 @@
 ///
 ///     throw Failure(ExitCode::NothingMatched, "book.json: no tenure is called \"X\"");
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace estatebook {
 
@@ -31,6 +33,36 @@ public:
 
 private:
     ExitCode code_;
+};
+
+/// A file that cannot be made or written.
+class FileFailure : public Failure {
+public:
+    enum class Why : std::uint8_t {
+        NoFolder,
+        /// There is something of that name.
+        Exists,
+        /// Beside it lies the unfinished save of a book that is gone.
+        JournalLeft,
+        NoPlainFile,
+        /// It is a book's file, which nothing else replaces.
+        IsBook,
+        /// The system says so; `error` is its number.
+        System,
+    };
+
+    FileFailure(Why why, std::string file, const std::string& text, int error = 0)
+        : Failure(ExitCode::CannotRead, text), why_(why), file_(std::move(file)), error_(error) {}
+
+    [[nodiscard]] Why why() const noexcept { return why_; }
+    /// As the text shows it.
+    [[nodiscard]] const std::string& file() const noexcept { return file_; }
+    [[nodiscard]] int error() const noexcept { return error_; }
+
+private:
+    Why why_;
+    std::string file_;
+    int error_;
 };
 
 } // namespace estatebook

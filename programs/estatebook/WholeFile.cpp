@@ -76,11 +76,12 @@ public:
 
 private:
     [[noreturn]] void refuse(int error) const {
-        throw Failure(
-            ExitCode::CannotRead,
+        throw FileFailure(
+            FileFailure::Why::System, shown(path_),
             fmt::format("{}: it cannot be written: {}; check its name, the permissions and the room "
                         "on the disk",
-                        shown(path_), std::generic_category().message(error)));
+                        shown(path_), std::generic_category().message(error)),
+            error);
     }
 
     std::string path_;
@@ -105,11 +106,11 @@ void requirePlainFile(const std::string& path) {
     std::error_code error;
     const files::file_status status = files::status(target, error);
     if (files::exists(status) && !files::is_regular_file(status))
-        throw Failure(ExitCode::CannotRead,
-                      fmt::format("{}: this is no plain file; choose another name", shown(path)));
+        throw FileFailure(FileFailure::Why::NoPlainFile, shown(path),
+                          fmt::format("{}: this is no plain file; choose another name", shown(path)));
     if (isBookFile(target))
-        throw Failure(
-            ExitCode::CannotRead,
+        throw FileFailure(
+            FileFailure::Why::IsBook, shown(path),
             fmt::format("{}: this is a book file, which is not replaced; choose another name", shown(path)));
 }
 

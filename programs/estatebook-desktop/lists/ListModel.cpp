@@ -46,9 +46,9 @@ const ListModel::Row& ListModel::row(int row) const {
     Row made;
     try {
         made = makeRow_(object);
-    } catch (const platform::Exception& exception) {
+    } catch (const platform::Exception&) {
         // Amid painting nothing may be raised: the row stays blank until the window is told.
-        DesktopApplication::tell(exception);
+        DesktopApplication::tell();
     }
     made.cells.resize(columns_.size());
     return rows_.insert_or_assign(&object, std::move(made)).first->second;

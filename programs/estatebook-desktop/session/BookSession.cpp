@@ -2,6 +2,7 @@
 #include "estatebook-desktop/session/BookSession.hpp"
 
 #include "estatebook-desktop/session/LiveDocument.hpp"
+#include "estatebook-desktop/session/Sentences.hpp"
 #include "estatebook/BookObjects.hpp"
 #include "estatebook/OpenBook.hpp"
 #include "estatebook/book/DocumentFile.hpp"
@@ -115,7 +116,7 @@ std::unique_ptr<BookSession> BookSession::open(const std::string& path, platform
     try {
         session->openStore();
     } catch (const Failure& failure) {
-        throw Refusal(failure.what(), canBeRead(path));
+        throw Refusal(sentenceOf(failure), canBeRead(path));
     }
     session->begin();
     return session;
@@ -127,7 +128,7 @@ std::unique_ptr<BookSession> BookSession::openForReading(const std::string& path
     try {
         session->readAll();
     } catch (const Failure& failure) {
-        throw Refusal(failure.what(), false);
+        throw Refusal(sentenceOf(failure), false);
     }
     session->begin();
     return session;
@@ -330,7 +331,7 @@ bool BookSession::save() {
     try {
         if (!context_->save(&error)) reason = reasonOf(*error);
     } catch (const platform::Exception& exception) {
-        reason = fmt::format("{}: {}", file_, lineOfStore(exception.reason()));
+        reason = sentenceOf(file_, exception);
     }
     if (reason.empty()) {
         firstEdit_.reset();
@@ -355,7 +356,7 @@ std::string BookSession::reasonOf(const platform::Error& error) const {
         return with(
             Words::tr("\"%1\" ends before it starts, so that the book cannot be saved; correct its dates"),
             forMessage((*ends)->name()->view(), 200));
-    return storeFailure(file_, *store_, error).what();
+    return sentenceOf(storeFailure(file_, *store_, error));
 }
 
 /// What is to be added to the reason.
@@ -366,9 +367,9 @@ std::string BookSession::putAside() {
     try {
         side_.write(document::BookWriter::write(liveDocument(*context_)).text);
     } catch (const Failure& failure) {
-        return with(Words::tr(". The edits are only in memory: %1"), failure.what());
+        return with(Words::tr(". The edits are only in memory: %1"), sentenceOf(failure));
     } catch (const platform::Exception& exception) {
-        return with(Words::tr(". The edits are only in memory: %1"), lineOfStore(exception.reason()));
+        return with(Words::tr(". The edits are only in memory: %1"), sentenceOf(file_, exception));
     }
     isAheadOfSideFile_ = false;
     return kept;
@@ -383,7 +384,13 @@ void BookSession::setCondition(Condition condition, std::string trouble) {
 
 void BookSession::takePutAside() {
     const DocumentFile content = DocumentFile::read(side_.path());
-    keepCopyBefore(platform::BookCopies::Occasion::Import, stored());
+    try {
+        keepCopyBefore(platform::BookCopies::Occasion::Import, stored());
+    } catch (const StoreRefusal& refusal) {
+        const std::string why = sentenceOf(storeFailure(file_, refusal.error()));
+        throw Failure(refusal.code(),
+                      with(Words::tr("No copy can be kept, so that nothing was done. %1"), why));
+    }
     try {
         clearBook();
         BookObjects::keptOfDocument(content.document, *context_);

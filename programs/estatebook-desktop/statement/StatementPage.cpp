@@ -2,6 +2,7 @@
 #include "estatebook-desktop/statement/StatementPage.hpp"
 
 #include "estatebook-desktop/session/BookSession.hpp"
+#include "estatebook-desktop/session/Sentences.hpp"
 #include "estatebook-desktop/window/Figures.hpp"
 #include "estatebook/Amounts.hpp"
 #include "estatebook/Csv.hpp"
@@ -253,7 +254,7 @@ void StatementPage::save(const QString& filter, const QString& suffix,
     try {
         writeWholeFile(path.toStdString(), content());
     } catch (const Failure& failure) {
-        dialogs_.warn(*this, tr("Save Statement"), QString::fromUtf8(failure.what()));
+        dialogs_.warn(*this, tr("Save Statement"), QString::fromStdString(sentenceOf(failure)));
     }
 }
 

@@ -189,6 +189,10 @@
         <source>. The edits are only in memory: %1</source>
         <translation>. Die Änderungen stehen nur im Arbeitsspeicher: %1</translation>
     </message>
+    <message>
+        <source>No copy can be kept, so that nothing was done. %1</source>
+        <translation>Es lässt sich keine Kopie aufbewahren, sodass nichts geschehen ist. %1</translation>
+    </message>
 </context>
 <context>
     <name>Dialogs</name>
@@ -514,6 +518,105 @@
     <message>
         <source>Save</source>
         <translation>Sichern</translation>
+    </message>
+</context>
+<context>
+    <name>Sentences</name>
+    <message>
+        <source>it is open in another program; close it there first</source>
+        <translation>Das Buch ist in einem anderen Programm geöffnet; schließen Sie es dort zuerst</translation>
+    </message>
+    <message>
+        <source>%1 has it open in %2 since %3; close it there first</source>
+        <translation>%1 hat das Buch seit %3 in %2 geöffnet; schließen Sie es dort zuerst</translation>
+    </message>
+    <message>
+        <source>somebody</source>
+        <translation>Jemand</translation>
+    </message>
+    <message>
+        <source>another program</source>
+        <translation>einem anderen Programm</translation>
+    </message>
+    <message>
+        <source>there is no such book; choose another one</source>
+        <translation>Dieses Buch gibt es nicht; wählen Sie ein anderes</translation>
+    </message>
+    <message>
+        <source>there is something of this name already; choose another name</source>
+        <translation>Unter diesem Namen gibt es schon etwas; wählen Sie einen anderen</translation>
+    </message>
+    <message>
+        <source>this is no book, and was left as it is; choose a book&apos;s file</source>
+        <translation>Das ist kein Buch und blieb, wie es ist; wählen Sie die Datei eines Buchs</translation>
+    </message>
+    <message>
+        <source>a newer version of EstateBook wrote this book, and it was left as it is; open it with that one</source>
+        <translation>Eine neuere Version von EstateBook hat dieses Buch geschrieben, und es blieb, wie es ist; öffnen Sie es mit dieser</translation>
+    </message>
+    <message>
+        <source>the book is damaged, and was left as it is; go on with an earlier copy</source>
+        <translation>Das Buch ist beschädigt und blieb, wie es ist; arbeiten Sie mit einer früheren Kopie weiter</translation>
+    </message>
+    <message>
+        <source>the book is damaged, and was left as it is (%1); go on with an earlier copy</source>
+        <translation>Das Buch ist beschädigt und blieb, wie es ist (%1); arbeiten Sie mit einer früheren Kopie weiter</translation>
+    </message>
+    <message>
+        <source>another program is reading the book, so that nothing was changed; try again</source>
+        <translation>Ein anderes Programm liest gerade das Buch, sodass nichts geändert wurde; versuchen Sie es noch einmal</translation>
+    </message>
+    <message>
+        <source>the book or its folder may not be written, so that nothing was changed; ask for the right to write them</source>
+        <translation>Das Buch oder sein Ordner darf nicht geschrieben werden, sodass nichts geändert wurde; lassen Sie sich das Recht dazu geben</translation>
+    </message>
+    <message>
+        <source>there is no room left on the disk, so that nothing was changed; make room</source>
+        <translation>Auf dem Datenträger ist kein Platz mehr, sodass nichts geändert wurde; schaffen Sie Platz</translation>
+    </message>
+    <message>
+        <source>the book cannot be read or written; check the disk, and try again</source>
+        <translation>Das Buch lässt sich nicht lesen oder schreiben; prüfen Sie den Datenträger, und versuchen Sie es noch einmal</translation>
+    </message>
+    <message>
+        <source>the book cannot be read or written (%1); check the disk, and try again</source>
+        <translation>Das Buch lässt sich nicht lesen oder schreiben (%1); prüfen Sie den Datenträger, und versuchen Sie es noch einmal</translation>
+    </message>
+    <message>
+        <source>the book was moved or replaced while it was open, so that nothing was changed; put it back, or open it where it is now</source>
+        <translation>Das Buch wurde verschoben oder ersetzt, während es geöffnet war, sodass nichts geändert wurde; legen Sie es zurück, oder öffnen Sie es dort, wo es jetzt ist</translation>
+    </message>
+    <message>
+        <source>nobody can tell whether the last save is in the book; check the disk, and save once more</source>
+        <translation>Ob das letzte Sichern im Buch angekommen ist, lässt sich nicht sagen; prüfen Sie den Datenträger, und sichern Sie noch einmal</translation>
+    </message>
+    <message>
+        <source>there is no memory left, so that nothing was changed; close other programs, and try again</source>
+        <translation>Der Arbeitsspeicher ist voll, sodass nichts geändert wurde; schließen Sie andere Programme, und versuchen Sie es noch einmal</translation>
+    </message>
+    <message>
+        <source>there is no such folder; make it first</source>
+        <translation>Diesen Ordner gibt es nicht; legen Sie ihn zuerst an</translation>
+    </message>
+    <message>
+        <source>beside it lies the unfinished save of a book that is gone; choose another name</source>
+        <translation>Daneben liegt, was von einem verschwundenen Buch noch nicht gesichert war; wählen Sie einen anderen Namen</translation>
+    </message>
+    <message>
+        <source>this is no plain file; choose another name</source>
+        <translation>Das ist keine gewöhnliche Datei; wählen Sie einen anderen Namen</translation>
+    </message>
+    <message>
+        <source>this is a book, which is not replaced; choose another name</source>
+        <translation>Das ist ein Buch und wird nicht ersetzt; wählen Sie einen anderen Namen</translation>
+    </message>
+    <message>
+        <source>it cannot be written (%1); check its name, the permissions and the room on the disk</source>
+        <translation>Die Datei lässt sich nicht schreiben (%1); prüfen Sie ihren Namen, die Rechte und den Platz auf dem Datenträger</translation>
+    </message>
+    <message>
+        <source>the book cannot be read any further (%1); open it again, or go on with an earlier copy</source>
+        <translation>Das Buch lässt sich nicht weiter lesen (%1); öffnen Sie es noch einmal, oder arbeiten Sie mit einer früheren Kopie weiter</translation>
     </message>
 </context>
 <context>

@@ -2,11 +2,9 @@
 #include "estatebook-desktop/window/DesktopApplication.hpp"
 
 #include "estatebook/Failure.hpp"
-#include "estatebook/book/StoredBook.hpp"
 
 #include "platform/values/Exception.hpp"
 
-#include <string>
 #include <utility>
 
 namespace estatebook::desktop {
@@ -20,27 +18,27 @@ DesktopApplication::DesktopApplication(int& argumentCount, char** arguments)
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     try {
         return QApplication::notify(receiver, event);
-    } catch (const platform::Exception& exception) {
-        tellLater(lineOfStore(exception.reason()));
-    } catch (const Failure& failure) {
-        tellLater(failure.what());
+    } catch (const platform::Exception&) {
+        tellLater(std::current_exception());
+    } catch (const Failure&) {
+        tellLater(std::current_exception());
     }
     return false;
 }
 
-void DesktopApplication::tell(const platform::Exception& exception) {
+void DesktopApplication::tell() {
     if (auto* application = qobject_cast<DesktopApplication*>(QCoreApplication::instance()))
-        application->tellLater(lineOfStore(exception.reason()));
+        application->tellLater(std::current_exception());
 }
 
-void DesktopApplication::tellLater(const std::string& reason) {
-    if (!sentence_.isEmpty()) return;
-    sentence_ = QString::fromStdString(reason);
+void DesktopApplication::tellLater(const std::exception_ptr& exception) {
+    if (exception_) return;
+    exception_ = exception;
     nextTurn_.start();
 }
 
 void DesktopApplication::tellNow() {
-    Q_EMIT raised(std::exchange(sentence_, {}));
+    Q_EMIT raised(std::exchange(exception_, nullptr));
 }
 
 } // namespace estatebook::desktop

@@ -9,11 +9,7 @@
 #include <QApplication>
 #include <QTimer>
 
-#include <string>
-
-namespace estatebook::platform {
-class Exception;
-}
+#include <exception>
 
 namespace estatebook::desktop {
 
@@ -25,18 +21,18 @@ public:
 
     bool notify(QObject* receiver, QEvent* event) override;
 
-    /// The same for what was caught amid an event. Without such an application nobody is told.
-    static void tell(const platform::Exception& exception);
+    /// The same for what is being caught amid an event. Without such an application nobody is told.
+    static void tell();
 
 Q_SIGNALS:
-    /// The reason in one sentence. Told once a turn, however many events fail.
-    void raised(const QString& sentence);
+    /// A platform::Exception or a Failure. Told once a turn, however many events fail.
+    void raised(const std::exception_ptr& exception);
 
 private:
-    void tellLater(const std::string& reason);
+    void tellLater(const std::exception_ptr& exception);
     void tellNow();
-    /// To be told in the next turn; empty when there is nothing.
-    QString sentence_;
+    /// To be told in the next turn; null when there is nothing.
+    std::exception_ptr exception_;
     QTimer nextTurn_;
 };
 

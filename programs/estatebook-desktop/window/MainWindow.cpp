@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "estatebook-desktop/window/MainWindow.hpp"
 
+#include "estatebook-desktop/session/Sentences.hpp"
 #include "estatebook-desktop/sheets/BookSheet.hpp"
 #include "estatebook-desktop/statement/StatementPage.hpp"
 #include "estatebook-desktop/window/Banner.hpp"
@@ -178,7 +179,7 @@ bool MainWindow::openBook(const QString& path) {
     } catch (const Refusal& refusal) {
         refuse(whole, QString::fromUtf8(refusal.what()), refusal.canBeRead());
     } catch (const platform::Exception& exception) {
-        giveUp(whole, QString::fromStdString(lineOfStore(exception.reason())));
+        giveUp(whole, exception);
     }
     return false;
 }
@@ -191,7 +192,7 @@ bool MainWindow::lookAtBook(const QString& path) {
     } catch (const Refusal& refusal) {
         refuse(path, QString::fromUtf8(refusal.what()), refusal.canBeRead());
     } catch (const platform::Exception& exception) {
-        giveUp(path, QString::fromStdString(lineOfStore(exception.reason())));
+        giveUp(path, exception);
     }
     return false;
 }
@@ -201,7 +202,7 @@ bool MainWindow::makeBook(const QString& path) {
         BookSession::makeEmpty(path.toStdString(),
                                QLocale().currencySymbol(QLocale::CurrencyIsoCode).toStdString());
     } catch (const Failure& failure) {
-        const QString sentence = QString::fromUtf8(failure.what());
+        const QString sentence = QString::fromStdString(sentenceOf(failure));
         if (session_)
             dialogs_.warn(*this, tr("New Book"), sentence);
         else
@@ -228,7 +229,7 @@ bool MainWindow::makeOfDocument(const QString& title, const QString& document, c
         BookSession::makeOfDocument(path.toStdString(), file.readAll().toStdString(),
                                     QFileInfo(document).fileName().toStdString());
     } catch (const Failure& failure) {
-        const QString sentence = QString::fromUtf8(failure.what());
+        const QString sentence = QString::fromStdString(sentenceOf(failure));
         if (former.isEmpty()) {
             refuse(path, sentence, false);
             return false;
@@ -287,8 +288,20 @@ void MainWindow::leaveSession() {
     dropSession();
 }
 
-void MainWindow::giveUpBook(const QString& sentence) {
-    if (session_) giveUp(QString::fromStdString(session_->path()), sentence);
+void MainWindow::giveUpBook(const std::exception_ptr& raised) {
+    if (!session_) return;
+    const QString path = QString::fromStdString(session_->path());
+    try {
+        std::rethrow_exception(raised);
+    } catch (const platform::Exception& exception) {
+        giveUp(path, exception);
+    } catch (const Failure& failure) {
+        giveUp(path, QString::fromStdString(sentenceOf(failure)));
+    }
+}
+
+void MainWindow::giveUp(const QString& path, const platform::Exception& exception) {
+    giveUp(path, QString::fromStdString(sentenceOf(path.toStdString(), exception)));
 }
 
 void MainWindow::giveUp(const QString& path, const QString& sentence) {
@@ -470,7 +483,7 @@ void MainWindow::showOffer() {
             offered_.clear();
             showCondition();
         } catch (const Failure& failure) {
-            dialogs_.warn(*this, tr("Edits"), QString::fromUtf8(failure.what()));
+            dialogs_.warn(*this, tr("Edits"), QString::fromStdString(sentenceOf(failure)));
         }
     };
     const auto discard = [this] {

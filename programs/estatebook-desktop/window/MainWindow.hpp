@@ -25,6 +25,7 @@
 
 #include <array>
 #include <cassert>
+#include <exception>
 #include <memory>
 #include <optional>
 
@@ -68,8 +69,8 @@ public:
     bool openExample(const QString& path);
     /// Null as long as no book is open.
     [[nodiscard]] BookSession* session() const noexcept { return session_.get(); }
-    /// Closes a book that cannot be read any further, after saving what can be, and says why.
-    void giveUpBook(const QString& sentence);
+    /// Closes a book that cannot be read any further, after saving what can be, and says what was raised.
+    void giveUpBook(const std::exception_ptr& raised);
     /// REQUIRES: a book is open.
     [[nodiscard]] const Figures& figures() const noexcept {
         assert(figures_);
@@ -115,6 +116,7 @@ private:
     void leaveSession();
     void dropSession();
     void endSession() noexcept;
+    void giveUp(const QString& path, const platform::Exception& exception);
     void giveUp(const QString& path, const QString& sentence);
     bool makeOfDocument(const QString& title, const QString& document, const QString& path);
     void refuse(const QString& path, const QString& sentence, bool canBeRead);

@@ -19,9 +19,10 @@ namespace {
 namespace files = std::filesystem;
 
 [[noreturn]] void refuse(const std::string& file, std::string_view what, int error) {
-    throw Failure(ExitCode::CannotRead,
-                  fmt::format("{}: {}: {}; check its name, the permissions and the room on the disk", file,
-                              what, std::generic_category().message(error)));
+    throw FileFailure(FileFailure::Why::System, file,
+                      fmt::format("{}: {}: {}; check its name, the permissions and the room on the disk",
+                                  file, what, std::generic_category().message(error)),
+                      error);
 }
 
 files::path folderOf(const std::string& path) {
@@ -34,8 +35,9 @@ files::path folderOf(const std::string& path) {
 void requireFolderOf(const std::string& path) {
     std::error_code error;
     if (files::is_directory(folderOf(path), error)) return;
-    throw Failure(ExitCode::CannotRead, fmt::format("{}: there is no such folder; make it first",
-                                                    document::forMessage(path, 4096)));
+    const std::string file = document::forMessage(path, 4096);
+    throw FileFailure(FileFailure::Why::NoFolder, file,
+                      fmt::format("{}: there is no such folder; make it first", file));
 }
 
 NewBook::NewBook(const std::string& path, std::string_view command)
@@ -62,13 +64,14 @@ NewBook::~NewBook() {
 void NewBook::requireRoom() const {
     std::error_code error;
     if (files::exists(files::symlink_status(path_, error)))
-        throw Failure(ExitCode::CannotRead,
-                      fmt::format("{}: there is something of this name already; choose another name", file_));
+        throw FileFailure(
+            FileFailure::Why::Exists, file_,
+            fmt::format("{}: there is something of this name already; choose another name", file_));
     if (files::file_size(path_ + "-journal", error) > 0 && !error)
-        throw Failure(ExitCode::CannotRead,
-                      fmt::format("{}: beside it lies {}-journal, the unfinished save of a "
-                                  "book that is gone; choose another name",
-                                  file_, file_));
+        throw FileFailure(FileFailure::Why::JournalLeft, file_,
+                          fmt::format("{}: beside it lies {}-journal, the unfinished save of a "
+                                      "book that is gone; choose another name",
+                                      file_, file_));
 }
 
 void NewBook::makeFolder() {

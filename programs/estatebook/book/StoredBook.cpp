@@ -142,16 +142,18 @@ std::string lineOfStore(std::string_view message) {
     return forMessage(line, LongestMessage);
 }
 
-Failure storeFailure(const std::string& file, const StoreError& error) {
-    return {exitCodeOf(error.code), lineOf(file, error.path, error.message)};
+StoreRefusal storeFailure(const std::string& file, const StoreError& error) {
+    return {exitCodeOf(error.code), lineOf(file, error.path, error.message), file, error};
 }
 
-Failure storeFailure(const std::string& file, const Store& store, const Error& error) {
+StoreRefusal storeFailure(const std::string& file, const Store& store, const Error& error) {
     const auto code = static_cast<StoreErrorCode>(error.code());
     const bool isOfStore = error.domain() == "Persistence" && code >= StoreErrorCode::Missing &&
                            code <= StoreErrorCode::OutOfMemory;
-    return {isOfStore ? exitCodeOf(code) : ExitCode::BadData,
-            lineOf(file, store.location(), error.localizedDescription())};
+    StoreError ofStore{isOfStore ? code : StoreErrorCode(), std::string(store.location()),
+                       error.localizedDescription()};
+    return {isOfStore ? exitCodeOf(code) : ExitCode::BadData, lineOf(file, ofStore.path, ofStore.message),
+            file, std::move(ofStore)};
 }
 
 StoredBook StoredBook::openForReading(const std::string& path) {

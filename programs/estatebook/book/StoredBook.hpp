@@ -19,6 +19,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace estatebook {
 
@@ -33,13 +34,29 @@ void requireModel();
 /// Of every book that the program opens; others are told of the command.
 [[nodiscard]] platform::SQLiteStore::Options bookOptions(std::string_view command);
 
+/// What a store refused, with the error for whoever tells of it in words of their own.
+class StoreRefusal : public Failure {
+public:
+    StoreRefusal(ExitCode code, const std::string& text, std::string file, platform::StoreError error)
+        : Failure(code, text), file_(std::move(file)), error_(std::move(error)) {}
+
+    /// As the text shows it.
+    [[nodiscard]] const std::string& file() const noexcept { return file_; }
+    /// Its code is none of StoreErrorCode when a context cannot be saved for a reason of its own.
+    [[nodiscard]] const platform::StoreError& error() const noexcept { return error_; }
+
+private:
+    std::string file_;
+    platform::StoreError error_;
+};
+
 /// A message of a store, "It is so. Do that.", as the lines of this program read: "It is so; do that".
 [[nodiscard]] std::string lineOfStore(std::string_view message);
 /// What to throw when a store failed. Messages name the file as `file` does.
-[[nodiscard]] Failure storeFailure(const std::string& file, const platform::StoreError& error);
+[[nodiscard]] StoreRefusal storeFailure(const std::string& file, const platform::StoreError& error);
 /// The same for a context that cannot be saved.
-[[nodiscard]] Failure storeFailure(const std::string& file, const platform::Store& store,
-                                   const platform::Error& error);
+[[nodiscard]] StoreRefusal storeFailure(const std::string& file, const platform::Store& store,
+                                        const platform::Error& error);
 
 struct StoredBook {
     /// As messages show it.

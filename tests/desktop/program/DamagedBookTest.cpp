@@ -73,7 +73,9 @@ TEST_F(DamagedBookTest, WhatIsRaisedAmidAnEventIsToldOnceAndNothingEnds) {
     for (int time = 0; time < 3; ++time) QCoreApplication::postEvent(&failing, new QEvent(QEvent::User));
     estatebook::test::settle();
     EXPECT_FALSE(window_->session());
-    EXPECT_THAT(refusal(), HasSubstr("the digest of a row is wrong; check the book"));
+    EXPECT_THAT(
+        refusal(),
+        HasSubstr("harbour.estatebook: the book cannot be read any further (the digest of a row is wrong)"));
     EXPECT_TRUE(window_->openBook(QString::fromStdString(path("harbour.estatebook"))));
 }
 
