@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -32,7 +33,9 @@ std::string shown(const std::string& path) {
 /// The new content under a name of its own, until it is given that of the file.
 class Draft {
 public:
-    Draft(const std::string& path, Readers readers) : path_(path) {
+    /// `given` is what the user calls the file.
+    Draft(const std::string& path, std::string given, Readers readers)
+        : path_(path), given_(std::move(given)) {
         // Less what the process withholds.
         const mode_t permissions = readers == Readers::AsUsual ? 0666 : 0600;
         for (int number = 0; descriptor_ < 0; ++number) {
@@ -77,14 +80,15 @@ public:
 private:
     [[noreturn]] void refuse(int error) const {
         throw FileFailure(
-            FileFailure::Why::System, shown(path_),
+            FileFailure::Why::System, shown(given_),
             fmt::format("{}: it cannot be written: {}; check its name, the permissions and the room "
                         "on the disk",
-                        shown(path_), std::generic_category().message(error)),
+                        shown(given_), std::generic_category().message(error)),
             error);
     }
 
     std::string path_;
+    std::string given_;
     std::string name_;
     int descriptor_ = -1;
 };
@@ -116,7 +120,7 @@ void requirePlainFile(const std::string& path) {
 
 void writeWholeFile(const std::string& path, std::string_view content, Readers readers) {
     requirePlainFile(path);
-    Draft draft(targetOf(path), readers);
+    Draft draft(targetOf(path), path, readers);
     draft.write(content);
     draft.takePermissions();
     draft.finish();

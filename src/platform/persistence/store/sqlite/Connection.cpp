@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "platform/persistence/store/sqlite/Connection.hpp"
 
+#include "platform/persistence/store/sqlite/NewFile.hpp"
+
 #include <sqlite3.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <new>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -283,8 +287,13 @@ FileHead readFileHead(const FileSystem& files, const std::string& path) {
                                        1);
     auto* file = reinterpret_cast<sqlite3_file*>(room.data());
     const int flags = SQLITE_OPEN_READONLY | SQLITE_OPEN_MAIN_DB;
-    if (system->xOpen(system, name.get(), file, flags, nullptr) != SQLITE_OK)
+    errno = 0;
+    if (system->xOpen(system, name.get(), file, flags, nullptr) != SQLITE_OK) {
+        if (errno == EACCES)
+            throw sqlite::unreadable("the file cannot be opened",
+                                     std::make_error_code(std::errc::permission_denied));
         throw unreadable("the file cannot be opened");
+    }
     FileHead head;
     sqlite3_int64 size = 0;
     int code = file->pMethods->xFileSize(file, &size);

@@ -58,9 +58,14 @@ void NewFile::removeDraft() {
     files_.remove(draft_ + "-journal");
 }
 
+// A copy is told of as the book it is made of.
+std::string NewFile::called() const {
+    return makers_ == Makers::Many ? "the new file " + path_ : "its new file";
+}
+
 void NewFile::makeLike(const std::string& other) const {
     if (const std::error_code error = files_.makeLike(draft_, other))
-        throw unreadable("its new file cannot be made", error);
+        throw unreadable(called() + " cannot be made", error);
 }
 
 // The journal of the file that goes must never be taken for that of the new one. And while there is none, the first save makes one
@@ -78,15 +83,15 @@ void NewFile::clearJournal() const {
 
 void NewFile::settle() {
     if (const std::error_code error = files_.syncFile(draft_))
-        throw unreadable("it cannot be written", error);
+        throw unreadable(called() + " cannot be written", error);
     if (makers_ == Makers::Replacer) clearJournal();
     const std::error_code error =
         makers_ == Makers::Replacer ? files_.replace(draft_, path_) : files_.rename(draft_, path_);
     if (error == std::errc::file_exists) requireNothingAt(files_, path_);
-    if (error) throw unreadable("it cannot be given its name", error);
+    if (error) throw unreadable(called() + " cannot be given its name", error);
     isNamed_ = true;
     if (const std::error_code lost = files_.syncFolderOf(path_))
-        throw unreadable("its folder cannot be written", lost);
+        throw unreadable("the folder of " + called() + " cannot be written", lost);
 }
 
 } // namespace estatebook::platform::sqlite

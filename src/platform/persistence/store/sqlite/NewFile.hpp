@@ -43,6 +43,7 @@ public:
 
 private:
     void clearJournal() const;
+    [[nodiscard]] std::string called() const;
 
     const FileSystem& files_;
     std::string path_;

@@ -24,7 +24,7 @@ std::string_view adviceFor(StoreErrorCode code) {
     case StoreErrorCode::Busy:
         return "Nothing was changed; try again.";
     case StoreErrorCode::ReadOnly:
-        return "Nothing was changed; ask for the right to write the file and its folder.";
+        return "Nothing was changed; ask for the right to read and write the file and its folder.";
     case StoreErrorCode::Full:
         return "Nothing was changed; make room and try again.";
     case StoreErrorCode::Unreadable:
