@@ -11,6 +11,7 @@
 #include "platform/system/Log.hpp"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include <algorithm>
 #include <functional>
@@ -34,6 +35,27 @@ Format formatNamed(std::string_view name) noexcept {
                             : Format::Text;
 }
 
+/// A value that is empty comes of a variable of the shell that is not set, and means nothing.
+CLI::Validator notEmpty(const char* advice) {
+    return {[advice](std::string& value) {
+                return value.empty() ? std::string("it is empty; ") + advice : std::string();
+            },
+            ""};
+}
+CLI::Validator aValue() {
+    return notEmpty("give a value, or leave it out");
+}
+CLI::Validator aName() {
+    return notEmpty("give a name");
+}
+/// What stands for standard input elsewhere would be a file of that name here.
+CLI::Validator aFile() {
+    const auto isFile = [](std::string& value) {
+        return value == "-" ? std::string("- is no file; name one, such as ./-") : std::string();
+    };
+    return aName() & CLI::Validator(isFile, "");
+}
+
 /// All commands with their options. What was parsed stays in here.
 class Program {
 public:
@@ -53,6 +75,7 @@ public:
         addFormat(*statement, statement_.list, "text, csv, json or pdf", {"text", "csv", "json", "pdf"});
         addParts(*statement, statement_);
         statement->add_option("--output", statement_.output, "Write to this file, whole or not at all")
+            ->check(aFile())
             ->option_text("FILE");
         CLI::App* statements = add("statements", "Print the statements of all tenures, one after another",
                                    [this] { printStatements(statements_, std::cout); });
@@ -73,6 +96,7 @@ public:
                                [this] { printIncome(income_, std::cout); });
         addList(*income, income_.list);
         income->add_option("--property", income_.property, "Only this property: its identifier or name")
+            ->check(aValue())
             ->option_text("PROPERTY");
         income->add_option("--months", income_.months, "Only so many months up to now")
             ->check(CLI::Range(std::uint64_t{1}, MaximalCount))
@@ -106,13 +130,25 @@ public:
                               [this] { watchArrears(watch_, std::cout); });
         watch->add_option("BOOK", watch_.file, "The book: a document or a book file")
             ->required()
+            ->check(aName())
             ->option_text(" ");
         addDay(*watch, watch_);
 
         addBookFiles();
     }
 
-    void parse(int argumentCount, const char* const* arguments) { app_.parse(argumentCount, arguments); }
+    void parse(int argumentCount, const char* const* arguments) {
+        try {
+            app_.parse(argumentCount, arguments);
+        } catch (const CLI::ExtrasError&) {
+            // As they were written; the exception tells the last one first.
+            const auto unexpected = app_.remaining(true);
+            throw CLI::ParseError(fmt::format("The following {} not expected: {}",
+                                              unexpected.size() == 1 ? "argument was" : "arguments were",
+                                              fmt::join(unexpected, " ")),
+                                  CLI::ExitCodes::ExtrasError);
+        }
+    }
     /// Prints help or version, as asked for.
     void answer(const CLI::Success& success) { app_.exit(success, std::cout, std::cerr); }
 
@@ -132,8 +168,10 @@ private:
         addFile(*init, init_.file, "The book file to be made");
         init->add_option("--time-zone", init_.timeZone,
                          "The zone of the book, such as Europe/London; else that of this computer")
+            ->check(aValue())
             ->option_text("ZONE");
         init->add_option("--currency", init_.currency, "The code of the currency, such as GBP")
+            ->check(aValue())
             ->option_text("CODE");
         init->add_option_function<std::string>(
                 "--billing-mode", [this](const std::string& mode) { init_.billsAtEnd = mode == "end"; },
@@ -145,12 +183,13 @@ private:
                                [this] { importBook(import_); });
         import->add_option("DOCUMENT", import_.document, "The book document; - is standard input")
             ->required()
+            ->check(aName())
             ->option_text(" ");
         addFile(*import, import_.file, "The book file");
 
         CLI::App* exporting =
             add("export", "Print a book as a document", [this] { exportBook(export_, std::cout); });
-        addFile(*exporting, export_.file, "The book: a book file or a document");
+        addFile(*exporting, export_.file, "The book: a book file or a document", aName());
         exporting->add_flag("--partial", export_.isPartial, "Leave out what a document cannot carry");
 
         CLI::App* check =
@@ -159,18 +198,23 @@ private:
         check
             ->add_option("--salvage", check_.salvage,
                          "Copy what can be read to a new file, and list what cannot")
+            ->check(aFile())
             ->option_text("OUT");
 
         CLI::App* backup =
             add("backup", "Make a checked copy of a book file", [this] { backUpBook(backup_, std::cout); });
         addFile(*backup, backup_.file, "The book file");
         backup->add_option("COPY", backup_.copy, "The copy; else that of this day, in the folder NAME.copies")
+            ->check(aFile())
             ->option_text(" ");
 
         CLI::App* restore =
             add("restore", "Make a new book file of a copy", [this] { restoreBook(restore_, std::cout); });
-        restore->add_option("COPY", restore_.copy, "The copy")->required()->option_text(" ");
-        restore->add_option("--to", restore_.file, "The new book file")->required()->option_text("NEW");
+        restore->add_option("COPY", restore_.copy, "The copy")->required()->check(aFile())->option_text(" ");
+        restore->add_option("--to", restore_.file, "The new book file")
+            ->required()
+            ->check(aFile())
+            ->option_text("NEW");
 
         CLI::App* migrate = add("migrate", "Bring a book file of an earlier version up to date",
                                 [this] { migrateBook(migratedFile_, std::cout); });
@@ -181,8 +225,9 @@ private:
         addFile(*info, describedFile_, "The book file");
     }
 
-    static void addFile(CLI::App& command, std::string& file, const char* description) {
-        command.add_option("FILE", file, description)->required()->option_text(" ");
+    static void addFile(CLI::App& command, std::string& file, const char* description,
+                        const CLI::Validator& validator = aFile()) {
+        command.add_option("FILE", file, description)->required()->check(validator)->option_text(" ");
     }
 
     static bool isNamedBookFile(const std::string* file) { return !file->empty() && isBookFile(*file); }
@@ -232,6 +277,7 @@ private:
             .add_option("--book", options.file,
                         "The book: a document or a book file; - is a document on standard input")
             ->required()
+            ->check(aName())
             ->option_text("FILE");
         addDay(command, options);
     }
@@ -240,6 +286,7 @@ private:
         command
             .add_option("--as-of", options.asOf,
                         "The day that counts as today, such as 2025-03-31, or an instant; else now")
+            ->check(aValue())
             ->option_text("DATE");
     }
 
@@ -300,14 +347,13 @@ int runChecked(int argumentCount, const char* const* arguments) {
     Program program;
     try {
         program.parse(argumentCount, arguments);
+        program.run();
     } catch (const CLI::Success& success) {
         program.answer(success);
-        return static_cast<int>(ExitCode::Good);
     } catch (const CLI::ParseError& error) {
         return report(ExitCode::WrongUsage,
                       document::forMessage(error.what(), LongestUsageText) + "; see: estatebook --help");
     }
-    program.run();
     if (!std::cout.flush())
         return report(ExitCode::CannotRead,
                       "standard output cannot be written; make room for it, or write elsewhere");

@@ -108,6 +108,7 @@ StoredBook opened(const std::string& path, std::string_view command, Open open) 
 } // namespace
 
 bool isBookFile(const std::string& path) {
+    if (path == "-") return false; // standard input, whatever there is of that name
     const auto beginning = beginningOf(path);
     if (beginning && beginning->starts_with(DataBaseMark)) return true;
     // One that was cut short or written over is to be told of as what it was.
