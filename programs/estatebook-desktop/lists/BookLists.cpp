@@ -33,9 +33,11 @@ Cell textCell(QString text) {
     return {std::move(text)};
 }
 
+/// Rounded to the currency, since a charge by days has any number of digits; so that a column adds up as it stands there.
 Cell amountCell(const Figures& figures, const Reckoned<Decimal>& amount) {
-    if (!amount) return {figures.amount(amount)};
-    return {figures.amount(amount), amount->doubleValue(), *amount};
+    const auto shown = amount ? reckon([&] { return figures.rounded(*amount); }) : amount;
+    if (!shown) return {figures.amount(shown)};
+    return {figures.amount(shown), shown->doubleValue(), *shown};
 }
 
 Cell dayCell(const Figures& figures, const std::optional<Date>& date) {

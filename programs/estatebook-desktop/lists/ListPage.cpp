@@ -25,6 +25,9 @@ namespace {
 constexpr int AmountCharacters = 12;
 constexpr int TextCharacters = 14;
 constexpr int LeastCharacters = 6;
+constexpr int LeastCharactersOfNames = 20;
+/// Other texts than amounts are cut at the end; a tool tip has the whole.
+constexpr int MostCharacters = 26;
 constexpr int SpaceAroundTitle = 22;
 constexpr int SpaceAroundRow = 10;
 constexpr int WidthOfAdvice = 420;
@@ -91,6 +94,7 @@ void ListPage::makeTable(const QString& name) {
     table_->setSortingEnabled(true);
     table_->sortByColumn(-1, Qt::AscendingOrder);
     table_->installEventFilter(this);
+    table_->viewport()->installEventFilter(this);
 
     QHeaderView& header = *table_->horizontalHeader();
     header.setHighlightSections(false);
@@ -105,6 +109,10 @@ void ListPage::makeTable(const QString& name) {
         header.resizeSection(i, std::max(usual, title));
     }
     header.setSectionResizeMode(0, QHeaderView::Stretch);
+    longest_.resize(model_->columns().size());
+    connect(&header, &QHeaderView::sectionResized, this, [this](int section) {
+        if (section > 0) fitFirstColumn();
+    });
 
     connect(table_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ListPage::selectionChanged);
@@ -175,6 +183,7 @@ void ListPage::makeEmptyWords() {
 }
 
 bool ListPage::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == table_->viewport() && event->type() == QEvent::Resize) fitFirstColumn();
     if (watched == table_ && event->type() == QEvent::KeyPress) {
         const auto* key = static_cast<QKeyEvent*>(event);
         const bool isReturn = key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
@@ -256,8 +265,14 @@ bool ListPage::addNextRow() {
         showTotals();
         return false;
     }
-    const ListModel::Row& row = model_->row(shown_.mapToSource(shown_.index(nextRow_++, 0)).row());
+    const int shownRow = nextRow_++;
+    const ListModel::Row& row = model_->row(shown_.mapToSource(shown_.index(shownRow, 0)).row());
     for (std::size_t i = 0; i < sums_.size(); ++i) {
+        if (const qsizetype length = row.cells[i].text.size(); length > longest_[i]) {
+            longest_[i] = length;
+            const auto column = static_cast<int>(i);
+            widen(column, table_->sizeHintForIndex(shown_.index(shownRow, column)).width());
+        }
         const auto& amount = row.cells[i].amount;
         if (!model_->columns()[i].isSummed || !amount) continue;
         const auto sum = reckon([&] { return sums_[i].value_or(Decimal::zero()) + *amount; });
@@ -274,7 +289,28 @@ void ListPage::showTotals() {
         auto* item = new QStandardItem(figures_().amount(sums_[static_cast<std::size_t>(i)]));
         item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
         totals_.setItem(0, i, item);
+        widen(i, totalsView_->sizeHintForIndex(item->index()).width());
     }
+}
+
+// -- Columns --------------------------------------------------------------------------------------------------
+
+void ListPage::widen(int column, int width) {
+    if (column == 0) return;
+    QHeaderView& header = *table_->horizontalHeader();
+    const int most = MostCharacters * table_->fontMetrics().horizontalAdvance(QLatin1Char('0'));
+    if (!model_->columns()[static_cast<std::size_t>(column)].isAmount) width = std::min(width, most);
+    if (header.sectionSize(column) < width) header.resizeSection(column, width);
+}
+
+// Names have what the other columns leave, but never so little that nobody knows whose the line is.
+void ListPage::fitFirstColumn() {
+    QHeaderView& header = *table_->horizontalHeader();
+    const int least = LeastCharactersOfNames * table_->fontMetrics().horizontalAdvance(QLatin1Char('0'));
+    const bool fits = table_->viewport()->width() - (header.length() - header.sectionSize(0)) >= least;
+    const auto mode = fits ? QHeaderView::Stretch : QHeaderView::Fixed;
+    if (header.sectionResizeMode(0) != mode) header.setSectionResizeMode(0, mode);
+    if (!fits) header.resizeSection(0, least);
 }
 
 } // namespace estatebook::desktop

@@ -78,6 +78,9 @@ private:
     void sumUp();
     bool addNextRow();
     void showTotals();
+    /// Never cuts an amount.
+    void widen(int column, int width);
+    void fitFirstColumn();
 
     std::unique_ptr<ListModel> model_;
     WhenEmpty whenEmpty_;
@@ -88,6 +91,8 @@ private:
     /// The sum of each column so far, and the next row to be added.
     std::vector<std::optional<platform::Decimal>> sums_;
     int nextRow_ = 0;
+    /// The length of the longest text of each column so far: what is no longer needs no more room.
+    std::vector<qsizetype> longest_;
 
     QTableView* table_ = nullptr;
     QTableView* totalsView_ = nullptr;

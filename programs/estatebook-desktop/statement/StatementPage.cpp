@@ -158,6 +158,12 @@ void StatementPage::refresh() {
     subtitle_->setText(heading());
     const platform::Ref<TKTransaction> current(model_.transaction(table_->currentIndex().row()));
     model_.show(parts_, figures, session_.today());
+    QHeaderView& header = *table_->horizontalHeader();
+    for (const int column : {StatementModel::Date, StatementModel::Amount, StatementModel::Balance}) {
+        const int width = header.sectionSize(column);
+        table_->resizeColumnToContents(column);
+        header.resizeSection(column, std::max(width, header.sectionSize(column)));
+    }
     if (const int row = current ? model_.rowOf(*current) : -1; row >= 0)
         table_->setCurrentIndex(model_.index(row, 0));
 }

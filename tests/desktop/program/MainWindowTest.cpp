@@ -380,6 +380,14 @@ TEST_F(MainWindowTest, ArrearsAreThoseWhoOwe) {
     EXPECT_EQ(total(Page::Arrears, 2), "5,764.50");
 }
 
+TEST_F(MainWindowTest, WhatIsChargedByDaysIsShownInWholePence) {
+    openExample();
+    choose(Page::Tenants);
+    ASSERT_EQ(cell(Page::Tenants, 6, 0), "R. Green");
+    EXPECT_EQ(cell(Page::Tenants, 6, 3), "\u221221,757.71");
+    EXPECT_EQ(total(Page::Tenants, 3), "\u2212156,222.71");
+}
+
 TEST_F(MainWindowTest, StatementLinesOfTheTermsAreLockedAndOthersOpen) {
     openExample();
     selectRowOf(Page::Tenures, "M. Jones");
