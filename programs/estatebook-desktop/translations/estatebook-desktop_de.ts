@@ -323,7 +323,7 @@
     </message>
     <message>
         <source>d MMM yyyy</source>
-        <translation>d. MMM yyyy</translation>
+        <translation>dd.MM.yyyy</translation>
     </message>
     <message>
         <source>&amp;Tags</source>
@@ -690,7 +690,7 @@
     </message>
     <message>
         <source>d MMM yyyy</source>
-        <translation>d. MMM yyyy</translation>
+        <translation>dd.MM.yyyy</translation>
     </message>
     <message>
         <source>&amp;Ends on</source>
@@ -1272,7 +1272,7 @@ Die Bücher vermieteter Objekte: wer was mietet, was geschuldet wird und was bez
     </message>
     <message>
         <source>d MMM yyyy</source>
-        <translation>d. MMM yyyy</translation>
+        <translation>dd.MM.yyyy</translation>
     </message>
     <message>
         <source>Search</source>
