@@ -43,7 +43,7 @@ void PropertySheet::prepareControls() {
 }
 
 QString PropertySheet::fault() {
-    const QString unreadable = fields().commit();
+    QString unreadable = fields().commit();
     if (fields().value("name").isAbsent()) return Words::tr("The property needs a name.");
     return unreadable;
 }
@@ -79,7 +79,7 @@ void TenantSheet::prepareControls() {
 }
 
 QString TenantSheet::fault() {
-    const QString unreadable = fields().commit();
+    QString unreadable = fields().commit();
     return fields().value("name").isAbsent() ? Words::tr("The tenant needs a name.") : unreadable;
 }
 

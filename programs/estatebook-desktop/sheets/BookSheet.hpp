@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QString>
 
+#include <cassert>
 #include <optional>
 #include <string_view>
 
@@ -63,7 +64,10 @@ protected:
         return fields_.emplace(*window_, figures_, session_.context(), entity, original);
     }
     /// REQUIRES: bindFields was called.
-    [[nodiscard]] SheetFields& fields() { return *fields_; }
+    [[nodiscard]] SheetFields& fields() {
+        assert(fields_);
+        return *fields_;
+    }
     /// Shows the tags of the object, if there is one, in the line "tags", which completes them from those of the book.
     template <class Owner>
     void showTags(const Owner* owner) const {

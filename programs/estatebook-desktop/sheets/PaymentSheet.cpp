@@ -73,7 +73,7 @@ void PaymentSheet::showDirection() const {
 }
 
 QString PaymentSheet::fault() {
-    const QString unreadable = fields().commit();
+    QString unreadable = fields().commit();
     if (!unreadable.isEmpty()) return unreadable;
     return fields().value("amount").isAbsent() ? Words::tr("The payment needs an amount.") : QString();
 }
