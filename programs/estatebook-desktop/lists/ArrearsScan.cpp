@@ -50,7 +50,7 @@ bool ArrearsScan::lookAtNext() {
         return true;
     }
     tenures_.clear();
-    list_.take(std::move(found_), std::move(rows_));
+    list_.take(found_, std::move(rows_));
     return false;
 }
 
