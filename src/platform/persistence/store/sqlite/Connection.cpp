@@ -254,8 +254,9 @@ bool Connection::isInTransaction() const noexcept {
 
 StoreFailure Connection::failureOf(int code) const noexcept {
     try {
-        return {meaningOf(code),
-                std::string(sqlite3_errstr(code)) + " (" + sqlite3_errmsg(database_.get()) + ")"};
+        const std::string meaning = sqlite3_errstr(code);
+        const std::string detail = sqlite3_errmsg(database_.get());
+        return {meaningOf(code), detail == meaning ? meaning : meaning + " (" + detail + ")"};
     } catch (const std::bad_alloc&) {
         return {meaningOf(code), {}};
     }
