@@ -252,8 +252,15 @@ Connection& BookFile::connection() {
 }
 
 Connection& BookFile::connectionForWriting() {
-    reading_.reset();
+    stopReading();
     return connection();
+}
+
+// Even the end of a transaction takes memory. Where there is none, the connection ends with it.
+void BookFile::stopReading() noexcept {
+    if (!reading_) return;
+    reading_.reset();
+    if (connection_->isInTransaction()) connection_.reset();
 }
 
 void BookFile::beginReading() noexcept {
@@ -266,7 +273,7 @@ void BookFile::beginReading() noexcept {
 }
 
 void BookFile::endReading() noexcept {
-    if (--readings_ == 0) reading_.reset();
+    if (--readings_ == 0) stopReading();
 }
 
 bool BookFile::isOfToday(Connection& connection) const {

@@ -121,6 +121,7 @@ private:
     void confirm();
     void requireOwnProperties(const EntityTable& table, std::span<const Cell> cells, const Row& row) const;
     [[nodiscard]] bool isOfToday(Connection& connection) const;
+    void stopReading() noexcept;
 
     std::string path_;
     Ref<ManagedObjectModel> model_;
