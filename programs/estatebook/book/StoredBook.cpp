@@ -153,8 +153,8 @@ StoreRefusal storeFailure(const std::string& file, const Store& store, const Err
                            code <= StoreErrorCode::OutOfMemory;
     StoreError ofStore{isOfStore ? code : StoreErrorCode(), std::string(store.location()),
                        error.localizedDescription()};
-    return {isOfStore ? exitCodeOf(code) : ExitCode::BadData, lineOf(file, ofStore.path, ofStore.message),
-            file, std::move(ofStore)};
+    const std::string line = lineOf(file, ofStore.path, ofStore.message);
+    return {isOfStore ? exitCodeOf(code) : ExitCode::BadData, line, file, std::move(ofStore)};
 }
 
 StoredBook StoredBook::openForReading(const std::string& path) {
