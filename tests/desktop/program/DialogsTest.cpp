@@ -1,19 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/program/MainWindowTestCase.hpp"
+#include "desktop/program/DialogTestCase.hpp"
 
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QProcess>
-#include <QPushButton>
-
-#include <fstream>
-#include <sstream>
 
 namespace estatebook::desktop::test {
 
 namespace {
 
-using estatebook::test::click;
 using estatebook::test::settle;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -21,14 +15,8 @@ using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
-class DialogsTest : public MainWindowTestCase {
+class DialogsTest : public DialogTestCase {
 protected:
-    void trigger(const char* action) {
-        auto* found = window_->findChild<QAction*>(QLatin1String(action));
-        ASSERT_TRUE(found && found->isEnabled()) << action;
-        found->trigger();
-        settle();
-    }
     /// The menu item that bears the text.
     void choose(const char* text) {
         const auto actions = window_->findChildren<QAction*>();
@@ -38,31 +26,6 @@ protected:
                 return settle();
             }
         FAIL() << "no " << text;
-    }
-    void press(const char* text) {
-        const auto buttons = window_->findChildren<QPushButton*>();
-        for (QPushButton* button : buttons)
-            if (button->isVisible() && button->text() == QString::fromUtf8(text)) return click(*button);
-        FAIL() << "no " << text;
-    }
-    void showStatement() {
-        openExample();
-        selectRowOf(Page::Tenures, "M. Jones");
-        trigger("statement");
-    }
-    [[nodiscard]] QString file(std::string_view name) const { return QString::fromStdString(path(name)); }
-    [[nodiscard]] static std::string contentOf(const QString& file) {
-        std::ifstream stream(file.toStdString(), std::ios::binary);
-        std::ostringstream text;
-        text << stream.rdbuf();
-        return text.str();
-    }
-    /// What can be read on the pages.
-    [[nodiscard]] static std::string textOfPdf(const QString& file) {
-        QProcess process;
-        process.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
-        process.waitForFinished();
-        return process.readAllStandardOutput().toStdString();
     }
 };
 
@@ -121,10 +84,10 @@ TEST_F(DialogsTest, APropertyThatIsNotLetGoes) {
 TEST_F(DialogsTest, AStatementGoesIntoTheFileThatIsChosen) {
     showStatement();
     dialogs_.files = {file("jones.csv"), file("jones.pdf")};
-    press("C&SV…");
+    pressButton("C&SV…");
     EXPECT_THAT(dialogs_.offered.toStdString(), HasSubstr("M. Jones"));
     EXPECT_TRUE(dialogs_.offered.endsWith(QLatin1String(".csv")));
-    press("PD&F…");
+    pressButton("PD&F…");
     EXPECT_TRUE(dialogs_.offered.endsWith(QLatin1String(".pdf")));
     EXPECT_EQ(contentOf(file("jones.csv")), window_->statementPage().csv());
     EXPECT_THAT(contentOf(file("jones.pdf")), StartsWith("%PDF"));
@@ -133,8 +96,8 @@ TEST_F(DialogsTest, AStatementGoesIntoTheFileThatIsChosen) {
 
 TEST_F(DialogsTest, NothingIsWrittenWhenNoFileIsChosen) {
     showStatement();
-    press("C&SV…");
-    press("PD&F…");
+    pressButton("C&SV…");
+    pressButton("PD&F…");
     EXPECT_EQ(dialogs_.asked.size(), 2U);
     EXPECT_FALSE(std::filesystem::exists(path("jones.csv")));
 }
@@ -142,17 +105,17 @@ TEST_F(DialogsTest, NothingIsWrittenWhenNoFileIsChosen) {
 TEST_F(DialogsTest, AFileThatCannotBeWrittenIsToldOf) {
     showStatement();
     dialogs_.files = {file("no such folder/jones.csv")};
-    press("C&SV…");
+    pressButton("C&SV…");
     ASSERT_EQ(dialogs_.asked.size(), 2U);
     EXPECT_THAT(dialogs_.asked.back(), HasSubstr("jones.csv"));
 }
 
 TEST_F(DialogsTest, AStatementIsPrintedOnThePrinterThatIsChosen) {
     showStatement();
-    press("&Print…");
+    pressButton("&Print…");
     EXPECT_EQ(dialogs_.asked.size(), 1U) << "nothing is printed without a printer";
     dialogs_.paper = file("paper.pdf");
-    press("&Print…");
+    pressButton("&Print…");
     const std::string text = textOfPdf(file("paper.pdf"));
     EXPECT_THAT(text, HasSubstr("M. Jones"));
     const auto& model = window_->statementPage().model();
@@ -161,7 +124,7 @@ TEST_F(DialogsTest, AStatementIsPrintedOnThePrinterThatIsChosen) {
 
 TEST_F(DialogsTest, LinesAreCopied) {
     showStatement();
-    press("&Copy");
+    pressButton("&Copy");
     EXPECT_EQ(QGuiApplication::clipboard()->text(), window_->statementPage().copiedText());
     EXPECT_THAT(QGuiApplication::clipboard()->text().toStdString(), HasSubstr("\t"));
 }
@@ -203,16 +166,16 @@ TEST_F(DialogsTest, AStatementIsReplacedWhenItIsMeant) {
     testkit::writeFile(path("jones.csv"), "of last year");
     dialogs_.files = {file("jones")};
     dialogs_.confirmations = {false};
-    press("C&SV…");
+    pressButton("C&SV…");
     EXPECT_EQ(contentOf(file("jones.csv")), "of last year");
     EXPECT_EQ(dialogs_.asked.size(), 3U) << "another name is asked for";
     EXPECT_EQ(dialogs_.offered, file("jones.csv"));
     dialogs_.files = {file("jones")};
     dialogs_.confirmations = {true};
-    press("C&SV…");
+    pressButton("C&SV…");
     EXPECT_EQ(contentOf(file("jones.csv")), window_->statementPage().csv());
     dialogs_.files = {file("JONES.CSV")};
-    press("C&SV…");
+    pressButton("C&SV…");
     EXPECT_EQ(contentOf(file("JONES.CSV")), window_->statementPage().csv());
 }
 

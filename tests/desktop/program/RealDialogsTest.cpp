@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/ModalScript.hpp"
-#include "desktop/program/MainWindowTestCase.hpp"
+#include "desktop/program/DialogTestCase.hpp"
 
 #include <QAbstractButton>
 #include <QCheckBox>
@@ -10,12 +10,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPrintDialog>
-#include <QProcess>
-#include <QPushButton>
 #include <QTreeView>
-
-#include <fstream>
-#include <sstream>
 
 namespace estatebook::desktop::test {
 
@@ -28,7 +23,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 /// The dialogs that a user gets, with a user in front of them.
-class RealDialogsTest : public MainWindowTestCase {
+class RealDialogsTest : public DialogTestCase {
 protected:
     RealDialogsTest() {
         // Those of a desktop would be out of reach.
@@ -42,37 +37,6 @@ protected:
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs, false);
     }
     Dialogs& dialogs() override { return Dialogs::usual(); }
-
-    void trigger(const char* action) {
-        auto* found = window_->findChild<QAction*>(QLatin1String(action));
-        ASSERT_TRUE(found && found->isEnabled()) << action;
-        found->trigger();
-        settle();
-    }
-    void pressButton(const char* text) {
-        const auto buttons = window_->findChildren<QPushButton*>();
-        for (QPushButton* button : buttons)
-            if (button->isVisible() && button->text() == QString::fromUtf8(text)) return click(*button);
-        FAIL() << "no " << text;
-    }
-    void showStatement() {
-        openExample();
-        selectRowOf(Page::Tenures, "M. Jones");
-        trigger("statement");
-    }
-    [[nodiscard]] QString file(std::string_view name) const { return QString::fromStdString(path(name)); }
-    [[nodiscard]] static std::string contentOf(const QString& file) {
-        std::ifstream stream(file.toStdString(), std::ios::binary);
-        std::ostringstream text;
-        text << stream.rdbuf();
-        return text.str();
-    }
-    [[nodiscard]] static std::string textOfPdf(const QString& file) {
-        QProcess process;
-        process.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), file, QStringLiteral("-")});
-        process.waitForFinished();
-        return process.readAllStandardOutput().toStdString();
-    }
 
     // What the user does
     /// In the place of the name that stands there, and then the return key.
