@@ -112,6 +112,26 @@ TEST(InterfaceFileTest, RowsThatNoWindowHasAreRefused) {
               "none");
 }
 
+TEST(InterfaceFileTest, TwoItemsInOneCellOfAFormAreRefused) {
+    const auto faultWith = [](const QByteArray& layout, const QByteArray& first, const QByteArray& second) {
+        const QByteArray label = "<widget class=\"QLabel\"/></item>";
+        return fault("<ui version=\"4.0\"><widget class=\"QDialog\" name=\"d\"><layout class=\"" + layout +
+                     "\"><item " + first + ">" + label + "<item " + second + ">" + label +
+                     "</layout></widget></ui>");
+    };
+    EXPECT_EQ(faultWith("QFormLayout", "row=\"1\" column=\"0\"", "row=\"1\" column=\"1\""), "none");
+    EXPECT_EQ(faultWith("QFormLayout", "row=\"1\" column=\"0\"", "row=\"2\" column=\"0\""), "none");
+    EXPECT_THAT(faultWith("QFormLayout", "row=\"1\" column=\"0\"", "row=\"1\" column=\"0\""),
+                HasSubstr("two items"));
+    EXPECT_THAT(faultWith("QFormLayout", "", "row=\"0\" column=\"0\""), HasSubstr("two items"))
+        << "without a place it is the first cell";
+    EXPECT_THAT(faultWith("QFormLayout", "row=\"1\" column=\"0\" colspan=\"2\"", "row=\"1\" column=\"1\""),
+                HasSubstr("two items"))
+        << "what reaches over both columns stands in the second";
+    EXPECT_EQ(faultWith("QGridLayout", "row=\"1\" column=\"0\"", "row=\"1\" column=\"0\""), "none")
+        << "a grid keeps both";
+}
+
 TEST(InterfaceFileTest, NoDamageBringsTheProgramDown) {
     const QByteArray whole = sheetFile();
     const auto seed = std::random_device{}();

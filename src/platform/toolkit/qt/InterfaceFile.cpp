@@ -10,6 +10,9 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
+#include <utility>
+#include <vector>
 
 namespace estatebook::platform {
 
@@ -58,7 +61,7 @@ private:
         if (token == QXmlStreamReader::DTD)
             find(InterfaceFileError::Broken, "a document type has no place in it");
         else if (token == QXmlStreamReader::EndElement)
-            --depth_;
+            leaveElement();
         else if (token == QXmlStreamReader::StartElement)
             inspectElement(reader_.name().toString());
     }
@@ -72,14 +75,26 @@ private:
             find(InterfaceFileError::Broken, "it begins with <" + textOf(name) + "> in the place of <ui>");
         else if (name == QLatin1String("widget"))
             inspectWidget(className);
-        else if (name == QLatin1String("layout") && !holds(allowedLayouts, className))
-            findForeign(className);
+        else if (name == QLatin1String("layout"))
+            inspectLayout(className);
         else if (name == QLatin1String("item"))
             inspectPlace();
         else if (name == QLatin1String("property"))
             inspectProperty(reader_.attributes().value(QLatin1String("name")).toString());
         else if (name == QLatin1String("customwidget") || name == QLatin1String("script"))
             find(InterfaceFileError::ForeignClass, "<" + textOf(name) + "> has no place in it");
+    }
+
+    void leaveElement() {
+        if (!layouts_.empty() && layouts_.back().depth == depth_) layouts_.pop_back();
+        --depth_;
+    }
+
+    void inspectLayout(const QString& className) {
+        if (holds(allowedLayouts, className))
+            layouts_.push_back({depth_, className == QLatin1String("QFormLayout"), {}});
+        else
+            findForeign(className);
     }
 
     void inspectWidget(const QString& className) {
@@ -101,6 +116,17 @@ private:
                 return find(InterfaceFileError::Broken,
                             "the " + std::string(name) + " of an item is none that a window has");
         }
+        if (!layouts_.empty() && layouts_.back().isForm && layouts_.back().depth == depth_ - 1) inspectCell();
+    }
+
+    /// A form would lose the second item of a cell, and nothing would ever free it.
+    void inspectCell() {
+        const auto place = [&](const char* name) {
+            return reader_.attributes().value(QLatin1String(name)).toInt();
+        };
+        const bool isField = place("column") > 0 || place("colspan") > 1;
+        if (!layouts_.back().cells.insert({place("row"), isField}).second)
+            find(InterfaceFileError::Broken, "a form has two items in one cell");
     }
 
     void inspectProperty(const QString& name) {
@@ -117,8 +143,15 @@ private:
                                               std::string(what)};
     }
 
+    struct Layout {
+        int depth;
+        bool isForm;
+        std::set<std::pair<int, bool>> cells; ///< row, and whether it is the field's
+    };
+
     QXmlStreamReader reader_;
     int depth_ = 0;
+    std::vector<Layout> layouts_; ///< from the outermost to the one that is read
     bool hasWindow_ = false;
     std::optional<InterfaceFileFault> fault_;
 };
