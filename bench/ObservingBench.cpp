@@ -79,8 +79,7 @@ constexpr Property ChainProperties[] = {
 
 template <std::size_t Length>
 constinit const ClassDescription Chain<Length>::Class("Chain", nullptr, ChainProperties<Length>, Dependencies,
-                                                      dependentsIn<DependentKeys>,
-                                                      replacesAnnouncements<Chain<Length>>);
+                                                      dependentsIn<DependentKeys>, announcing<Chain<Length>>);
 
 using Plain = Chain<1>;
 

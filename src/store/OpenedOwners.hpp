@@ -16,10 +16,16 @@ namespace estatebook {
 
 class OpenedOwners {
 public:
+    /// Whether anybody would hear of it. `owner` may be null.
+    [[nodiscard]] static bool isHeard(const platform::ManagedObject* owner, platform::Key ofOwner) {
+        return owner && owner->mustAnnounce(ofOwner);
+    }
+
     /// `owner` may be null.
     static void willChange(const platform::ManagedObject& object, platform::ManagedObject* owner,
                            platform::Key ofOwner) {
-        // Also where there is none: its end must not be taken for that of another change of the object, further out.
+        // Also where there is none, or none that is heard: its end must not be taken for that of another change of the object, further out.
+        if (!isHeard(owner, ofOwner)) owner = nullptr;
         opened().push_back({&object, ofOwner, platform::Ref<platform::ManagedObject>(owner)});
         if (owner) owner->willChangeValueForKey(ofOwner);
     }

@@ -25,7 +25,7 @@ constexpr Property properties[] = {
 } // namespace
 
 constinit const ClassDescription TKAccount::Class("TKAccount", nullptr, properties, Dependencies,
-                                                  dependentsIn<closure>, replacesAnnouncements<TKAccount>);
+                                                  dependentsIn<closure>, announcing<TKAccount>);
 
 TKAccount::~TKAccount() = default;
 

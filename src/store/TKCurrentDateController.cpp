@@ -47,9 +47,9 @@ std::uint64_t secondsToMidnight(Date now) {
 constinit String* TKCurrentDateChanged = currentDateChanged.get();
 constinit std::uint64_t SECONDS_PER_DAY = 86400;
 
-constinit const ClassDescription
-    TKCurrentDateController::Class("TKCurrentDateController", nullptr, properties, {}, noDependents,
-                                   replacesAnnouncements<TKCurrentDateController>);
+constinit const ClassDescription TKCurrentDateController::Class("TKCurrentDateController", nullptr,
+                                                                properties, {}, noDependents,
+                                                                announcing<TKCurrentDateController>);
 
 constinit TKCurrentDateController* TKCurrentDateController::shared_ = nullptr;
 

@@ -26,7 +26,7 @@ const Ref<String>& nameOfUser() {
 } // namespace
 
 constinit const ClassDescription TKNote::Class("TKNote", nullptr, properties, {}, noDependents,
-                                               replacesAnnouncements<TKNote>);
+                                               announcing<TKNote>);
 
 TKNote::~TKNote() = default;
 

@@ -31,7 +31,7 @@ constexpr Property properties[] = {
 } // namespace
 
 constinit const ClassDescription TKProperty::Class("TKProperty", &TKAccount::Class, properties, Dependencies,
-                                                   dependentsIn<closure>, replacesAnnouncements<TKProperty>);
+                                                   dependentsIn<closure>, announcing<TKProperty>);
 
 TKProperty::~TKProperty() = default;
 

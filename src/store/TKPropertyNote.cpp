@@ -8,7 +8,7 @@ namespace estatebook {
 using namespace platform;
 
 constinit const ClassDescription TKPropertyNote::Class("TKPropertyNote", &TKNote::Class, {}, {}, noDependents,
-                                                       replacesAnnouncements<TKPropertyNote>);
+                                                       announcing<TKPropertyNote>);
 
 TKPropertyNote::~TKPropertyNote() = default;
 

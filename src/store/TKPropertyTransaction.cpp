@@ -13,11 +13,13 @@ namespace {
 constexpr auto closure = closureOf(TKTransaction::Dependencies);
 constexpr Property properties[] = {derived<&TKPropertyTransaction::name>(keys::name)};
 
+constexpr KeySet passedOn = KeySet::of(keys::amount, keys::adjustment);
+
 } // namespace
 
 constinit const ClassDescription TKPropertyTransaction::Class("TKPropertyTransaction", &TKTransaction::Class,
                                                               properties, Dependencies, dependentsIn<closure>,
-                                                              replacesAnnouncements<TKPropertyTransaction>);
+                                                              announcing<TKPropertyTransaction>);
 
 TKPropertyTransaction::~TKPropertyTransaction() = default;
 
@@ -28,14 +30,16 @@ Ref<String> TKPropertyTransaction::name() const {
 
 void TKPropertyTransaction::willChangeValueForKey(Key key) {
     TKTransaction::willChangeValueForKey(key);
-    if (key == keys::amount || key == keys::adjustment)
-        OpenedOwners::willChange(*this, property(), keys::totalIncome);
+    if (passedOn.mayContain(key)) OpenedOwners::willChange(*this, property(), keys::totalIncome);
 }
 
 void TKPropertyTransaction::didChangeValueForKey(Key key) {
     TKTransaction::didChangeValueForKey(key);
-    if (key == keys::amount || key == keys::adjustment)
-        OpenedOwners::didChange(*this, property(), keys::totalIncome);
+    if (passedOn.mayContain(key)) OpenedOwners::didChange(*this, property(), keys::totalIncome);
+}
+
+bool TKPropertyTransaction::passesOn(const KeySet& changed) const {
+    return !(changed & passedOn).empty() && OpenedOwners::isHeard(property(), keys::totalIncome);
 }
 
 } // namespace estatebook

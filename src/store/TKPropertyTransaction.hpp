@@ -22,6 +22,7 @@ public:
     /// "amount" and "adjustment" announce the property's "totalIncome".
     void willChangeValueForKey(platform::Key key) override;
     void didChangeValueForKey(platform::Key key) override;
+    [[nodiscard]] bool passesOn(const platform::KeySet& changed) const override;
 
 private:
     ~TKPropertyTransaction() override;

@@ -53,7 +53,7 @@ constinit String* const TKCurrencyCodeStateName = currencyCodeName.get();
 constinit String* const TKBillingModeStateName = billingModeName.get();
 
 constinit const ClassDescription TKState::Class("TKState", nullptr, {}, {}, noDependents,
-                                                replacesAnnouncements<TKState>);
+                                                announcing<TKState>);
 
 TKState::~TKState() = default;
 

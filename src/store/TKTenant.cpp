@@ -23,7 +23,7 @@ constexpr Property properties[] = {
 } // namespace
 
 constinit const ClassDescription TKTenant::Class("TKTenant", &TKAccount::Class, properties, Dependencies,
-                                                 dependentsIn<closure>, replacesAnnouncements<TKTenant>);
+                                                 dependentsIn<closure>, announcing<TKTenant>);
 
 TKTenant::~TKTenant() = default;
 

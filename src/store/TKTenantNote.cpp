@@ -8,7 +8,7 @@ namespace estatebook {
 using namespace platform;
 
 constinit const ClassDescription TKTenantNote::Class("TKTenantNote", &TKNote::Class, {}, {}, noDependents,
-                                                     replacesAnnouncements<TKTenantNote>);
+                                                     announcing<TKTenantNote>);
 
 TKTenantNote::~TKTenantNote() = default;
 

@@ -8,7 +8,7 @@ namespace estatebook {
 using namespace platform;
 
 constinit const ClassDescription TKTenureNote::Class("TKTenureNote", &TKNote::Class, {}, {}, noDependents,
-                                                     replacesAnnouncements<TKTenureNote>);
+                                                     announcing<TKTenureNote>);
 
 TKTenureNote::~TKTenureNote() = default;
 

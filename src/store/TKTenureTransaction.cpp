@@ -6,6 +6,8 @@
 #include "store/TKTenant.hpp"
 #include "tenure/TKTenure.hpp"
 
+#include <algorithm>
+
 namespace estatebook {
 
 using namespace platform;
@@ -21,11 +23,15 @@ constexpr Property properties[] = {
      }},
 };
 
+constexpr Key totals[] = {keys::totalIncome, keys::totalAdjustment};
+
+constexpr KeySet passedOn = KeySet::of(keys::amount, keys::adjustment);
+
 } // namespace
 
 constinit const ClassDescription TKTenureTransaction::Class("TKTenureTransaction", &TKTransaction::Class,
                                                             properties, Dependencies, dependentsIn<closure>,
-                                                            replacesAnnouncements<TKTenureTransaction>);
+                                                            announcing<TKTenureTransaction>);
 
 Ref<String> TKTenureTransaction::name() const {
     const TKTenure* owner = tenure();
@@ -40,16 +46,20 @@ TKProperty* TKTenureTransaction::property() const {
 
 void TKTenureTransaction::willChangeValueForKey(Key key) {
     TKTransaction::willChangeValueForKey(key);
-    if (key != keys::amount && key != keys::adjustment) return;
-    for (const Key ofOwner : {keys::totalIncome, keys::totalAdjustment})
-        OpenedOwners::willChange(*this, tenure(), ofOwner);
+    if (!passedOn.mayContain(key)) return;
+    for (const Key ofOwner : totals) OpenedOwners::willChange(*this, tenure(), ofOwner);
 }
 
 void TKTenureTransaction::didChangeValueForKey(Key key) {
     TKTransaction::didChangeValueForKey(key);
-    if (key != keys::amount && key != keys::adjustment) return;
-    for (const Key ofOwner : {keys::totalIncome, keys::totalAdjustment})
-        OpenedOwners::didChange(*this, tenure(), ofOwner);
+    if (!passedOn.mayContain(key)) return;
+    for (const Key ofOwner : totals) OpenedOwners::didChange(*this, tenure(), ofOwner);
+}
+
+bool TKTenureTransaction::passesOn(const KeySet& changed) const {
+    if ((changed & passedOn).empty()) return false;
+    const TKTenure* owner = tenure();
+    return std::ranges::any_of(totals, [&](Key ofOwner) { return OpenedOwners::isHeard(owner, ofOwner); });
 }
 
 } // namespace estatebook

@@ -30,6 +30,7 @@ public:
     /// "amount" and "adjustment" announce the tenure's "totalIncome", then its "totalAdjustment".
     void willChangeValueForKey(platform::Key key) override;
     void didChangeValueForKey(platform::Key key) override;
+    [[nodiscard]] bool passesOn(const platform::KeySet& changed) const override;
 
 protected:
     ~TKTenureTransaction() override = default;

@@ -17,8 +17,7 @@ constexpr Property properties[] = {writable<&TKTransaction::what, &TKTransaction
 } // namespace
 
 constinit const ClassDescription TKTransaction::Class("TKTransaction", nullptr, properties, Dependencies,
-                                                      dependentsIn<closure>,
-                                                      replacesAnnouncements<TKTransaction>);
+                                                      dependentsIn<closure>, announcing<TKTransaction>);
 
 bool TKTransaction::isAdjustment() const {
     const auto flag = adjustment();

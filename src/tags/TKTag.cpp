@@ -13,8 +13,7 @@ namespace estatebook {
 
 using namespace platform;
 
-constinit const ClassDescription TKTag::Class("TKTag", nullptr, {}, {}, noDependents,
-                                              replacesAnnouncements<TKTag>);
+constinit const ClassDescription TKTag::Class("TKTag", nullptr, {}, {}, noDependents, announcing<TKTag>);
 
 Ref<TKTagNames> TKTag::fetchTagNamesFromTaggableObject(const TKTaggable& owner) {
     const auto tags = owner.tags();

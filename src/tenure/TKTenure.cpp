@@ -60,7 +60,7 @@ std::string printed(const std::optional<Date>& date) {
 } // namespace
 
 constinit const ClassDescription TKTenure::Class("TKTenure", nullptr, properties, Dependencies,
-                                                 dependentsIn<closure>, replacesAnnouncements<TKTenure>);
+                                                 dependentsIn<closure>, announcing<TKTenure>);
 
 TKTenure::~TKTenure() = default;
 

@@ -231,6 +231,7 @@ public:
     /// "balance" announces the property's "tenureBalance", and "totalIncome" its "tenureIncome".
     void willChangeValueForKey(platform::Key key) override;
     void didChangeValueForKey(platform::Key key) override;
+    [[nodiscard]] bool passesOn(const platform::KeySet& changed) const override;
 
 protected:
     ~TKTenure() override;

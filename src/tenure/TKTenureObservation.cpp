@@ -7,6 +7,8 @@
 #include "store/TKProperty.hpp"
 #include "tenure/TKTenure.hpp"
 
+#include <algorithm>
+
 namespace estatebook {
 
 using namespace platform;
@@ -110,6 +112,12 @@ void TKTenure::didChangeValueForKey(Key key) {
     ManagedObject::didChangeValueForKey(key);
     for (const PassedOn& each : passedOn)
         if (key == each.key) OpenedOwners::didChange(*this, property(), each.ofProperty);
+}
+
+bool TKTenure::passesOn(const KeySet& changed) const {
+    return std::ranges::any_of(passedOn, [&](const PassedOn& each) {
+        return changed.mayContain(each.key) && OpenedOwners::isHeard(property(), each.ofProperty);
+    });
 }
 
 } // namespace estatebook

@@ -14,7 +14,7 @@ const ClassDescription& QBDateFormatter::classDescription() const noexcept {
         writable<&QBDateFormatter::nilSymbol, &QBDateFormatter::setNilSymbol>(Key::named("nilSymbol")),
     };
     static const ClassDescription description("QBDateFormatter", nullptr, properties, {}, noDependents,
-                                              replacesAnnouncements<QBDateFormatter>);
+                                              announcing<QBDateFormatter>);
     return description;
 }
 

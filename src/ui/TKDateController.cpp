@@ -19,8 +19,7 @@ constexpr Property properties[] = {
 } // namespace
 
 constinit const ClassDescription TKDateController::Class("TKDateController", nullptr, properties, {},
-                                                         noDependents,
-                                                         replacesAnnouncements<TKDateController>);
+                                                         noDependents, announcing<TKDateController>);
 
 TKDateController::~TKDateController() = default;
 

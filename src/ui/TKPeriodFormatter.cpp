@@ -25,7 +25,7 @@ const ClassDescription& TKPeriodFormatter::classDescription() const noexcept {
         writable<&TKPeriodFormatter::suffix, &TKPeriodFormatter::setSuffix>(suffixKey()),
     };
     static const ClassDescription description("TKPeriodFormatter", nullptr, properties, {}, noDependents,
-                                              replacesAnnouncements<TKPeriodFormatter>);
+                                              announcing<TKPeriodFormatter>);
     return description;
 }
 

@@ -118,7 +118,7 @@ inline constexpr platform::Property personProperties[] = {
 inline constinit const platform::ClassDescription Person::Class("Person", nullptr, detail::personProperties,
                                                                 Person::Dependencies,
                                                                 platform::dependentsIn<detail::personClosure>,
-                                                                platform::replacesAnnouncements<Person>);
+                                                                platform::announcing<Person>);
 
 /// Writes down every announcement that passes through the overridable pair: "+amount", "-amount".
 class RecordingPerson final : public Person {
@@ -146,7 +146,7 @@ private:
 inline constinit const platform::ClassDescription
     RecordingPerson::Class("RecordingPerson", &Person::Class, {}, Person::Dependencies,
                            platform::dependentsIn<detail::personClosure>,
-                           platform::replacesAnnouncements<RecordingPerson>);
+                           platform::announcing<RecordingPerson>);
 
 /// An observer that remembers everything and does what it is told to.
 class Watcher final : public platform::ObservableObject {

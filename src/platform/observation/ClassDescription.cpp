@@ -15,7 +15,8 @@ namespace estatebook::platform {
 constinit std::uint64_t ClassDescription::additionsMade = 0;
 
 namespace {
-constexpr ClassDescription rootDescription("ObservableObject", nullptr, {}, {}, noDependents, false);
+constexpr ClassDescription rootDescription("ObservableObject", nullptr, {}, {}, noDependents,
+                                           Announces::ToObservers);
 }
 
 // Here, as the callers would otherwise try this one first.

@@ -37,14 +37,24 @@ struct Property {
     void (*set)(ObservableObject&, const Value&) = nullptr;
 };
 
+/// Whether announcements of changes may be left out.
+enum class Announces : std::uint8_t {
+    /// Where nobody observes: the class has the platform's announcing pair.
+    ToObservers,
+    /// It replaces the pair, and says with `passesOn` for which keys that matters.
+    AsItSays,
+    /// It replaces the pair without a word.
+    Always,
+};
+
 class ESTATEBOOK_API ClassDescription {
 public:
     /// `rows` holds the inherited rows, too; `dependents` answers from their closure.
     constexpr ClassDescription(std::string_view name, const ClassDescription* parent,
                                std::span<const Property> properties, std::span<const DependencyRow> rows,
-                               const DependentsTable& dependents, bool replacesAnnouncements) noexcept
+                               const DependentsTable& dependents, Announces announces) noexcept
         : name_(name), parent_(parent), properties_(properties), rows_(rows), dependents_(dependents),
-          replacesAnnouncements_(replacesAnnouncements) {}
+          announces_(announces) {}
     ClassDescription(const ClassDescription&) = delete;
     ClassDescription& operator=(const ClassDescription&) = delete;
 
@@ -70,8 +80,7 @@ public:
     /// keyPathsForValuesAffecting<Key>: the declared key paths, those added at run time included.
     [[nodiscard]] std::vector<std::string> keyPathsForValuesAffecting(Key key) const;
 
-    /// Whether the class replaces the announcements of changes, so that they cannot be left out.
-    [[nodiscard]] constexpr bool replacesAnnouncements() const noexcept { return replacesAnnouncements_; }
+    [[nodiscard]] constexpr Announces announces() const noexcept { return announces_; }
 
     /// Gives the class a property, or replaces it.
     void addProperty(const Property& property) const;
@@ -106,7 +115,7 @@ private:
     std::span<const Property> properties_;
     std::span<const DependencyRow> rows_;
     DependentsTable dependents_;
-    bool replacesAnnouncements_;
+    Announces announces_;
     mutable Additions* additions_ = nullptr;
     mutable const Index* index_ = nullptr;
     // Part of the index, for those in a hurry.

@@ -15,6 +15,7 @@
 #include "EstateBook_ModelExport.hpp"
 
 #include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -54,6 +55,11 @@ inline constexpr std::size_t SmallKeys = 128;
 class KeySet {
 public:
     constexpr KeySet() noexcept = default;
+    [[nodiscard]] static constexpr KeySet of(std::same_as<Key> auto... keys) noexcept {
+        KeySet set;
+        (set.insert(keys), ...);
+        return set;
+    }
     constexpr void insert(Key key) noexcept { words_[word(key)] |= bit(key); }
     constexpr void remove(Key key) noexcept { words_[word(key)] &= ~bit(key); }
     [[nodiscard]] constexpr bool mayContain(Key key) const noexcept {

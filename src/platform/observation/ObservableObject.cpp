@@ -33,13 +33,30 @@ void ObservableObject::forgetObservers() const noexcept {
     ObservationEngine::objectEnds(const_cast<ObservableObject&>(*this));
 }
 
-bool ObservableObject::findAnnouncing() const noexcept {
-    announcing_ = classDescription().replacesAnnouncements() ? Announcing::Always : Announcing::WhenObserved;
-    return announcing_ == Announcing::Always;
+void ObservableObject::findAnnouncing() const noexcept {
+    switch (classDescription().announces()) {
+    case Announces::ToObservers:
+        announcing_ = Announcing::WhenObserved;
+        break;
+    case Announces::AsItSays:
+        announcing_ = Announcing::Passed;
+        break;
+    case Announces::Always:
+        announcing_ = Announcing::Always;
+    }
+}
+
+bool ObservableObject::findHearer(Key key) const {
+    if (announcing_ == Announcing::Unknown) findAnnouncing();
+    if (announcing_ != Announcing::Passed) return announcing_ != Announcing::WhenObserved;
+    KeySet reached = classDescription().dependentKeys(key).set;
+    reached.insert(key);
+    return (observation_ && !(observation_->keys() & reached).empty()) || passesOn(reached);
 }
 
 void ObservableObject::observationBegins() noexcept {
-    if (!mustAnnounce()) announcing_ = Announcing::Observed;
+    if (announcing_ == Announcing::Unknown) findAnnouncing();
+    if (announcing_ == Announcing::WhenObserved) announcing_ = Announcing::Observed;
 }
 
 void ObservableObject::observationEnds() noexcept {

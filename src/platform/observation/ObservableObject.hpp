@@ -123,6 +123,16 @@ public:
     void willChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key);
     void didChangeValuesAtIndexesForKey(ChangeKind kind, std::vector<std::size_t> indexes, Key key);
 
+    /// For a class that replaces the pair: whether it does more with one of the keys than the class above, as things are now. Where
+    /// the class that replaces the pair declares this beside it, changes of which nobody would hear are not announced at all;
+    /// to say yes without need costs no more than that. May raise what reading raises.
+    [[nodiscard]] virtual bool passesOn(const KeySet&) const { return false; }
+    /// Whether anybody would hear of a change of the key or of one that depends on it, here or where it is passed on to.
+    [[nodiscard]] bool mustAnnounce(Key key) const {
+        return announcing_ != Announcing::WhenObserved &&
+               (announcing_ == Announcing::Observed || findHearer(key));
+    }
+
     // Observing
 
     /// addObserver:forKeyPath:options:context: The same observer may register any number of times and is told as
@@ -175,22 +185,18 @@ protected:
     /// setNilValueForKey: raises InvalidArgumentException unless a class knows better.
     virtual void setNilValueForKey(Key key);
 
-    /// Whether a change must be announced at all.
-    [[nodiscard]] bool mustAnnounce() const noexcept {
-        return announcing_ != Announcing::WhenObserved &&
-               (announcing_ != Announcing::Unknown || findAnnouncing());
-    }
-
     /// Runs a store between the two announcements, or alone when nobody can hear them. A store that raises leaves the
     /// change closed, too, and its exception leaves the setter.
     template <class Store>
     void change(Key key, Store&& store) {
-        if (!mustAnnounce()) {
-            if (notes_ == Notes::Taken) noteWillChange(key);
-            store();
-            if (notes_ == Notes::Taken) noteDidChange(key);
-            return;
-        }
+        if (mustAnnounce(key)) return changeAnnounced(key, std::forward<Store>(store));
+        if (notes_ == Notes::Taken) noteWillChange(key);
+        store();
+        if (notes_ == Notes::Taken) noteDidChange(key);
+    }
+    /// The same where somebody may hear of it.
+    template <class Store>
+    void changeAnnounced(Key key, Store&& store) {
         willChangeValueForKey(key);
         try {
             store();
@@ -208,8 +214,10 @@ protected:
 
 private:
     friend class ObservationEngine;
-    enum class Announcing : std::uint8_t { Unknown, WhenObserved, Observed, Always };
-    bool findAnnouncing() const noexcept;
+    /// Passed: the class replaces the pair, and says for which keys.
+    enum class Announcing : std::uint8_t { Unknown, WhenObserved, Observed, Passed, Always };
+    void findAnnouncing() const noexcept;
+    bool findHearer(Key key) const;
     void forgetObservers() const noexcept;
     void observationBegins() noexcept;
     void observationEnds() noexcept;
@@ -224,10 +232,30 @@ private:
     Notes notes_ = Notes::None;
 };
 
-/// For class tables: whether T replaces the announcing pair of the platform classes.
+namespace detail {
+
+template <class Member>
+struct OwnerOf;
+template <class Function, class C>
+struct OwnerOf<Function C::*> {
+    using Class = C;
+};
+template <class A, class B>
+inline constexpr bool haveOneOwner = std::is_same_v<typename OwnerOf<A>::Class, typename OwnerOf<B>::Class>;
+
+} // namespace detail
+
+/// For class tables: how T announces, by the classes that declare the announcing pair and `passesOn`.
 template <class T>
-inline constexpr bool replacesAnnouncements =
-    !std::is_same_v<void (*)(decltype(&T::willChangeValueForKey), decltype(&T::didChangeValueForKey)),
-                    void (*)(void (ObservableObject::*)(Key), void (ObservableObject::*)(Key))>;
+inline constexpr Announces announcing = [] {
+    using Will = decltype(&T::willChangeValueForKey);
+    using Did = decltype(&T::didChangeValueForKey);
+    using PassesOn = decltype(&T::passesOn);
+    using Platform = decltype(&ObservableObject::willChangeValueForKey);
+    if (detail::haveOneOwner<Will, Platform> && detail::haveOneOwner<Did, Platform>)
+        return Announces::ToObservers;
+    return detail::haveOneOwner<Will, Did> && detail::haveOneOwner<Will, PassesOn> ? Announces::AsItSays
+                                                                                   : Announces::Always;
+}();
 
 } // namespace estatebook::platform

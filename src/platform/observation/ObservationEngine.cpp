@@ -164,7 +164,7 @@ void ObservationEngine::willWhateverHolds(Announcements& all, ObservableObject& 
 
 // Of a plain pair there is nothing to remember between will and did, as long as nothing happens in between.
 inline bool ObservationEngine::canBeLone(const ObservableObject& object) noexcept {
-    if (isAnnouncingAll(object) || !object.observation_) return false;
+    if (hasOwnPair(object) || !object.observation_) return false;
     const Registration* only = object.observation_->only();
     return only && !only->wantsBefore();
 }
@@ -225,6 +225,13 @@ void ObservationEngine::tellBefore(ObservableObject& object, Key key, OpenObject
     if (!paths.empty()) opened.details(key).opened = std::move(paths);
 }
 
+/// Whether there is anything to be announced of a key that depends on a changed one.
+inline bool ObservationEngine::isHeard(const ObservableObject& object, Key dependent) {
+    if (object.announcing_ == ObservableObject::Announcing::Always) return true;
+    return (object.observation_ && object.observation_->awaits(dependent)) ||
+           object.passesOn(KeySet::of(dependent));
+}
+
 void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenObject& opened) {
     Announcements& all = Announcements::current();
     const DependentKeys dependents = object.classDescription().dependentKeys(key);
@@ -233,8 +240,9 @@ void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenOb
         if (opened.isOpen(dependent)) {
             ++opened.details(dependent).inner;
             ++all.session->openPairs;
-        } else if (isAnnouncingAll(object)) {
-            announceDependent(object, dependent, &ObservableObject::willChangeValueForKey);
+        } else if (hasOwnPair(object)) {
+            if (isHeard(object, dependent))
+                announceDependent(object, dependent, &ObservableObject::willChangeValueForKey);
         } else {
             ++all.session->openPairs;
             opened.open(dependent);
@@ -243,7 +251,7 @@ void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenOb
         }
     };
     // Where nobody passes announcements on, those that nobody awaits can be left out.
-    if (isAnnouncingAll(object)) {
+    if (hasOwnPair(object)) {
         std::ranges::for_each(dependents.keys, openOne);
     } else if (const Observation* observation = object.observation_) {
         const Registration* only = observation->only();
@@ -294,7 +302,7 @@ void ObservationEngine::closeDependents(ObservableObject& object, Key key, OpenO
     const auto closeOne = [&](Key dependent) {
         if (opened.closeInner(dependent)) {
             --all.session->openPairs;
-        } else if (isAnnouncingAll(object)) {
+        } else if (hasOwnPair(object)) {
             announceDependent(object, dependent, &ObservableObject::didChangeValueForKey);
         } else {
             tellAfter(object, dependent, opened, nullptr);

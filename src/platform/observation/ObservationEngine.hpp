@@ -91,9 +91,12 @@ public:
 private:
     using Announcement = void (ObservableObject::*)(Key);
 
-    static bool isAnnouncingAll(const ObservableObject& object) noexcept {
-        return object.announcing_ == ObservableObject::Announcing::Always;
+    /// Whether the class of the object has an announcing pair of its own.
+    static bool hasOwnPair(const ObservableObject& object) noexcept {
+        if (object.announcing_ == ObservableObject::Announcing::Unknown) object.findAnnouncing();
+        return object.announcing_ >= ObservableObject::Announcing::Passed;
     }
+    static bool isHeard(const ObservableObject& object, Key dependent);
     static bool takesNotes(const ObservableObject& object) noexcept {
         return object.notes_ == ObservableObject::Notes::Taken;
     }

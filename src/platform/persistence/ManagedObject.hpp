@@ -151,10 +151,11 @@ protected:
     /// store and no more. Not for relationships.
     template <class Store>
     void change(Key key, Store&& store) {
-        if (!mustAnnounce() && hasNothingToNote(key))
-            store();
-        else
-            ObservableObject::change(key, std::forward<Store>(store));
+        if (mustAnnounce(key)) return changeAnnounced(key, std::forward<Store>(store));
+        if (hasNothingToNote(key)) return store();
+        noteWillChange(key);
+        store();
+        noteDidChange(key);
     }
 
     void setToOne(const ModelledProperty& property, ManagedObject* target);

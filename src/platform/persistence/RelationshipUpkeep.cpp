@@ -172,7 +172,7 @@ void RelationshipUpkeep::announceMembers(ManagedObject& owner, const ModelledPro
         else if (back.toOne(member).target != &owner)
             part(owner, toMany, member, back);
     };
-    if (!owner.mustAnnounce()) {
+    if (!owner.mustAnnounce(toMany.key)) {
         owner.noteWillChange(toMany.key);
         store();
         owner.noteDidChange(toMany.key);

@@ -107,9 +107,9 @@ TEST_F(AnnouncementTwinTest, ARandomGraphTellsJustThoseWhomTheRowsReachAndEachOn
     // Descriptions live as long as the program does.
     static auto& classes = *new std::vector<std::unique_ptr<ClassDescription>>;
     for (int round = 0; round < 150; ++round) {
-        const auto& description = *classes.emplace_back(
-            std::make_unique<ClassDescription>("Node", nullptr, std::span<const Property>(),
-                                               std::span<const DependencyRow>(), noDependents, true));
+        const auto& description = *classes.emplace_back(std::make_unique<ClassDescription>(
+            "Node", nullptr, std::span<const Property>(), std::span<const DependencyRow>(), noDependents,
+            Announces::Always));
         Rows rows;
         for (int count = below(2 * KeyCount); count > 0; --count) {
             const int dependent = below(KeyCount);

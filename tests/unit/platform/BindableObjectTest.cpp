@@ -34,7 +34,7 @@ private:
 
 constexpr Property fieldProperties[] = {writable<&Field::value, &Field::setValue>(keys::value)};
 constinit const ClassDescription Field::Class("Field", nullptr, fieldProperties, {}, noDependents,
-                                              replacesAnnouncements<Field>);
+                                              announcing<Field>);
 
 class OneWay final : public ValueTransformer {
 public:

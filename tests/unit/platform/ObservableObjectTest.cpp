@@ -507,7 +507,7 @@ TEST(ObservableObjectTest, ADeclaredKeyWithoutAValueCanBeObserved) {
     };                                                                                                       \
     constinit const ClassDescription Name::Class(#Name, &Person::Class, {}, Person::Dependencies,            \
                                                  dependentsIn<test::detail::personClosure>,                  \
-                                                 replacesAnnouncements<Name>)
+                                                 announcing<Name>)
 
 FRESH_CLASS(WithAddedRows);
 TEST(ObservableObjectTest, RowsAddedWhileObjectsLiveServeObserversThatWereThereBefore) {
