@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <functional>
 #include <type_traits>
+#include <typeinfo>
 #include <utility>
 
 namespace estatebook::platform {
@@ -96,7 +97,11 @@ template <class T, class... Arguments>
 /// The same object as a T, or null when it is none.
 template <class T, class U>
 [[nodiscard]] Ref<T> refCast(const Ref<U>& ref) noexcept {
-    return Ref<T>(dynamic_cast<T*>(ref.get()));
+    // Most are asked for by their own class, which needs no search.
+    U* const object = ref.get();
+    if constexpr (requires { static_cast<T*>(object); })
+        if (object && typeid(*object) == typeid(T)) return Ref<T>(static_cast<T*>(object));
+    return Ref<T>(dynamic_cast<T*>(object));
 }
 
 } // namespace estatebook::platform
