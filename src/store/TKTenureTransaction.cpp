@@ -6,8 +6,6 @@
 #include "store/TKTenant.hpp"
 #include "tenure/TKTenure.hpp"
 
-#include <algorithm>
-
 namespace estatebook {
 
 using namespace platform;
@@ -59,7 +57,7 @@ void TKTenureTransaction::didChangeValueForKey(Key key) {
 bool TKTenureTransaction::passesOn(const KeySet& changed) const {
     if ((changed & passedOn).empty()) return false;
     const TKTenure* owner = tenure();
-    return std::ranges::any_of(totals, [&](Key ofOwner) { return OpenedOwners::isHeard(owner, ofOwner); });
+    return owner && owner->mustAnnounceAnyOf(totals);
 }
 
 } // namespace estatebook

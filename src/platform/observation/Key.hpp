@@ -72,6 +72,10 @@ public:
         common.words_[1] = words_[1] & other.words_[1];
         return common;
     }
+    constexpr void insert(const KeySet& other) noexcept {
+        words_[0] |= other.words_[0];
+        words_[1] |= other.words_[1];
+    }
     /// The one key of the set; no key when there is none, more than one, or one without a bit of its own.
     [[nodiscard]] constexpr Key only() const noexcept {
         const std::uint64_t either = words_[0] | words_[1];

@@ -46,11 +46,14 @@ void ObservableObject::findAnnouncing() const noexcept {
     }
 }
 
-bool ObservableObject::findHearer(Key key) const {
+bool ObservableObject::findHearer(std::span<const Key> keys) const {
     if (announcing_ == Announcing::Unknown) findAnnouncing();
     if (announcing_ != Announcing::Passed) return announcing_ != Announcing::WhenObserved;
-    KeySet reached = classDescription().dependentKeys(key).set;
-    reached.insert(key);
+    KeySet reached;
+    for (const Key key : keys) {
+        reached.insert(key);
+        reached.insert(classDescription().dependentKeys(key).set);
+    }
     return (observation_ && !(observation_->keys() & reached).empty()) || passesOn(reached);
 }
 

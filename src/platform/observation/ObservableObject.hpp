@@ -42,6 +42,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <type_traits>
 #include <utility>
@@ -128,9 +129,11 @@ public:
     /// to say yes without need costs no more than that. May raise what reading raises.
     [[nodiscard]] virtual bool passesOn(const KeySet&) const { return false; }
     /// Whether anybody would hear of a change of the key or of one that depends on it, here or where it is passed on to.
-    [[nodiscard]] bool mustAnnounce(Key key) const {
+    [[nodiscard]] bool mustAnnounce(Key key) const { return mustAnnounceAnyOf({&key, 1}); }
+    /// The same of any of several keys.
+    [[nodiscard]] bool mustAnnounceAnyOf(std::span<const Key> keys) const {
         return announcing_ != Announcing::WhenObserved &&
-               (announcing_ == Announcing::Observed || findHearer(key));
+               (announcing_ == Announcing::Observed || findHearer(keys));
     }
 
     // Observing
@@ -217,7 +220,7 @@ private:
     /// Passed: the class replaces the pair, and says for which keys.
     enum class Announcing : std::uint8_t { Unknown, WhenObserved, Observed, Passed, Always };
     void findAnnouncing() const noexcept;
-    bool findHearer(Key key) const;
+    bool findHearer(std::span<const Key> keys) const;
     void forgetObservers() const noexcept;
     void observationBegins() noexcept;
     void observationEnds() noexcept;
