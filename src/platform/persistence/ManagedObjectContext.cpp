@@ -175,6 +175,7 @@ bool ManagedObjectContext::hasChanges() const noexcept {
 
 std::vector<Ref<ManagedObject>> ManagedObjectContext::changed(ManagedObject::State state) const {
     std::vector<Ref<ManagedObject>> found;
+    if (state == ManagedObject::Inserted) found.reserve(changed_.size());
     for (const auto& object : changed_) {
         const bool matches = state == ManagedObject::Deleted    ? object->isDeleted()
                              : state == ManagedObject::Inserted ? object->isInserted() && !object->isDeleted()

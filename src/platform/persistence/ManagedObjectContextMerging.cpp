@@ -240,7 +240,13 @@ bool ManagedObjectContext::resolveUnknownSave(Ref<Error>* error) {
         if (error) *error = landed.error().asError();
         return false;
     }
-    if (*landed) unknownSave_->adopt();
+    if (*landed) {
+        if (const auto failure = unknownSave_->recallRows()) {
+            if (error) *error = failure->asError();
+            return false;
+        }
+        unknownSave_->adopt();
+    }
     const auto save = std::exchange(unknownSave_, nullptr);
     if (!*landed) return true;
     for (const auto& object : save->saved()) haveRow(*object, *save);

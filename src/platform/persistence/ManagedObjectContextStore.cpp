@@ -475,14 +475,14 @@ bool ManagedObjectContext::saveToStore(Ref<Error>* error) {
             unknownSave_.reset();
             return true;
         }
-        save->withdraw();
-        if (!outcome) {
-            if (outcome.error().code == StoreErrorCode::OutcomeUnknown) {
-                save->keepOrders();
-                unknownSave_ = std::move(save);
-            }
+        if (!outcome && outcome.error().code == StoreErrorCode::OutcomeUnknown) {
+            // To forget it, for want of memory, would be to save everything twice.
+            unknownSave_ = std::move(save);
+            unknownSave_->withdrawUnknown();
             return refuse(outcome.error());
         }
+        save->withdraw();
+        if (!outcome) return refuse(outcome.error());
         if (!settleConflicts(outcome->conflicts, error)) return false;
         // What others have changed may be what a hook or a rule is about.
         settleBeforeSave();

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <new>
 #include <utility>
 
 namespace estatebook::platform {
@@ -38,7 +39,7 @@ bool areStoredAlike(const Value& a, const Value& b) noexcept {
 }
 
 StoreSave::StoreSave(ManagedObjectContext& context, StoredObjects& stored, RowKey lastKey)
-    : context_(context), stored_(stored) {
+    : context_(context), stored_(stored), lastKey_(lastKey) {
     changes_.token = CommitToken::random();
     changes_.origin = context.origin_;
     changes_.origin.when = Clock::now();
@@ -48,7 +49,7 @@ StoreSave::StoreSave(ManagedObjectContext& context, StoredObjects& stored, RowKe
     formerNumbers_.reserve(saved_.size());
     for (const auto& object : saved_) {
         formerNumbers_.push_back(object->creationNumber_);
-        object->creationNumber_ = static_cast<std::uint64_t>(++lastKey);
+        object->creationNumber_ = static_cast<std::uint64_t>(keyOfInserted(formerNumbers_.size() - 1));
     }
     try {
         collect();
@@ -59,8 +60,8 @@ StoreSave::StoreSave(ManagedObjectContext& context, StoredObjects& stored, RowKe
 }
 
 void StoreSave::collect() {
-    changes_.insertions.reserve(saved_.size());
-    for (const auto& object : saved_) insert(object, keyOf(*object));
+    changes_.insertions =
+        InsertedRows(saved_.size(), [this](std::size_t place, Row& row) { makeRow(*saved_[place], row); });
     for (const auto& object : context_.updatedObjects()) update(*object);
     for (const auto& object : context_.deletedObjects()) {
         if (!object->isStored()) continue;
@@ -78,15 +79,16 @@ bool StoreSave::isEmpty() const noexcept {
            changes_.identifiers.empty();
 }
 
-void StoreSave::insert(const Ref<ManagedObject>& object, RowKey key) {
-    const StoredProperties& properties = stored_.properties(object->entity());
-    Row& row = changes_.insertions.emplace_back(Row{.key = key, .entity = &object->entity()});
-    row.values.reserve(properties.attributes.size());
+void StoreSave::makeRow(ManagedObject& object, Row& row) const {
+    const StoredProperties& properties = stored_.properties(object.entity());
+    row.key = keyOf(object);
+    row.entity = &object.entity();
+    row.values.clear();
     for (const ModelledProperty* attribute : properties.attributes)
-        row.values.push_back(attribute ? attribute->primitive(*object) : Value());
-    row.links.reserve(properties.links.size());
+        row.values.push_back(attribute ? attribute->primitive(object) : Value());
+    row.links.clear();
     for (std::size_t place = 0; place < properties.links.size(); ++place)
-        row.links.push_back(linkOf(*object, *properties.links[place], properties.shape->links()[place]));
+        row.links.push_back(linkOf(object, *properties.links[place], properties.shape->links()[place]));
 }
 
 RowUpdate& StoreSave::updateOf(ManagedObject& object) {
@@ -153,6 +155,22 @@ void StoreSave::withdraw() noexcept {
         saved_[index]->creationNumber_ = formerNumbers_[index];
 }
 
+void StoreSave::withdrawUnknown() {
+    try {
+        keepRows();
+    } catch (const std::bad_alloc&) {
+        withdraw();
+        throw;
+    }
+    withdraw();
+    keepOrders();
+}
+
+void StoreSave::keepRows() {
+    rows_.reserve(formerNumbers_.size());
+    for (const Row& row : changes_.insertions) rows_.push_back(row);
+}
+
 void StoreSave::keepOrders() {
     const std::size_t rows = saved_.size();
     const auto keepOrdersOf = [&](ManagedObject& owner) {
@@ -168,9 +186,29 @@ void StoreSave::keepOrders() {
     }
 }
 
+std::optional<StoreError> StoreSave::recallRows() {
+    if (rows_.size() == formerNumbers_.size()) return std::nullopt;
+    std::vector<Row> rows;
+    std::unordered_map<const EntityDescription*, std::vector<RowKey>> keys;
+    for (std::size_t place = 0; place < formerNumbers_.size(); ++place) {
+        const RowShape& shape = *stored_.properties(saved_[place]->entity()).shape;
+        // One that somebody has deleted since then has nothing of what the object has.
+        rows.push_back(shape.emptyRow(keyOfInserted(place)));
+        keys[&shape.root()].push_back(keyOfInserted(place));
+    }
+    for (const auto& [root, ofRoot] : keys) {
+        const auto read = stored_.store().visitRows(*root, ofRoot, [&](const Row& row) {
+            rows[static_cast<std::size_t>(row.key - keyOfInserted(0))] = row;
+        });
+        if (!read) return read.error();
+    }
+    rows_ = std::move(rows);
+    return std::nullopt;
+}
+
 void StoreSave::adopt() {
     for (std::size_t index = 0; index < formerNumbers_.size(); ++index) {
-        const RowKey key = changes_.insertions[index].key;
+        const RowKey key = keyOfInserted(index);
         saved_[index]->creationNumber_ = static_cast<std::uint64_t>(key);
         stored_.enter(key, *saved_[index]);
     }
@@ -206,12 +244,12 @@ FormerValues StoreSave::savedValues(ManagedObject& object) const {
             keepLink(object, *properties.links[each.link], each.target, values);
         return values;
     }
-    const auto row = std::ranges::lower_bound(changes_.insertions, keyOf(object), {}, &Row::key);
-    if (row == changes_.insertions.end() || row->key != keyOf(object)) return values;
+    if (keyOf(object) <= lastKey_) return values;
+    const Row& row = rows_[static_cast<std::size_t>(keyOf(object) - keyOfInserted(0))];
     for (std::size_t place = 0; place < properties.attributes.size(); ++place)
-        if (properties.attributes[place]) values.keep(*properties.attributes[place], row->values[place]);
+        if (properties.attributes[place]) values.keep(*properties.attributes[place], row.values[place]);
     for (std::size_t place = 0; place < properties.links.size(); ++place)
-        keepLink(object, *properties.links[place], row->links[place], values);
+        keepLink(object, *properties.links[place], row.links[place], values);
     return values;
 }
 

@@ -7,7 +7,9 @@
 #include "platform/persistence/ChangeJournal.hpp"
 #include "platform/persistence/ManagedObject.hpp"
 #include "platform/persistence/store/StoreChanges.hpp"
+#include "platform/persistence/store/StoreError.hpp"
 
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -18,16 +20,19 @@ class StoredObjects;
 
 class StoreSave {
 public:
-    /// Collects what has changed; new rows follow `lastKey`.
+    /// Collects what has changed; new rows follow `lastKey`, and are made while they are saved.
     StoreSave(ManagedObjectContext& context, StoredObjects& stored, RowKey lastKey);
 
     [[nodiscard]] const StoreChanges& changes() const noexcept { return changes_; }
     [[nodiscard]] bool isEmpty() const noexcept;
 
-    /// It has not landed, or nobody knows.
+    /// It has not landed.
     void withdraw() noexcept;
-    /// Nobody knows, and it is to be told later what was saved.
-    void keepOrders();
+    /// Nobody knows, and it is to be told later what was saved. Raises std::bad_alloc after it has been withdrawn.
+    void withdrawUnknown();
+    /// It has landed, and it is to be told what was saved: that of new rows is asked of the store unless there was memory to
+    /// keep them.
+    [[nodiscard]] std::optional<StoreError> recallRows();
     /// It has landed.
     void adopt();
     /// The objects that it inserted or changed.
@@ -38,7 +43,12 @@ public:
 
 private:
     void collect();
-    void insert(const Ref<ManagedObject>& object, RowKey key);
+    void keepRows();
+    void keepOrders();
+    void makeRow(ManagedObject& object, Row& row) const;
+    [[nodiscard]] RowKey keyOfInserted(std::size_t place) const noexcept {
+        return lastKey_ + 1 + static_cast<RowKey>(place);
+    }
     void update(ManagedObject& object);
     void updateOrder(ManagedObject& owner, const ModelledProperty& ordered, const Value& former);
     void keepLink(ManagedObject& object, const ModelledProperty& toOne, const RowLink& saved,
@@ -55,6 +65,9 @@ private:
     std::vector<std::uint64_t> formerNumbers_;
     /// The members of ordered relationships.
     std::unordered_map<const ManagedObject*, std::vector<FormerValue>> orders_;
+    const RowKey lastKey_;
+    /// What was saved of those inserted, at their places; fewer than those until it is known of all.
+    std::vector<Row> rows_;
     /// The place of an object's update.
     std::unordered_map<const ManagedObject*, std::size_t> updates_;
 };

@@ -3,10 +3,15 @@
 // A save finds no memory: each request of `new` fails, once or from then on. No exception leaves the store, the error tells the truth,
 // nothing is lost, and the next save works.
 
+#include "platform/persistence/ManagedObjectContext.hpp"
+#include "platform/persistence/PersistentStoreCoordinator.hpp"
+#include "store/TKProperty.hpp"
+#include "store/TKPropertyTransaction.hpp"
 #include "support/Effort.hpp"
 #include "support/FailingHeap.hpp"
 #include "support/StoreDescription.hpp"
 #include "support/StoreScript.hpp"
+#include "support/WatchedStore.hpp"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +19,8 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <new>
+#include <optional>
 #include <random>
 
 namespace estatebook::platform {
@@ -125,6 +132,48 @@ TEST_P(StoreHeapTest, ReadersTellTheTruth) {
     }
     std::printf("Read, heap: %d cases (seed %llu)\n", cases, static_cast<unsigned long long>(seed_));
     EXPECT_GT(cases, 10);
+}
+
+TEST(UnknownSaveTest, WhatThereIsNoMemoryToKeepIsRecalledFromTheStore) {
+    if (!FailingHeap::isPossible()) GTEST_SKIP() << "the sanitizers own the heap";
+    const auto store = makeRef<test::WatchedStore>(Ref<Store>(InMemoryStore::make(test::bookModel())));
+    const auto contextOnIt = [&] {
+        auto coordinator = makeRef<PersistentStoreCoordinator>(test::bookModel());
+        coordinator->addPersistentStore(Ref<Store>(store));
+        auto context = makeRef<ManagedObjectContext>(ConcurrencyType::MainQueue);
+        context->setPersistentStoreCoordinator(std::move(coordinator));
+        return context;
+    };
+    const auto book = contextOnIt();
+    const auto flat = book->insertNewObject<TKProperty>("Property");
+    flat->setRentalAmount(Decimal(1));
+    flat->createTransaction()->setAmount(Decimal(2));
+    std::optional<FailingHeap> heap;
+    store->onSave = [&](Store& inner, const StoreChanges& changes) -> StoreResult<SaveOutcome> {
+        EXPECT_TRUE(inner.save(changes));
+        const StoreError unknown{StoreErrorCode::OutcomeUnknown, "", "unknown"};
+        heap.emplace(1, FailingHeap::Fault::FromThenOn);
+        return unknown;
+    };
+    bool isTold = false;
+    try {
+        static_cast<void>(book->save());
+    } catch (const std::bad_alloc&) {
+        isTold = true;
+    }
+    heap.reset();
+    EXPECT_TRUE(isTold);
+    EXPECT_TRUE(flat->isInserted());
+    store->onSave = nullptr;
+    flat->setBondAmount(Decimal(3));
+    ASSERT_TRUE(book->save());
+    EXPECT_FALSE(book->hasChanges());
+    const auto again = contextOnIt();
+    const auto all = again->fetchAll<TKProperty>("Property");
+    ASSERT_EQ(all.size(), 1u) << "nothing is saved twice";
+    EXPECT_EQ(all[0]->rentalAmount(), Decimal(1));
+    EXPECT_EQ(all[0]->bondAmount(), Decimal(3));
+    EXPECT_EQ(all[0]->transactions().count(), 1u);
 }
 
 INSTANTIATE_TEST_SUITE_P(, StoreHeapTest,

@@ -435,6 +435,23 @@ TEST_P(StoreConformanceTest, TakesNoTextThatIsNotUtf8) {
     EXPECT_TRUE(value("Tenant", 1, keys::name).isAbsent());
 }
 
+TEST_P(StoreConformanceTest, SavesRowsThatAreMadeWhenTheyAreAskedFor) {
+    insert({RowOf("Tenant", 1)});
+    const std::vector<Row> rows{RowOf("Property", 3).with(keys::name, text("Elm")),
+                                RowOf("Tenure", 4).to(keys::property, 3).to(keys::tenant, 1),
+                                RowOf("Tenant", 7).with(keys::name, text("Ada"))};
+    StoreChanges changes = newChanges();
+    changes.insertions = InsertedRows(rows.size(), [&](std::size_t place, Row& row) { row = rows[place]; });
+    changes.updates = {UpdateOf("Tenant", 1, 1).with(keys::name, text("Grace"))};
+    land(changes);
+    EXPECT_EQ(value("Property", 3, keys::name), Value(text("Elm")));
+    EXPECT_EQ(value("Tenant", 7, keys::name), Value(text("Ada")));
+    EXPECT_THAT(keysOf("Tenure"), ElementsAre(4));
+    EXPECT_EQ(*store().lastKey(), 7);
+    EXPECT_EQ(store().commits()->back().firstKey, 3);
+    EXPECT_EQ(store().commits()->back().lastKey, 7);
+}
+
 TEST_P(StoreConformanceTest, TellsConflictsAndChangesNothing) {
     insert({RowOf("Tenant", 1).with(keys::name, text("Ada")), RowOf("Tenant", 2), RowOf("Tenant", 3)});
     update({UpdateOf("Tenant", 1, 1).with(keys::name, text("Grace"))});

@@ -866,6 +866,24 @@ TEST_P(StoredContextTest, ASaveNobodyKnowsOfIsAskedAboutAndNeverDoneTwice) {
     EXPECT_EQ(all[1]->rentalAmount(), Decimal(7));
 }
 
+TEST_P(StoredContextTest, WhatOthersChangeInASaveNobodyKnewOfIsAConflictOnlyForWhoChangedIt) {
+    const auto one = property("Elm");
+    const auto two = property("Oak");
+    saveUnknowingly();
+    {
+        const auto other = contextOn(store);
+        for (const auto& theirs : other->fetchAll<TKProperty>("Property")) theirs->setBondAmount(Decimal(3));
+        ASSERT_TRUE(other->save());
+    }
+    two->setRentalAmount(Decimal(7));
+    book->setMergePolicy(MergePolicy::ObjectTrump);
+    save();
+    reopen();
+    for (const auto& each : book->fetchAll<TKProperty>("Property"))
+        EXPECT_EQ(each->bondAmount(), Decimal(3)) << "which we have not touched";
+    EXPECT_EQ(book->fetchAll<TKProperty>("Property")[1]->rentalAmount(), Decimal(7));
+}
+
 TEST_P(StoredContextTest, ASaveNobodyKnowsOfThatDidNotLandIsDoneAgain) {
     property("Elm");
     store->onSave = [&](Store&, const StoreChanges&) -> StoreResult<SaveOutcome> { return unknown; };

@@ -170,9 +170,12 @@ StoreResult<std::vector<JournalEntry>> InMemoryStore::journalOfCommit(std::int64
 
 StoreResult<SaveOutcome> InMemoryStore::save(const StoreChanges& changes) {
     if (*hasLanded(changes.token)) return failure(StoreErrorCode::InvalidChange, detail::savedAlready());
-    if (auto reason = detail::refusalOf(changes, shapes(), lastKey_))
-        return failure(StoreErrorCode::InvalidChange, *std::move(reason));
+    detail::ChangesExaminer examiner(changes, shapes(), lastKey_);
+    if (auto reason = examiner.refusal()) return failure(StoreErrorCode::InvalidChange, *std::move(reason));
     if (auto conflicts = conflictsOf(changes); !conflicts.empty()) return SaveOutcome{std::move(conflicts)};
+    for (const Row& row : changes.insertions)
+        if (auto reason = examiner.refusalOf(row))
+            return failure(StoreErrorCode::InvalidChange, *std::move(reason));
     if (auto reason = brokenBy(changes)) return failure(StoreErrorCode::InvalidChange, *std::move(reason));
     apply(changes);
     return SaveOutcome{};
@@ -231,7 +234,7 @@ std::optional<std::string> InMemoryStore::brokenBy(const StoreChanges& changes) 
 
 void InMemoryStore::apply(const StoreChanges& changes) {
     const auto number = static_cast<std::int64_t>(commits_.size()) + 1;
-    const RowKey firstKey = changes.insertions.empty() ? lastKey_ + 1 : changes.insertions.front().key;
+    const RowKey firstKey = changes.insertions.empty() ? lastKey_ + 1 : (*changes.insertions.begin()).key;
     for (const Row& row : changes.insertions) {
         Row& stored = rowsOf(*row.entity).emplace(row.key, row).first->second;
         stored.version = 1;

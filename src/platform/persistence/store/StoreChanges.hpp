@@ -4,6 +4,7 @@
 /// StoreChanges: all that one save does to a store, and SaveOutcome: what became of it.
 
 #include "platform/persistence/store/CommitToken.hpp"
+#include "platform/persistence/store/InsertedRows.hpp"
 #include "platform/persistence/store/Row.hpp"
 #include "platform/values/Date.hpp"
 
@@ -67,7 +68,7 @@ struct StoreChanges {
     CommitToken token;
     CommitOrigin origin;
     /// With keys beyond the last one given, growing; their version is not looked at.
-    std::vector<Row> insertions{};
+    InsertedRows insertions{};
     std::vector<RowUpdate> updates{};
     std::vector<RowDeletion> deletions{};
     /// Of rows that are there afterwards.

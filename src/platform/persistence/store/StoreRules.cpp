@@ -4,7 +4,7 @@
 #include "platform/persistence/ManagedObjectModel.hpp"
 #include "platform/text/Text.hpp"
 
-#include <unordered_set>
+#include <utility>
 
 namespace estatebook::platform::detail {
 
@@ -37,108 +37,112 @@ bool fits(const StoredLink& stored, const RowLink& link) {
     return link.place == 0 || (stored.isPlaced && link.target != NoRow);
 }
 
-class Examiner {
-public:
-    explicit Examiner(const RowShapes& shapes) : shapes_(shapes) {}
-
-    bool accepts(const StoreChanges& changes, RowKey lastKey) {
-        for (const Row& row : changes.insertions) {
-            if (!names(row.entity, row.key)) return false;
-            if (row.key <= lastKey) return refuse(row, "has a key that is not beyond the last one given");
-            lastKey = row.key;
-            if (!acceptsInsertion(row)) return false;
-        }
-        for (const RowUpdate& update : changes.updates)
-            if (!names(update.entity, update.key) || !acceptsUpdate(update)) return false;
-        for (const RowDeletion& deletion : changes.deletions)
-            if (!names(deletion.entity, deletion.key)) return false;
-        for (const RowIdentifier& each : changes.identifiers)
-            if (!isOurs(each.entity) || each.key <= NoRow) return refuse("An identifier is given to no row");
-        return acceptsTexts(changes);
-    }
-    [[nodiscard]] std::string reason() { return std::move(reason_); }
-
-private:
-    bool refuse(std::string reason) {
-        reason_ = std::move(reason);
-        return false;
-    }
-    template <class Change>
-    bool refuse(const Change& change, std::string_view reason) {
-        return refuse("The change of " + nameOf(*change.entity, change.key) + " " + std::string(reason));
-    }
-
-    [[nodiscard]] bool isOurs(const EntityDescription* entity) const {
-        return entity && entity->index() < shapes_.all().size() && &shapes_.of(*entity).entity() == entity;
-    }
-    bool names(const EntityDescription* entity, RowKey key) {
-        if (!isOurs(entity) || entity->isAbstract())
-            return refuse("A change is about an entity that has no rows in this model");
-        if (key <= NoRow || !keys_.insert(key).second)
-            return refuse("The changes name " + nameOf(*entity, key) + " twice, or no row can have this key");
-        return true;
-    }
-
-    bool acceptsTexts(const StoreChanges& changes) {
-        const CommitOrigin& origin = changes.origin;
-        for (const std::string* text : {&origin.author, &origin.program, &origin.command})
-            if (!isWellFormedUtf8(*text)) return refuse("Who makes the changes is told in no UTF-8");
-        for (const RowIdentifier& each : changes.identifiers)
-            if (each.identifier && !isWellFormedUtf8(*each.identifier))
-                return refuse("The identifier of " + nameOf(*each.entity, each.key) + " is not UTF-8");
-        for (const MetadataChange& each : changes.metadata)
-            if (!isWellFormedUtf8(each.name) || (each.value && !isWellFormedUtf8(*each.value)))
-                return refuse("An entry that is to be kept with the book is not UTF-8");
-        return true;
-    }
-
-    bool acceptsInsertion(const Row& row) {
-        const auto attributes = row.entity->attributes();
-        const auto links = shapes_.of(*row.entity).links();
-        if (row.values.size() != attributes.size() || row.links.size() != links.size())
-            return refuse(row, "has more or fewer values than the entity");
-        for (std::size_t index = 0; index < attributes.size(); ++index)
-            if (!attributes[index].isTransient && !fits(attributes[index], row.values[index]))
-                return refuseValue(row, attributes[index].name);
-        for (std::size_t index = 0; index < links.size(); ++index)
-            if (!fits(links[index], row.links[index]))
-                return refuseValue(row, links[index].relationship->name);
-        return true;
-    }
-
-    bool acceptsUpdate(const RowUpdate& update) {
-        const auto attributes = update.entity->attributes();
-        const auto links = shapes_.of(*update.entity).links();
-        for (const ChangedValue& changed : update.values) {
-            if (changed.attribute >= attributes.size() || attributes[changed.attribute].isTransient)
-                return refuse(update, "is about an attribute that is not stored");
-            if (!fits(attributes[changed.attribute], changed.value))
-                return refuseValue(update, attributes[changed.attribute].name);
-        }
-        for (const ChangedLink& changed : update.links) {
-            if (changed.link >= links.size()) return refuse(update, "is about a link that is not there");
-            if (!fits(links[changed.link], changed.target))
-                return refuseValue(update, links[changed.link].relationship->name);
-        }
-        return true;
-    }
-
-    template <class Change>
-    bool refuseValue(const Change& change, Key property) {
-        return refuse(change, "has a value that \"" + std::string(property.name()) + "\" cannot hold");
-    }
-
-    const RowShapes& shapes_;
-    std::unordered_set<RowKey> keys_;
-    std::string reason_;
-};
-
 } // namespace
 
-std::optional<std::string> refusalOf(const StoreChanges& changes, const RowShapes& shapes, RowKey lastKey) {
-    Examiner examiner(shapes);
-    if (examiner.accepts(changes, lastKey)) return std::nullopt;
-    return examiner.reason();
+std::optional<std::string> ChangesExaminer::refusal() {
+    if (acceptsAllButInsertions()) return std::nullopt;
+    return std::move(reason_);
+}
+
+std::optional<std::string> ChangesExaminer::refusalOf(const Row& row) {
+    if (accepts(row)) return std::nullopt;
+    return std::move(reason_);
+}
+
+bool ChangesExaminer::acceptsAllButInsertions() {
+    for (const RowUpdate& update : changes_.updates)
+        if (!names(update) || !acceptsUpdate(update)) return false;
+    for (const RowDeletion& deletion : changes_.deletions)
+        if (!names(deletion)) return false;
+    for (const RowIdentifier& each : changes_.identifiers)
+        if (!isOurs(each.entity) || each.key <= NoRow) return refuse("An identifier is given to no row");
+    return acceptsTexts();
+}
+
+// Keys that grow name no row twice.
+bool ChangesExaminer::accepts(const Row& row) {
+    if (!hasRows(row.entity)) return false;
+    if (row.key <= lastKey_) return refuse(row, "has a key that is not beyond the last one given");
+    lastKey_ = row.key;
+    const auto attributes = row.entity->attributes();
+    const auto links = shapes_.of(*row.entity).links();
+    if (row.values.size() != attributes.size() || row.links.size() != links.size())
+        return refuse(row, "has more or fewer values than the entity");
+    for (std::size_t index = 0; index < attributes.size(); ++index)
+        if (!attributes[index].isTransient && !fits(attributes[index], row.values[index]))
+            return refuseValue(row, attributes[index].name);
+    for (std::size_t index = 0; index < links.size(); ++index)
+        if (!fits(links[index], row.links[index])) return refuseValue(row, links[index].relationship->name);
+    return true;
+}
+
+bool ChangesExaminer::acceptsUpdate(const RowUpdate& update) {
+    const auto attributes = update.entity->attributes();
+    const auto links = shapes_.of(*update.entity).links();
+    for (const ChangedValue& changed : update.values) {
+        if (changed.attribute >= attributes.size() || attributes[changed.attribute].isTransient)
+            return refuse(update, "is about an attribute that is not stored");
+        if (!fits(attributes[changed.attribute], changed.value))
+            return refuseValue(update, attributes[changed.attribute].name);
+    }
+    for (const ChangedLink& changed : update.links) {
+        if (changed.link >= links.size()) return refuse(update, "is about a link that is not there");
+        if (!fits(links[changed.link], changed.target))
+            return refuseValue(update, links[changed.link].relationship->name);
+    }
+    return true;
+}
+
+bool ChangesExaminer::acceptsTexts() {
+    const CommitOrigin& origin = changes_.origin;
+    for (const std::string* text : {&origin.author, &origin.program, &origin.command})
+        if (!isWellFormedUtf8(*text)) return refuse("Who makes the changes is told in no UTF-8");
+    for (const RowIdentifier& each : changes_.identifiers)
+        if (each.identifier && !isWellFormedUtf8(*each.identifier))
+            return refuse("The identifier of " + nameOf(*each.entity, each.key) + " is not UTF-8");
+    for (const MetadataChange& each : changes_.metadata)
+        if (!isWellFormedUtf8(each.name) || (each.value && !isWellFormedUtf8(*each.value)))
+            return refuse("An entry that is to be kept with the book is not UTF-8");
+    return true;
+}
+
+bool ChangesExaminer::isOurs(const EntityDescription* entity) const {
+    return entity && entity->index() < shapes_.all().size() && &shapes_.of(*entity).entity() == entity;
+}
+
+bool ChangesExaminer::hasRows(const EntityDescription* entity) {
+    if (isOurs(entity) && !entity->isAbstract()) return true;
+    return refuse("A change is about an entity that has no rows in this model");
+}
+
+template <class Change>
+bool ChangesExaminer::names(const Change& change) {
+    if (!hasRows(change.entity)) return false;
+    if (change.key > NoRow && named_.insert(change.key).second && !isInserted(change.key)) return true;
+    return refuse("The changes name " + nameOf(*change.entity, change.key) +
+                  " twice, or no row can have this key");
+}
+
+bool ChangesExaminer::isInserted(RowKey key) const {
+    if (key <= lastGiven_) return false;
+    for (const Row& row : changes_.insertions)
+        if (row.key == key) return true;
+    return false;
+}
+
+bool ChangesExaminer::refuse(std::string reason) {
+    reason_ = std::move(reason);
+    return false;
+}
+
+template <class Change>
+bool ChangesExaminer::refuse(const Change& change, std::string_view reason) {
+    return refuse("The change of " + nameOf(*change.entity, change.key) + " " + std::string(reason));
+}
+
+template <class Change>
+bool ChangesExaminer::refuseValue(const Change& change, Key property) {
+    return refuse(change, "has a value that \"" + std::string(property.name()) + "\" cannot hold");
 }
 
 std::string nameOf(const EntityDescription& entity, RowKey key) {

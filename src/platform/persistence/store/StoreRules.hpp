@@ -10,13 +10,48 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace estatebook::platform::detail {
 
-/// Why no store of this model can take the changes; none when only what is stored can speak against them.
-[[nodiscard]] std::optional<std::string> refusalOf(const StoreChanges& changes, const RowShapes& shapes,
-                                                   RowKey lastKey);
+/// Finds why no store of a model can take changes; what is stored may still speak against them.
+class ChangesExaminer {
+public:
+    /// `lastGiven` is the last key that was given before.
+    ChangesExaminer(const StoreChanges& changes, const RowShapes& shapes, RowKey lastGiven) noexcept
+        : changes_(changes), shapes_(shapes), lastGiven_(lastGiven), lastKey_(lastGiven) {}
+
+    /// None when all but the inserted rows can be taken.
+    [[nodiscard]] std::optional<std::string> refusal();
+    /// The same of an inserted row. REQUIRES: asked of each of them, in their order.
+    [[nodiscard]] std::optional<std::string> refusalOf(const Row& row);
+
+private:
+    [[nodiscard]] bool acceptsAllButInsertions();
+    [[nodiscard]] bool accepts(const Row& row);
+    [[nodiscard]] bool acceptsUpdate(const RowUpdate& update);
+    [[nodiscard]] bool acceptsTexts();
+    [[nodiscard]] bool isOurs(const EntityDescription* entity) const;
+    [[nodiscard]] bool hasRows(const EntityDescription* entity);
+    /// Of a row that is not inserted.
+    template <class Change>
+    [[nodiscard]] bool names(const Change& change);
+    [[nodiscard]] bool isInserted(RowKey key) const;
+
+    bool refuse(std::string reason);
+    template <class Change>
+    bool refuse(const Change& change, std::string_view reason);
+    template <class Change>
+    bool refuseValue(const Change& change, Key property);
+
+    const StoreChanges& changes_;
+    const RowShapes& shapes_;
+    const RowKey lastGiven_;
+    RowKey lastKey_;
+    std::unordered_set<RowKey> named_;
+    std::string reason_;
+};
 
 /// Made of random bits: 32 hexadecimal digits.
 [[nodiscard]] std::string newStoreIdentifier();

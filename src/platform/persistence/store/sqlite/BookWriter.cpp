@@ -82,17 +82,22 @@ bool BookWriter::prepare(SaveOutcome& outcome) {
     if (file_.holds(changes_.token)) throw invalid(detail::savedAlready());
     lastKey_ = file_.lastKey();
     number_ = file_.lastCommit() + 1;
-    if (auto reason = detail::refusalOf(changes_, file_.shapes(), lastKey_))
-        throw invalid(*std::move(reason));
+    detail::ChangesExaminer examiner(changes_, file_.shapes(), lastKey_);
+    if (auto reason = examiner.refusal()) throw invalid(*std::move(reason));
     outcome.conflicts = conflicts();
     if (!outcome.landed()) return false;
-    for (const Row& row : changes_.insertions) insert(row);
+    RowKey lastKey = lastKey_;
+    for (const Row& row : changes_.insertions) {
+        if (auto reason = examiner.refusalOf(row)) throw invalid(*std::move(reason));
+        insert(row);
+        lastKey = row.key;
+    }
     for (const RowUpdate& each : changes_.updates) update(each);
     for (const RowDeletion& deletion : changes_.deletions) remove(deletion);
     for (const RowIdentifier& identifier : changes_.identifiers) identify(identifier);
     for (const MetadataChange& metadata : changes_.metadata) describe(metadata);
     writeJournal();
-    writeCommit();
+    writeCommit(lastKey);
     writeSums();
     return true;
 }
@@ -146,8 +151,11 @@ void BookWriter::insert(const Row& row) {
     cells_[EntityTable::Key] = Cell::of(row.key);
     cells_[EntityTable::Entity] = Cell::of(BookTables::numberOf(*row.entity));
     cells_[EntityTable::Version] = Cell::of(std::int64_t{1});
+    const auto attributes = row.entity->attributes();
     for (std::size_t index = 0; index < row.values.size(); ++index)
-        set(*row.entity, index, row.values[index]);
+        if (columns.values[index] && !row.values[index].isAbsent())
+            cells_[*columns.values[index]] =
+                file_.coding().encode(row.values[index], attributes[index].type, room_);
     for (std::size_t index = 0; index < columns.links.size(); ++index)
         link(columns.links[index], row.links[index]);
     insertCells(table, cells_);
@@ -220,12 +228,11 @@ void BookWriter::writeJournal() {
     }
 }
 
-void BookWriter::writeCommit() {
+void BookWriter::writeCommit(RowKey lastKey) {
     room_.clear();
     const auto& token = changes_.token.bytes;
     const auto& insertions = changes_.insertions;
-    const RowKey firstKey = insertions.empty() ? lastKey_ + 1 : insertions.front().key;
-    const RowKey lastKey = insertions.empty() ? lastKey_ : insertions.back().key;
+    const RowKey firstKey = insertions.empty() ? lastKey_ + 1 : (*insertions.begin()).key;
     insertCells(file_.tables().commits,
                 {Cell::of(number_), Cell::blob({reinterpret_cast<const char*>(token.data()), token.size()}),
                  encodeDate(changes_.origin.when, room_), Cell::text(changes_.origin.author),

@@ -40,7 +40,7 @@ private:
     void identify(const RowIdentifier& identifier);
     void describe(const MetadataChange& metadata);
     void writeJournal();
-    void writeCommit();
+    void writeCommit(RowKey lastKey);
     void writeSums();
 
     void insertCells(const SealedTable& table, const Cells& cells);

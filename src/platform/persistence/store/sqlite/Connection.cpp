@@ -103,8 +103,7 @@ Statement::Use& Statement::Use::bind(int parameter, const Cell& cell) {
         code = sqlite3_bind_blob64(statement, parameter, bytes, cell.bytes.size(), SQLITE_STATIC);
         break;
     case Cell::Type::Null:
-        code = sqlite3_bind_null(statement, parameter);
-        break;
+        break; // as long as nothing is bound
     }
     if (code != SQLITE_OK) statement_.connection_.fail(code);
     return *this;

@@ -33,7 +33,8 @@ public:
         Use(const Use&) = delete;
         Use& operator=(const Use&) = delete;
 
-        /// Parameters are numbered from 1. Their bytes stay with the caller until the use ends.
+        /// Parameters are numbered from 1, each bound once; those that are not are null. Their bytes stay with the caller until
+        /// the use ends.
         Use& bind(int parameter, const Cell& cell);
         Use& bind(int parameter, std::int64_t number) { return bind(parameter, Cell::of(number)); }
         /// Whether there is another row.
