@@ -61,7 +61,9 @@ StatementSheet StatementSheet::of(const TKStatement& statement, Date asOf,
     };
     // The lines stand by date, those without one first: from the first that is not yet due none is.
     bool isDue = true;
-    for (const TKStatementItem& item : *statement.items()) {
+    const auto items = statement.items();
+    sheet.due_.reserve(items->count() + 1);
+    for (const TKStatementItem& item : *items) {
         const auto when = item.transaction()->when();
         if (isDue && when && *when > asOf) {
             isDue = false;

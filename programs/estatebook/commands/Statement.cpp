@@ -7,6 +7,7 @@
 #include "estatebook/JsonWriter.hpp"
 #include "estatebook/OpenBook.hpp"
 #include "estatebook/OutstandingLines.hpp"
+#include "estatebook/Stage.hpp"
 #include "estatebook/StatementPaper.hpp"
 #include "estatebook/StatementSheet.hpp"
 #include "estatebook/TextTable.hpp"
@@ -27,6 +28,7 @@
 #include <sstream>
 #include <system_error>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include <unistd.h>
@@ -53,42 +55,45 @@ struct Part {
     /// The primary tag of its lines; absent for the whole statement.
     std::optional<std::string> tag;
     StatementSheet sheet;
-    /// Those of the lines due that are printed.
-    std::span<const Line> due;
+    /// How many of the lines due are left out before the others.
+    std::size_t leftOut = 0;
+
+    [[nodiscard]] std::span<const Line> due() const { return std::span(sheet.due()).subspan(leftOut); }
 };
 
-/// All that the forms of a statement are made of.
+/// All that the forms of a statement are made of, as values: no form asks the book's objects.
 struct Statement {
     const OpenBook& book;
-    const OpenBook::Letting& letting;
     const StatementOptions& options;
+    std::string id;
+    std::string name;
+    /// What it is, of which day, in which currency.
+    std::string heading;
+    Date asOf;
     /// The whole statement, or a part for each tag.
     std::vector<Part> parts;
     /// Of a statement by tag: how many lines have none, and what they come to.
     std::size_t untaggedCount = 0;
     Decimal untaggedAmount{};
-    /// The fraction digits that an amount has at least.
-    int digits = 0;
+    /// How the currency's amounts are rounded; they have at least as many fraction digits.
+    platform::DecimalBehavior rounding{};
 
     [[nodiscard]] bool hasNotYetDue() const { return !options.outstanding; }
-    [[nodiscard]] std::string amount(const Decimal& amount) const { return amountText(amount, digits); }
+    [[nodiscard]] std::string amount(const Decimal& amount) const {
+        return amountText(amount, rounding.scale);
+    }
     [[nodiscard]] std::string amount(const std::optional<Decimal>& amount) const {
-        return amount ? amountText(*amount, digits) : std::string();
+        return amount ? amountText(*amount, rounding.scale) : std::string();
     }
     [[nodiscard]] std::optional<std::string> date(const std::optional<Date>& date) const {
         return date ? document::dateText(*date, book.calendar()) : std::nullopt;
-    }
-    /// What it is, of which day, in which currency.
-    [[nodiscard]] std::string heading() const {
-        return book.heading(fmt::format("{}{} as of", options.outstanding ? "Outstanding lines" : "Statement",
-                                        options.byTag ? " by tag" : ""));
     }
     [[nodiscard]] std::string untagged(std::string_view amount) const {
         return fmt::format("Lines without a tag: {}, which come to {}", untaggedCount, amount);
     }
     [[nodiscard]] bool hasGeneratedLines() const {
         return std::ranges::any_of(parts, [&](const Part& part) {
-            return std::ranges::any_of(part.due, &Line::isGenerated) ||
+            return std::ranges::any_of(part.due(), &Line::isGenerated) ||
                    (hasNotYetDue() && std::ranges::any_of(part.sheet.notYetDue(), &Line::isGenerated));
         });
     }
@@ -97,29 +102,22 @@ struct Statement {
 // -- Reckoning ------------------------------------------------------------------------------------------------
 
 StatementSheet sheetOf(const Statement& statement, const TKStatement& lines) {
-    return StatementSheet::of(lines, statement.book.asOf(),
-                              statement.options.exact ? std::nullopt
-                                                      : std::optional(statement.book.rounding()));
+    return StatementSheet::of(lines, statement.asOf,
+                              statement.options.exact ? std::nullopt : std::optional(statement.rounding));
 }
 
 /// The lines of the whole statement that are to be seen.
 void addWhole(Statement& statement, const TKStatement& lines) {
-    Part& part =
-        statement.parts.emplace_back(std::nullopt, sheetOf(statement, lines), std::span<const Line>());
-    part.due = part.sheet.due();
+    Part& part = statement.parts.emplace_back(std::nullopt, sheetOf(statement, lines));
     if (statement.options.outstanding)
-        part.due = part.due.subspan(linesBeforeOutstanding(part.sheet, lines, statement.book.asOf()));
+        part.leftOut = linesBeforeOutstanding(part.sheet, lines, statement.asOf);
 }
 
 void addByTag(Statement& statement, const TKStatement& lines) {
-    const auto byTag =
-        StatementByTag::of(lines, statement.book.asOf(),
-                           statement.options.outstanding ? ShownLines::Outstanding : ShownLines::All);
-    for (const TKStatement& ofTag : *byTag.tagged) {
-        Part& part = statement.parts.emplace_back(ofTag.primaryTag()->string(), sheetOf(statement, ofTag),
-                                                  std::span<const Line>());
-        part.due = part.sheet.due();
-    }
+    const auto byTag = StatementByTag::of(
+        lines, statement.asOf, statement.options.outstanding ? ShownLines::Outstanding : ShownLines::All);
+    for (const TKStatement& ofTag : *byTag.tagged)
+        statement.parts.emplace_back(ofTag.primaryTag()->string(), sheetOf(statement, ofTag));
     statement.untaggedCount = byTag.untaggedCount;
     statement.untaggedAmount = sheetOf(statement, *byTag.untagged).finalBalance();
 }
@@ -146,9 +144,9 @@ void printTextOf(const Part& part, const Statement& statement, const DateFormatt
                      {"Description", TextTable::Align::Flexible, 1},
                      {"Amount", TextTable::Align::Decimal},
                      {"Balance", TextTable::Align::Decimal}});
-    addLines(table, statement, part.due, dates);
-    if (!part.due.empty()) table.addRule();
-    addTotal(table, statement, "Balance on " + dates.stringFromDate(statement.book.asOf()), sheet.balance());
+    addLines(table, statement, part.due(), dates);
+    if (!part.due().empty()) table.addRule();
+    addTotal(table, statement, "Balance on " + dates.stringFromDate(statement.asOf), sheet.balance());
     if (!part.tag && sheet.balance().isNegative())
         addTotal(table, statement, "Outstanding", sheet.outstanding());
     if (statement.hasNotYetDue() && !sheet.notYetDue().empty()) {
@@ -166,9 +164,9 @@ void printText(const Statement& statement, std::ostream& out) {
     const Ref<DateFormatter> dates = DateFormatter::medium();
     const StatementOptions& options = statement.options;
 
-    const std::string name = forMessage(statement.letting.object->name()->view(), LongestShownName);
+    const std::string name = forMessage(statement.name, LongestShownName);
     for (const std::string& line : wrapText(name, width, MaximalLinesOfName)) out << line << '\n';
-    out << statement.heading() << "\n\n";
+    out << statement.heading << "\n\n";
     for (const Part& part : statement.parts) {
         if (part.tag) out << (part.tag->empty() ? "\"\"" : forMessage(*part.tag, LongestShownText)) << "\n\n";
         printTextOf(part, statement, *dates, width, out);
@@ -207,7 +205,7 @@ void writeCsvLines(const Statement& statement, const std::optional<std::string>&
                 writeCsvRecord(out, fields);
             }
         };
-        writeLines(part.due, true);
+        writeLines(part.due(), true);
         if (statement.hasNotYetDue()) writeLines(part.sheet.notYetDue(), false);
     }
 }
@@ -235,7 +233,7 @@ void writeLines(JsonWriter& json, const Statement& statement, std::span<const Li
 
 void writePart(JsonWriter& json, const Statement& statement, const Part& part) {
     json.key("lines");
-    writeLines(json, statement, part.due);
+    writeLines(json, statement, part.due());
     json.key("balance").decimal(part.sheet.balance());
     json.key("outstanding").decimal(part.sheet.outstanding());
     if (!statement.hasNotYetDue()) return;
@@ -248,8 +246,8 @@ void printJson(const Statement& statement, std::ostream& out) {
     JsonWriter json(out);
     json.beginObject();
     json.key("schema").text(SheetSchema);
-    json.key("tenure").text(statement.letting.id);
-    json.key("name").text(statement.letting.object->name()->view());
+    json.key("tenure").text(statement.id);
+    json.key("name").text(statement.name);
     writeDayMembers(json, statement.book);
     json.key("exact").boolean(statement.options.exact);
     if (statement.options.byTag) {
@@ -279,14 +277,13 @@ void printJson(const Statement& statement, std::ostream& out) {
 void printPdf(const Statement& statement, std::ostream& out) {
     using NotYetDue = StatementPaper::NotYetDue;
     const auto notYetDue = statement.hasNotYetDue() ? NotYetDue::Shown : NotYetDue::LeftOut;
-    const StatementPaper words(statement.book.asOf(), statement.digits);
-    paper::PrintedStatement printed{.title = statement.letting.object->name()->string(),
-                                    .subtitle = statement.heading()};
+    const StatementPaper words(statement.asOf, statement.rounding.scale);
+    paper::PrintedStatement printed{.title = statement.name, .subtitle = statement.heading};
     for (const Part& part : statement.parts) {
         if (part.tag)
             words.addTag(printed, *part.tag, part.sheet, notYetDue);
         else
-            words.addWhole(printed, part.sheet, part.due, notYetDue);
+            words.addWhole(printed, part.sheet, part.due(), notYetDue);
     }
     StatementPaper::addRemark(printed);
     if (statement.options.byTag)
@@ -333,8 +330,16 @@ void print(const Statement& statement, std::ostream& out) {
 Reckoned<Statement> statementOf(const OpenBook& book, const OpenBook::Letting& letting,
                                 const StatementOptions& options) {
     return reckon([&] {
-        Statement made{.book = book, .letting = letting, .options = options, .parts = {}};
-        made.digits = book.rounding().scale;
+        Statement made{.book = book,
+                       .options = options,
+                       .id = letting.id,
+                       .name = letting.object->name()->string(),
+                       .heading = book.heading(
+                           fmt::format("{}{} as of", options.outstanding ? "Outstanding lines" : "Statement",
+                                       options.byTag ? " by tag" : "")),
+                       .asOf = book.asOf(),
+                       .parts = {},
+                       .rounding = book.rounding()};
         const auto lines = letting.object->statement();
         (options.byTag ? addByTag : addWhole)(made, *lines);
         return made;
@@ -362,25 +367,32 @@ void printStatements(const StatementOptions& options, std::ostream& out) {
     const bool isCsv = options.list.format == Format::Csv;
     if (isCsv) writeCsvHeader(options, "tenure", out);
     bool isFirst = true;
-    const auto print = [&](const OpenBook::Letting& letting) {
-        const Schedule schedule(*letting.object);
-        const auto statement = schedule.row() ? statementOf(book, letting, options)
-                                              : Reckoned<Statement>(schedule.row().error());
+    // Without a statement, why there is none.
+    using Listed = std::variant<Statement, Failure>;
+    Stage<Listed> printing([&](const Listed& listed) {
+        const auto* const statement = std::get_if<Statement>(&listed);
         if (isCsv) {
             // Whoever reads a record misses what has none.
-            if (!statement) throw book.unreckonable(letting, statement.error());
-            return writeCsvLines(*statement, letting.id, out);
+            if (!statement) throw std::get<Failure>(listed);
+            return writeCsvLines(*statement, statement->id, out);
         }
         if (!std::exchange(isFirst, false)) out << '\n';
         if (statement)
             printText(*statement, out);
         else
-            out << book.unreckonable(letting, statement.error()).what() << '\n';
-    };
+            out << std::get<Failure>(listed).what() << '\n';
+    });
     for (const OpenBook::Letting& letting : book.lettings()) {
-        print(letting);
+        const Schedule schedule(*letting.object);
+        auto statement = schedule.row() ? statementOf(book, letting, options)
+                                        : Reckoned<Statement>(schedule.row().error());
+        if (statement)
+            printing.put(std::move(*statement));
+        else
+            printing.put(book.unreckonable(letting, statement.error()));
         book.forgetTransactions(letting);
     }
+    printing.finish();
 }
 
 } // namespace estatebook
