@@ -388,7 +388,10 @@ void BookFile::decode(const EntityTable& table, std::span<const Cell> cells, Row
     try {
         for (; index < attributes.size(); ++index) {
             const auto place = columns.values[index];
-            row.values[index] = place ? coding_.decode(cells[*place], attributes[index].type) : Value();
+            if (place && cells[*place].type != Cell::Type::Null)
+                row.values[index] = coding_.decode(cells[*place], attributes[index].type);
+            else if (!row.values[index].isAbsent())
+                row.values[index] = Value();
         }
     } catch (const StoreFailure& failure) {
         throw StoreFailure{failure.code, nameOfRow(table, cells) + " at \"" +
