@@ -226,10 +226,15 @@ void ObservationEngine::tellBefore(ObservableObject& object, Key key, OpenObject
 }
 
 /// Whether there is anything to be announced of a key that depends on a changed one.
-inline bool ObservationEngine::isHeard(const ObservableObject& object, Key dependent) {
+inline bool ObservationEngine::isHeard(Announcements& all, const ObservableObject& object, Key dependent) {
     if (object.announcing_ == ObservableObject::Announcing::Always) return true;
-    return (object.observation_ && object.observation_->awaits(dependent)) ||
-           object.passesOn(KeySet::of(dependent));
+    if (object.observation_ && object.observation_->awaits(dependent)) return true;
+    try {
+        return object.passesOn(KeySet::of(dependent));
+    } catch (...) {
+        all.keep(std::current_exception());
+        return false;
+    }
 }
 
 void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenObject& opened) {
@@ -241,7 +246,7 @@ void ObservationEngine::openDependents(ObservableObject& object, Key key, OpenOb
             ++opened.details(dependent).inner;
             ++all.session->openPairs;
         } else if (hasOwnPair(object)) {
-            if (isHeard(object, dependent))
+            if (isHeard(all, object, dependent))
                 announceDependent(object, dependent, &ObservableObject::willChangeValueForKey);
         } else {
             ++all.session->openPairs;

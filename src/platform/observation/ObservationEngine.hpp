@@ -96,7 +96,7 @@ private:
         if (object.announcing_ == ObservableObject::Announcing::Unknown) object.findAnnouncing();
         return object.announcing_ >= ObservableObject::Announcing::Passed;
     }
-    static bool isHeard(const ObservableObject& object, Key dependent);
+    static bool isHeard(Announcements& all, const ObservableObject& object, Key dependent);
     static bool takesNotes(const ObservableObject& object) noexcept {
         return object.notes_ == ObservableObject::Notes::Taken;
     }

@@ -169,6 +169,33 @@ TEST_F(PassingOnTest, WhatIsAnnouncedByHandPassesThroughThePairOfAnObjectThatNev
                                               "-balance", "-balanced"));
 }
 
+/// Cannot tell whether it passes its "balance" on.
+class Unreadable final : public Child {
+public:
+    [[nodiscard]] bool passesOn(const KeySet& changed) const override {
+        if (changed.mayContain(keys::balance)) throw RangeException("there is no owner to be read");
+        return false;
+    }
+
+private:
+    ~Unreadable() override = default;
+};
+
+TEST_F(PassingOnTest, WhoCannotTellChangesNothingOrWhatIsToldIsToldBeforeTheExceptionLeaves) {
+    const auto unreadable = makeRef<Unreadable>();
+    EXPECT_THROW(unreadable->setAmount(Decimal(5)), RangeException);
+    EXPECT_FALSE(unreadable->amount());
+    watch(*unreadable, *watcher, "amount");
+    EXPECT_THROW(unreadable->setAmount(Decimal(5)), RangeException);
+    EXPECT_EQ(unreadable->amount(), Decimal(5));
+    EXPECT_THAT(watcher->paths(), ElementsAre("amount"));
+    unreadable->setName(text("Ann"));
+    const auto other = makeRef<Person>();
+    watch(*other, *watcher, "name");
+    other->setName(text("Bea"));
+    EXPECT_THAT(watcher->paths(), ElementsAre("amount", "name")) << "nothing is left open";
+}
+
 TEST_F(PassingOnTest, AKeyThatIsOpenAlreadyIsToldOnceAllIsClosed) {
     watch(*child, *watcher, "balance");
     child->willChangeValueForKey(keys::balance);

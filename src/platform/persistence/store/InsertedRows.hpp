@@ -35,10 +35,6 @@ public:
 
     class Iterator {
     public:
-        using value_type = Row;
-        using difference_type = std::ptrdiff_t;
-        using iterator_concept = std::input_iterator_tag;
-
         [[nodiscard]] const Row& operator*() {
             if (!rows_->make_) return rows_->kept_[place_];
             rows_->make_(place_, row_);
