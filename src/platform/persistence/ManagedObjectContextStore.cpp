@@ -444,14 +444,20 @@ Ref<ManagedObject> ManagedObjectContext::objectWithIdentifier(std::string_view e
     };
     const auto keys = stored_->store().fetchKeys(*entity);
     if (!keys) return refuse(keys.error());
-    const auto names = stored_->store().identifiers(*keys);
-    if (!names) return refuse(names.error());
-    for (std::size_t place = 0; place < keys->size(); ++place) {
-        if ((*names)[place] != identifier) continue;
-        const auto found = objectsOf(*entity, {&(*keys)[place], 1});
-        // Another name may have been given to it, which is not saved yet.
-        if (!found.empty() && isIt(*found.front()) && !identifiers_.contains(found.front()))
-            return Ref<ManagedObject>(found.front());
+    // A few at a time: what is found need not be looked for behind it.
+    constexpr std::size_t AtOnce = 256;
+    for (std::span<const RowKey> left = *keys; !left.empty();) {
+        const auto asked = left.first(std::min(AtOnce, left.size()));
+        left = left.subspan(asked.size());
+        const auto names = stored_->store().identifiers(asked);
+        if (!names) return refuse(names.error());
+        for (std::size_t place = 0; place < asked.size(); ++place) {
+            if ((*names)[place] != identifier) continue;
+            const auto found = objectsOf(*entity, asked.subspan(place, 1));
+            // Another name may have been given to it, which is not saved yet.
+            if (!found.empty() && isIt(*found.front()) && !identifiers_.contains(found.front()))
+                return Ref<ManagedObject>(found.front());
+        }
     }
     return nullptr;
 }

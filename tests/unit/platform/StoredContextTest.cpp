@@ -430,6 +430,21 @@ TEST_P(StoredContextTest, AnObjectIsFoundByWhatDocumentsCallIt) {
     store->unreadable.reset();
 }
 
+TEST_P(StoredContextTest, AnIdentifierIsFoundAmongAnyNumberOfThem) {
+    std::vector<std::string> identifiers;
+    for (int number = 0; number < 600; ++number) {
+        identifiers.push_back("flat-" + std::to_string(number));
+        book->setIdentifier(*property(identifiers.back()), identifiers.back());
+    }
+    saveAndReopen();
+    for (const std::size_t number : {0, 255, 256, 300, 511, 512, 599}) {
+        const auto found = book->objectWithIdentifier("Property", identifiers[number]);
+        ASSERT_TRUE(found) << number;
+        EXPECT_EQ(refCast<TKProperty>(found)->name()->view(), identifiers[number]);
+    }
+    EXPECT_FALSE(book->objectWithIdentifier("Property", "flat-600"));
+}
+
 TEST_P(StoredContextTest, AFaultWhoseRowIsGoneSaysSo) {
     property("Elm")->createNote();
     saveAndReopen();
