@@ -437,7 +437,7 @@ TEST_P(StoredContextTest, AnIdentifierIsFoundAmongAnyNumberOfThem) {
         book->setIdentifier(*property(identifiers.back()), identifiers.back());
     }
     saveAndReopen();
-    for (const std::size_t number : {0, 255, 256, 300, 511, 512, 599}) {
+    for (const std::size_t number : {0u, 255u, 256u, 300u, 511u, 512u, 599u}) {
         const auto found = book->objectWithIdentifier("Property", identifiers[number]);
         ASSERT_TRUE(found) << number;
         EXPECT_EQ(refCast<TKProperty>(found)->name()->view(), identifiers[number]);
@@ -655,7 +655,7 @@ TEST_P(StoredContextTest, ATenureWhoseAwakeningRaisedHalfWayIsLetGo) {
     const auto tenure = letting();
     tenure->setStartDate(Date{794000000});
     tenure->setRentalAmount(Decimal(1000));
-    for (const std::uint64_t cycle : {30, 99}) {
+    for (const std::uint64_t cycle : {30u, 99u}) {
         try {
             tenure->setRentalPeriod(Number(std::uint64_t{1}));
             tenure->setRentalBillingCycle(Number(cycle));
