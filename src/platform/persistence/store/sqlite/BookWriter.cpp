@@ -151,11 +151,8 @@ void BookWriter::insert(const Row& row) {
     cells_[EntityTable::Key] = Cell::of(row.key);
     cells_[EntityTable::Entity] = Cell::of(BookTables::numberOf(*row.entity));
     cells_[EntityTable::Version] = Cell::of(std::int64_t{1});
-    const auto attributes = row.entity->attributes();
     for (std::size_t index = 0; index < row.values.size(); ++index)
-        if (columns.values[index] && !row.values[index].isAbsent())
-            cells_[*columns.values[index]] =
-                file_.coding().encode(row.values[index], attributes[index].type, room_);
+        if (!row.values[index].isAbsent()) set(*row.entity, index, row.values[index]);
     for (std::size_t index = 0; index < columns.links.size(); ++index)
         link(columns.links[index], row.links[index]);
     insertCells(table, cells_);
